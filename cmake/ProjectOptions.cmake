@@ -1,0 +1,25 @@
+# Compiler settings of every target. Results are bit for bit the same in every build, so nothing here
+# may let the compiler contract, reorder or widen floating-point operations.
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 99)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+
+add_library(segcore_options INTERFACE)
+target_compile_options(segcore_options INTERFACE
+  -ffp-contract=off -fno-fast-math
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wdouble-promotion -Wfloat-conversion
+  $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual>
+  -Werror)
+
+set(SEGCORE_SANITIZE "" CACHE STRING "Sanitizers to build everything with, e.g. address,undefined or thread")
+if(SEGCORE_SANITIZE)
+  add_compile_options(-fsanitize=${SEGCORE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${SEGCORE_SANITIZE})
+endif()

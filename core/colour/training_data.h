@@ -1,0 +1,31 @@
+// Training samples of the two colour models.
+#pragma once
+
+#include <opencv2/core/core_c.h>
+
+#include <vector>
+
+#include "colour/color_model.h"
+#include "support/export.h"
+
+// Collects every pixel of `image` (3 channels) by its code in `labels` (1 channel, same size):
+// object codes into `foreground`, background codes into `background`, others nowhere, in raster
+// order. Both vectors are overwritten and filled up to five samples with (10, 20, 30). A null label
+// image collects nothing. Grey photographs take their second and third component from the texture
+// images of the marker store, offset by its bounding box.
+SEGCORE_API void extractTrainingData(const IplImage* image, const IplImage* labels,
+                                     std::vector<pixelVal>& foreground,
+                                     std::vector<pixelVal>& background);
+
+// The sample of pixel x of a row. The texture rows are null for a colour image and start at the
+// pixel of x = 0 for a grey one.
+inline pixelVal sampleAt(const std::uint8_t* row, const std::uint8_t* textureHorizontal,
+                         const std::uint8_t* textureVertical, int x) {
+    const std::uint8_t* pixel = row + kChannels * x;
+    if (textureHorizontal == nullptr) {
+        return {static_cast<double>(pixel[0]), static_cast<double>(pixel[1]),
+                static_cast<double>(pixel[2])};
+    }
+    return {static_cast<double>(pixel[0]), static_cast<double>(textureHorizontal[x]),
+            static_cast<double>(textureVertical[x])};
+}

@@ -1,0 +1,339 @@
+// The serial maximum flow: two search trees, one from the source and one from the sink, grow
+// through non-saturated edges; where they touch, a path is augmented; nodes that lose their parent
+// edge are orphans, adopted by a neighbour of their tree or set free (Y. Boykov and V. Kolmogorov,
+// "An Experimental Comparison of Min-Cut/Max-Flow Algorithms for Energy Minimization in Vision",
+// IEEE PAMI 26(9), 2004). This variant keeps no distance marks: an orphan judges each candidate
+// parent by walking its chain to the root, and the nearest wins.
+//
+// Notation: a slot s of node i leads from i to headOf(s); s ^ 1 leads back. In the source tree flow
+// runs from parent to child, along the sister of the child's parent edge; in the sink tree from
+// child to parent, along the parent edge itself.
+//
+// Invariant at the end of an undisturbed run: no source-tree node has a non-saturated edge to a
+// node outside its tree, so the tree labels are a minimum cut. The order of the queues and of every
+// scan decides which of several minimum cuts is found and how capacities are rounded: it is part of
+// the result.
+#include <limits>
+
+#include "graph/graph.h"
+#include "graph/parallel_gc.h"
+#include "history/marker.h"
+#include "support/timers.h"
+
+namespace {
+
+constexpr double kTimeLimitMs = 10000.0;
+constexpr int kUnreachable = std::numeric_limits<int>::max();
+
+// Number of edges from the far end of `slot` to the terminal of its tree, counting `slot`;
+// kUnreachable when the chain ends in an orphan.
+int distanceToRoot(const VORNSEGraph& graph, int slot) {
+    int distance = 1;
+    for (;;) {
+        const int edge = graph.m_nodes[graph.headOf(slot)].parentEdge;
+        if (edge == parent::kTerminal) {
+            return distance;
+        }
+        if (edge == parent::kNone) {
+            return kUnreachable;
+        }
+        slot = edge;
+        ++distance;
+    }
+}
+
+// The slot whose capacity an orphan of `treeLabel` needs on the way to or from a neighbour: flow
+// comes in from a source parent and goes out to a sink parent.
+template <int treeLabel>
+int flowSlot(int slot) {
+    return treeLabel == tree::kSource ? slot ^ 1 : slot;
+}
+
+template <int treeLabel>
+void processOrphan(VORNSEGraph& graph, nodes* orphan) {
+    const int self = static_cast<int>(orphan - graph.m_nodes);
+    int slots[kSlotsPerNode];
+    graph.outgoingSlots(self, slots);
+
+    const auto inSameTree = [&](int slot) {
+        if (slot == kOutside || graph.m_edgeCaps[slot] == kNoEdge) {
+            return false;
+        }
+        const nodes& neighbour = graph.m_nodes[graph.headOf(slot)];
+        return neighbour.parentEdge != parent::kNone && neighbour.treeLabel == treeLabel;
+    };
+
+    int bestSlot = kOutside;
+    int bestDistance = kUnreachable;
+    for (const int slot : slots) {
+        if (inSameTree(slot) && graph.m_edgeCaps[flowSlot<treeLabel>(slot)] != 0.0F) {
+            const int distance = distanceToRoot(graph, slot);
+            if (distance < bestDistance) {
+                bestDistance = distance;
+                bestSlot = slot;
+            }
+        }
+    }
+    if (bestSlot != kOutside) {
+        orphan->parentEdge = bestSlot;
+        return;
+    }
+
+    orphan->parentEdge = parent::kNone;
+    orphan->treeLabel = tree::kFree;
+    for (const int slot : slots) {
+        if (!inSameTree(slot)) {
+            continue;
+        }
+        nodes* neighbour = graph.m_nodes + graph.headOf(slot);
+        if (graph.m_edgeCaps[flowSlot<treeLabel>(slot)] != 0.0F) {
+            graph.AddToActiveQueue(neighbour);
+        }
+        if (neighbour->parentEdge != parent::kTerminal &&
+            graph.headOf(neighbour->parentEdge) == self) {
+            graph.AddToOrphanQueue(neighbour);
+        }
+    }
+}
+
+// Grows the tree of `node` by its free neighbours. Returns the slot from the source tree to the
+// sink tree as soon as one is met, kOutside when the whole neighbourhood is done.
+int growFrom(VORNSEGraph& graph, const nodes* node) {
+    const int treeLabel = node->treeLabel;
+    if (treeLabel == tree::kFree) {
+        return kOutside;
+    }
+    int slots[kSlotsPerNode];
+    graph.outgoingSlots(static_cast<int>(node - graph.m_nodes), slots);
+    for (const int slot : slots) {
+        if (slot == kOutside) {
+            continue;
+        }
+        const int forward = treeLabel == tree::kSource ? slot : slot ^ 1;
+        const float capacity = graph.m_edgeCaps[forward];
+        if (capacity == kNoEdge || capacity == 0.0F) {
+            continue;
+        }
+        nodes* neighbour = graph.m_nodes + graph.headOf(slot);
+        if (neighbour->treeLabel == tree::kFree) {
+            neighbour->treeLabel = treeLabel;
+            neighbour->parentEdge = slot ^ 1;
+            graph.AddToActiveQueue(neighbour);
+        } else if (neighbour->treeLabel != treeLabel) {
+            return forward;
+        }
+    }
+    return kOutside;
+}
+
+// True when the run has to stop; a passed time limit becomes a cancel, so that the engine ends its
+// iterations too.
+bool mustStop() {
+    if (get_elapsed_time_in_millisec(g_cancelTimer) > kTimeLimitMs) {
+        VORNSEMarker::m_exitApp = true;
+    }
+    return VORNSEMarker::m_exitApp;
+}
+
+}  // namespace
+
+float VORNSEGraph::maxFlow() {
+    if (m_numThreads > 1) {
+        ParallelGC solver(this, m_numThreads);
+        return solver.maxFlow();
+    }
+    maxflowInit();
+    return maxFlowSerialCall();
+}
+
+void VORNSEGraph::startFromTerminal(nodes* node) {
+    if (node->residualTerminalCap > 0.0F) {
+        node->parentEdge = parent::kTerminal;
+        node->treeLabel = tree::kSource;
+        AddToActiveQueue(node);
+    } else if (node->residualTerminalCap < 0.0F) {
+        node->parentEdge = parent::kTerminal;
+        node->treeLabel = tree::kSink;
+        AddToActiveQueue(node);
+    } else {
+        // Zero, or infinite minus infinite: no preference.
+        node->parentEdge = parent::kNone;
+        node->treeLabel = tree::kFree;
+    }
+}
+
+void VORNSEGraph::maxflowInit() {
+    for (nodes* node = m_nodes; node < m_nodeLast; ++node) {
+        startFromTerminal(node);
+    }
+}
+
+void VORNSEGraph::InitBlock() {
+    m_flow = 0.0F;
+    m_activeHead = m_activeTail = nullptr;
+    m_orphanHead = m_orphanTail = nullptr;
+    const int firstRow = m_blockRow * m_blockHeight;
+    const int firstColumn = m_blockCol * m_blockWidth;
+    for (int y = firstRow; y < firstRow + m_blockHeight; ++y) {
+        for (int x = firstColumn; x < firstColumn + m_blockWidth && x < m_width; ++x) {
+            const int node = y * m_width + x;
+            if (node < m_nodeCount) {
+                startFromTerminal(m_nodes + node);
+            }
+        }
+    }
+}
+
+float VORNSEGraph::maxFlowSerialCall() {
+    if (VORNSEMarker::m_exitApp) {
+        return m_flow;
+    }
+    while (nodes* node = GetTopActiveQueueNode()) {
+        node->nextActive = nullptr;
+        for (;;) {
+            const int path = growFrom(*this, node);
+            if (path != kOutside) {
+                // Linked to itself, the node cannot be queued while its orphans are adopted: it is
+                // scanned again right after.
+                node->nextActive = node;
+                AugmentPath(path);
+                while (!VORNSEMarker::m_exitApp) {
+                    nodes* orphan = GetTopOrphanQueueNode();
+                    if (orphan == nullptr) {
+                        break;
+                    }
+                    if (orphan->treeLabel == tree::kSink) {
+                        ProcessSinkOrphans(orphan);
+                    } else {
+                        ProcessSourceOrphans(orphan);
+                    }
+                }
+                node->nextActive = nullptr;
+            }
+            if (mustStop()) {
+                return m_flow;
+            }
+            if (path == kOutside) {
+                break;
+            }
+        }
+    }
+    return m_flow;
+}
+
+void VORNSEGraph::AugmentPath(int slot) {
+    float bottleneck = m_edgeCaps[slot];
+    const auto narrow = [&bottleneck](float capacity) {
+        if (capacity < bottleneck) {
+            bottleneck = capacity;
+        }
+    };
+    nodes* const sinkEnd = m_nodes + headOf(slot);
+    nodes* const sourceEnd = m_nodes + headOf(slot ^ 1);
+
+    nodes* node = sinkEnd;
+    for (; node->parentEdge != parent::kTerminal; node = m_nodes + headOf(node->parentEdge)) {
+        narrow(m_edgeCaps[node->parentEdge]);
+    }
+    narrow(-node->residualTerminalCap);
+    for (node = sourceEnd; node->parentEdge != parent::kTerminal;
+         node = m_nodes + headOf(node->parentEdge)) {
+        narrow(m_edgeCaps[node->parentEdge ^ 1]);
+    }
+    narrow(node->residualTerminalCap);
+
+    m_edgeCaps[slot] -= bottleneck;
+    m_edgeCaps[slot ^ 1] += bottleneck;
+
+    // Orphans are queued from the meeting point to the root, the sink side first.
+    node = sinkEnd;
+    while (node->parentEdge != parent::kTerminal) {
+        const int edge = node->parentEdge;
+        m_edgeCaps[edge] -= bottleneck;
+        m_edgeCaps[edge ^ 1] += bottleneck;
+        if (m_edgeCaps[edge] == 0.0F) {
+            AddToOrphanQueue(node);
+        }
+        node = m_nodes + headOf(edge);
+    }
+    node->residualTerminalCap += bottleneck;
+    if (node->residualTerminalCap == 0.0F) {
+        AddToOrphanQueue(node);
+    }
+
+    node = sourceEnd;
+    while (node->parentEdge != parent::kTerminal) {
+        const int edge = node->parentEdge;
+        m_edgeCaps[edge ^ 1] -= bottleneck;
+        m_edgeCaps[edge] += bottleneck;
+        if (m_edgeCaps[edge ^ 1] == 0.0F) {
+            AddToOrphanQueue(node);
+        }
+        node = m_nodes + headOf(edge);
+    }
+    node->residualTerminalCap -= bottleneck;
+    if (node->residualTerminalCap == 0.0F) {
+        AddToOrphanQueue(node);
+    }
+    m_flow += bottleneck;
+}
+
+void VORNSEGraph::ProcessSourceOrphans(nodes* orphan) {
+    processOrphan<tree::kSource>(*this, orphan);
+}
+
+void VORNSEGraph::ProcessSinkOrphans(nodes* orphan) {
+    processOrphan<tree::kSink>(*this, orphan);
+}
+
+void VORNSEGraph::AddToActiveQueue(nodes* node) {
+    if (node->nextActive != nullptr) {
+        return;
+    }
+    node->nextActive = node;
+    if (m_activeTail != nullptr) {
+        m_activeTail->nextActive = node;
+    } else {
+        m_activeHead = node;
+    }
+    m_activeTail = node;
+}
+
+nodes* VORNSEGraph::GetTopActiveQueueNode() {
+    nodes* node = m_activeHead;
+    if (node != nullptr) {
+        if (node == m_activeTail) {
+            m_activeHead = m_activeTail = nullptr;
+        } else {
+            m_activeHead = node->nextActive;
+        }
+    }
+    return node;
+}
+
+void VORNSEGraph::AddToOrphanQueue(nodes* node) {
+    node->parentEdge = parent::kNone;
+    if (node->nextOrphan != nullptr) {
+        return;
+    }
+    node->nextOrphan = node;
+    if (m_orphanTail != nullptr) {
+        m_orphanTail->nextOrphan = node;
+    } else {
+        m_orphanHead = node;
+    }
+    m_orphanTail = node;
+}
+
+nodes* VORNSEGraph::GetTopOrphanQueueNode() {
+    nodes* node = m_orphanHead;
+    if (node != nullptr) {
+        if (node == m_orphanTail) {
+            m_orphanHead = m_orphanTail = nullptr;
+        } else {
+            m_orphanHead = node->nextOrphan;
+        }
+        node->nextOrphan = nullptr;
+    }
+    return node;
+}

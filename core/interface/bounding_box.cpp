@@ -1,0 +1,97 @@
+// The one-call entry: a rectangle on a photograph becomes a stroke, a marker image and a request.
+#include <algorithm>
+#include <vector>
+
+#include "interface/engine_state.h"
+#include "interface/host_call.h"
+#include "interface/parked_context.h"
+#include "interface/segmentation_core.h"
+
+namespace {
+
+struct Box {
+    int left;
+    int top;
+    int right;
+    int bottom;
+};
+
+Box clampToPhoto(const Box& box, int width, int height) {
+    const auto clamped = [](int value, int size) { return std::min(std::max(value, 0), size - 1); };
+    return {clamped(box.left, width), clamped(box.top, height), clamped(box.right, width),
+            clamped(box.bottom, height)};
+}
+
+// The rectangle's outline, clockwise from the upper left corner, each side without its last corner.
+// An inverted rectangle has the sides of its upright direction only.
+std::vector<int> outlineOf(const Box& box) {
+    std::vector<int> points;
+    const auto add = [&points](int x, int y) {
+        points.push_back(x);
+        points.push_back(y);
+    };
+    for (int x = box.left; x < box.right; ++x) {
+        add(x, box.top);
+    }
+    for (int y = box.top; y < box.bottom; ++y) {
+        add(box.right, y);
+    }
+    for (int x = box.right; x > box.left; --x) {
+        add(x, box.bottom);
+    }
+    for (int y = box.bottom; y > box.top; --y) {
+        add(box.left, y);
+    }
+    return points;
+}
+
+std::vector<int> markersOf(const Box& box, int width, int height) {
+    std::vector<int> markers(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+    if (box.bottom >= box.top && box.right >= box.left) {
+        for (int y = box.top; y <= box.bottom; ++y) {
+            const auto row = markers.begin() + static_cast<std::ptrdiff_t>(y) * width;
+            std::fill(row + box.left, row + box.right + 1, SEGCORE_MARK_CANDIDATE);
+        }
+    }
+    return markers;
+}
+
+void segmentBox(int width, int height, const std::uint32_t* pixels, const Box& wanted,
+                std::uint8_t* mask) {
+    requireSize(width, height);
+    requireBuffer(pixels, "pixel buffer");
+    requireBuffer(mask, "mask buffer");
+    const Box box = clampToPhoto(wanted, width, height);
+    const auto count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    std::vector<std::uint32_t> blended(pixels, pixels + count);
+    std::vector<int> points = outlineOf(box);
+    const std::vector<int> markers = markersOf(box, width, height);
+    const int pointInts = 4 * ((box.right - box.left) + (box.bottom - box.top));
+
+    Parked<PhotoParts> oldPhoto;
+    Parked<EngineParts> oldEngine;
+    tearDown();
+    VORNSEMarker::resetMarkers();
+    VORNSEManageUndoRedo::reset();
+    storePhoto(width, height, pixels);
+    createEngine();
+    storeStroke(pointInts, points.data());
+    storeMarkers(width, height, markers.data(), SEGCORE_LOOP_ADD);
+    runRequest(blended.data(), mask);
+    oldEngine.release();
+    oldPhoto.release();
+}
+
+}  // namespace
+
+int doSegmentationBB(int width, int height, const std::uint32_t* pixels, int left, int top,
+                     int right, int bottom, std::uint8_t* mask) {
+    checkImageSize(width, height, "setSourceImage", 115);
+    guardedCall("doSegmentationBB", [&] {
+        segmentBox(width, height, pixels, {left, top, right, bottom}, mask);
+    });
+    if (!tearDownIfExitPending()) {
+        g_exitStatus = 0;
+    }
+    return 0;
+}

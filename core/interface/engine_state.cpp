@@ -1,0 +1,201 @@
+// The context's globals, its life cycle, and the photograph in and out. Invariant: replacing a
+// photo or an engine first makes the new one and then releases the old, so a call that fails leaves
+// the context as it was.
+#include "interface/engine_state.h"
+
+#include <memory>
+
+#include "interface/host_call.h"
+#include "interface/parked_context.h"
+#include "interface/segmentation_core.h"
+
+VORNSEHybrid* pHybrid = nullptr;
+CvMemStorage* storage = nullptr;
+CvSeq* contours = nullptr;
+int g_exitStatus = 0;
+IplImage* g_markerImage = nullptr;
+IplImage* g_resultMask = nullptr;
+bool g_contoursReady = false;
+int enginePhotoWidth = 0;
+int enginePhotoHeight = 0;
+
+namespace {
+
+constexpr std::uint32_t kOpaque = 0xFF000000U;
+
+ImagePtr photoFromWords(int width, int height, const std::uint32_t* pixels) {
+    ImagePtr photo = createImage(width, height, kChannels);
+    for (int y = 0; y < height; ++y) {
+        std::uint8_t* pixel = rowOf(photo.get(), y);
+        for (int x = 0; x < width; ++x, pixel += kChannels) {
+            const std::uint32_t word = *pixels++;
+            pixel[0] = static_cast<std::uint8_t>(word);
+            pixel[1] = static_cast<std::uint8_t>(word >> 8);
+            pixel[2] = static_cast<std::uint8_t>(word >> 16);
+        }
+    }
+    return photo;
+}
+
+}  // namespace
+
+void requireSize(int width, int height) {
+    if (width < 1 || height < 1) {
+        throw HostError("width and height must be at least 1");
+    }
+    if (static_cast<std::int64_t>(width) * height > SEGCORE_MAX_PIXELS) {
+        throw HostError("the size has too many pixels");
+    }
+}
+
+bool hasPhoto() {
+    return VORNSEMarker::m_originalImage != nullptr;
+}
+
+void requirePhoto() {
+    if (!hasPhoto()) {
+        throw HostError("no photograph, call setSourceImage first");
+    }
+}
+
+void requireEngine() {
+    if (pHybrid == nullptr) {
+        throw HostError("no engine, call initSegmentationEngine first");
+    }
+    if (enginePhotoWidth != VORNSEMarker::m_originalWidth ||
+        enginePhotoHeight != VORNSEMarker::m_originalHeight) {
+        throw HostError("the engine belongs to another photograph, call initSegmentationEngine");
+    }
+}
+
+void requireHistory() {
+    if (VORNSEManageUndoRedo::m_bitPlane == nullptr) {
+        throw HostError("no history, call setSourceImage first");
+    }
+}
+
+void requireMarkerSize() {
+    if (g_markerImage->width != VORNSEMarker::m_originalWidth ||
+        g_markerImage->height != VORNSEMarker::m_originalHeight) {
+        releaseImage(g_markerImage);
+        throw HostError("the marker image is not of the photograph's size, marks dropped");
+    }
+}
+
+void requireBuffer(const void* buffer, const char* name) {
+    if (buffer == nullptr) {
+        throw HostError(std::string("the ") + name + " is null");
+    }
+}
+
+void storePhoto(int width, int height, const std::uint32_t* pixels) {
+    requireSize(width, height);
+    requireBuffer(pixels, "pixel buffer");
+    ImagePtr photo = photoFromWords(width, height, pixels);
+    const int oldWidth = VORNSEMarker::m_originalWidth;
+    const int oldHeight = VORNSEMarker::m_originalHeight;
+    VORNSEMarker::m_originalWidth = width;
+    VORNSEMarker::m_originalHeight = height;
+    std::uint32_t** oldPlanes = VORNSEManageUndoRedo::m_bitPlane;
+    try {
+        VORNSEManageUndoRedo::allocate();
+    } catch (...) {
+        VORNSEMarker::m_originalWidth = oldWidth;
+        VORNSEMarker::m_originalHeight = oldHeight;
+        throw;
+    }
+    releasePlanes(oldPlanes);
+    releaseImage(VORNSEMarker::m_originalImage);
+    VORNSEMarker::m_originalImage = photo.release();
+}
+
+void createEngine() {
+    requirePhoto();
+    Parked<EngineParts> old;
+    g_imageResizeFactor = 1.0F;
+    pHybrid = new VORNSEHybrid;
+    VORNSEMarker::initializer();
+    pHybrid->intializer();
+    enginePhotoWidth = VORNSEMarker::m_originalWidth;
+    enginePhotoHeight = VORNSEMarker::m_originalHeight;
+    old.release();
+}
+
+void releaseOutline() noexcept {
+    if (storage != nullptr) {
+        cvReleaseMemStorage(&storage);
+        storage = nullptr;
+    }
+    contours = nullptr;
+    g_contoursReady = false;
+}
+
+void tearDown() noexcept {
+    releaseOutline();
+    VORNSEMarker::dellocator();
+    VORNSEManageUndoRedo::deallocate();
+    delete pHybrid;
+    pHybrid = nullptr;
+}
+
+bool tearDownIfExitPending() noexcept {
+    if (g_exitStatus == 0 || !VORNSEMarker::m_exitApp) {
+        return false;
+    }
+    tearDown();
+    return true;
+}
+
+void writePhoto(std::uint32_t* out) {
+    requirePhoto();
+    requireBuffer(out, "pixel buffer");
+    const IplImage* photo = VORNSEMarker::m_originalImage;
+    for (int y = 0; y < photo->height; ++y) {
+        const std::uint8_t* pixel = rowOf(photo, y);
+        for (int x = 0; x < photo->width; ++x, pixel += kChannels) {
+            *out++ = kOpaque | static_cast<std::uint32_t>(pixel[2]) << 16 |
+                     static_cast<std::uint32_t>(pixel[1]) << 8 | pixel[0];
+        }
+    }
+}
+
+int setSourceImage(int width, int height, const std::uint32_t* pixels) {
+    checkImageSize(width, height, "setSourceImage", 115);
+    guardedCall("setSourceImage", [&] { storePhoto(width, height, pixels); });
+    return 0;
+}
+
+int initSegmentationEngine(int /*unused*/) {
+    guardedCall("initSegmentationEngine", [] { createEngine(); });
+    return 0;
+}
+
+void copySourceImage(std::uint32_t* out) {
+    guardedCall("copySourceImage", [&] { writePhoto(out); });
+}
+
+int freeLocalBuffers() {
+    releaseImage(g_resultMask);
+    releaseImage(g_markerImage);
+    return 0;
+}
+
+int resetSegmentationInterface() {
+    VORNSEMarker::resetMarkers();
+    VORNSEManageUndoRedo::reset();
+    releaseOutline();
+    return 0;
+}
+
+int deinitSegmentation() {
+    tearDown();
+    return 0;
+}
+
+void cancelSegmentation() {
+    VORNSEMarker::m_exitApp = true;
+}
+
+void exitSegmentation() {
+    g_exitStatus = VORNSEMarker::m_exitApp ? 1 : 0;
+}

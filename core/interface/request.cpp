@@ -1,0 +1,149 @@
+// Stroke and marks in, one segmentation request.
+#include <algorithm>
+
+#include "history/history_transaction.h"
+#include "interface/engine_state.h"
+#include "interface/host_call.h"
+#include "interface/segmentation_core.h"
+
+namespace {
+
+// Moves a coordinate into the photograph; true when it was outside.
+bool clampCoordinate(int& value, int size) {
+    const int clamped = std::min(std::max(value, 0), size - 1);
+    const bool moved = clamped != value;
+    value = clamped;
+    return moved;
+}
+
+// Puts the engine back to where it was before a request that fails half-way: models and verdicts
+// that later requests start from, and everything that exists during a request only.
+class RequestTransaction {
+  public:
+    RequestTransaction()
+        : m_foreground(pHybrid->m_fgModel),
+          m_background(pHybrid->m_bgModel),
+          m_homogenous(VORNSEMarker::m_isHomogenous),
+          m_noiseLevel(VORNSEMarker::m_noiseLevel) {}
+    ~RequestTransaction() {
+        releaseImage(g_resultMask);
+        releaseImage(g_markerImage);
+        if (!m_committed) {
+            pHybrid->clearMemory();
+            pHybrid->m_fgModel = m_foreground;
+            pHybrid->m_bgModel = m_background;
+            VORNSEMarker::m_isHomogenous = m_homogenous;
+            VORNSEMarker::m_noiseLevel = m_noiseLevel;
+        }
+    }
+    RequestTransaction(const RequestTransaction&) = delete;
+    RequestTransaction& operator=(const RequestTransaction&) = delete;
+
+    void commit() {
+        m_history.commit();
+        m_committed = true;
+    }
+
+  private:
+    HistoryTransaction m_history{HistoryTransaction::Step::kRecord};
+    VORNSEColorModel m_foreground;
+    VORNSEColorModel m_background;
+    bool m_homogenous;
+    double m_noiseLevel;
+    bool m_committed = false;
+};
+
+}  // namespace
+
+void storeStroke(int count, int* points) {
+    std::vector<int>& stored = VORNSEMarker::currentStroke.m_points;
+    if (count >= 1) {
+        requireBuffer(points, "point array");
+        if (VORNSEMarker::m_originalWidth < 1 || VORNSEMarker::m_originalHeight < 1) {
+            throw HostError("no photograph, call setSourceImage first");
+        }
+        if (stored.capacity() < static_cast<std::size_t>(count)) {
+            std::vector<int> larger;
+            larger.reserve(static_cast<std::size_t>(count));
+            stored.swap(larger);
+        }
+    }
+    stored.clear();
+    int outside = 0;
+    for (int i = 0; i < count; i += 2) {
+        const bool movedX = clampCoordinate(points[i], VORNSEMarker::m_originalWidth);
+        const bool movedY = clampCoordinate(points[i + 1], VORNSEMarker::m_originalHeight);
+        outside += movedX || movedY ? 1 : 0;
+        stored.push_back(points[i]);
+        stored.push_back(points[i + 1]);
+    }
+    if (outside > 0) {
+        SEGCORE_LOG_ERROR(
+            "setCurrentMarkerVector: %d points outside the photograph, moved to its border",
+            outside);
+    }
+}
+
+void storeMarkers(int width, int height, const int* values, int strokeType) {
+    requireSize(width, height);
+    requireBuffer(values, "marker array");
+    requirePhoto();
+    if (width != VORNSEMarker::m_originalWidth || height != VORNSEMarker::m_originalHeight) {
+        throw HostError("the marker image is not of the photograph's size");
+    }
+    IplImage wrapper;
+    cvInitImageHeader(&wrapper, cvSize(width, height), static_cast<int>(IPL_DEPTH_32S), 1);
+    // The imaging library takes data to read through a pointer to writable bytes.
+    cvSetData(&wrapper, const_cast<int*>(values), width * static_cast<int>(sizeof(int)));
+    ImagePtr markers = createImage(width, height, 1);
+    cvConvertScale(&wrapper, markers.get(), 1.0, 0.0);
+    releaseImage(g_markerImage);
+    g_markerImage = markers.release();
+    VORNSEMarker::currentStroke.m_strokeType = strokeType;
+}
+
+void runRequest(std::uint32_t* blended, std::uint8_t* mask) {
+    requirePhoto();
+    requireBuffer(blended, "blended buffer");
+    if (g_markerImage != nullptr) {
+        requireBuffer(mask, "mask buffer");
+        requireEngine();
+        requireHistory();
+        requireMarkerSize();
+        RequestTransaction transaction;
+        pHybrid->setLabelImage(g_markerImage);
+        g_resultMask = pHybrid->segment();
+        if (g_resultMask != nullptr) {
+            // Everything that can fail comes before the first byte that the host sees.
+            const ImagePtr outline = traceOutline();
+            transaction.commit();
+            writeMask(mask);
+            paintOutline(outline.get(), blended);
+            return;
+        }
+        transaction.commit();
+    }
+    writePhoto(blended);
+}
+
+int setCurrentMarkerVector(int count, int* points) {
+    guardedCall("setCurrentMarkerVector", [&] { storeStroke(count, points); });
+    return 0;
+}
+
+int setMarkerImage(int width, int height, const int* values, int strokeType) {
+    checkImageSize(width, height, "setMarkerImage", 164);
+    checkImageSize(width, height, "setMarkerImage", 173);
+    guardedCall("setMarkerImage", [&] { storeMarkers(width, height, values, strokeType); });
+    return 0;
+}
+
+int processSegment(int /*unused1*/, int /*unused2*/, int /*unused3*/, std::uint32_t* blended,
+                   std::uint8_t* mask) {
+    guardedCall("processSegment", [&] { runRequest(blended, mask); });
+    if (tearDownIfExitPending()) {
+        return -1;
+    }
+    g_exitStatus = 0;
+    return 0;
+}

@@ -1,0 +1,54 @@
+// Steps through the mask history.
+#include "history/history_transaction.h"
+#include "interface/engine_state.h"
+#include "interface/host_call.h"
+#include "interface/segmentation_core.h"
+
+namespace {
+
+// Takes a step and delivers the mask that is then on display, or the plain photograph.
+void step(IplImage* (*move)(), bool deliversMask, std::uint32_t* blended, std::uint8_t* mask) {
+    requirePhoto();
+    requireHistory();
+    requireBuffer(blended, "blended buffer");
+    if (deliversMask) {
+        requireBuffer(mask, "mask buffer");
+    }
+    HistoryTransaction transaction(HistoryTransaction::Step::kMove);
+    g_resultMask = move();
+    if (g_resultMask != nullptr) {
+        const ImagePtr outline = traceOutline();
+        writeMask(mask);
+        paintOutline(outline.get(), blended);
+    } else {
+        writePhoto(blended);
+    }
+    transaction.commit();
+    releaseImage(g_markerImage);
+}
+
+void finish() {
+    releaseImage(g_resultMask);
+    tearDownIfExitPending();
+    g_exitStatus = 0;
+}
+
+}  // namespace
+
+void undo(std::uint32_t* blended, std::uint8_t* mask) {
+    guardedCall("undo", [&] { step(VORNSEManageUndoRedo::undo, canUndo(), blended, mask); });
+    finish();
+}
+
+void redo(std::uint32_t* blended, std::uint8_t* mask) {
+    guardedCall("redo", [&] { step(VORNSEManageUndoRedo::redo, true, blended, mask); });
+    finish();
+}
+
+bool canUndo() {
+    return VORNSEManageUndoRedo::canUndo();
+}
+
+bool canRedo() {
+    return VORNSEManageUndoRedo::canRedo();
+}

@@ -1,0 +1,19 @@
+// Diagnostics of the library. Every line goes through __android_log_print: the platform's on
+// Android, liblog's elsewhere. These are macros, not functions, so that the format string reaches
+// the logger (and the compiler's format check) as it is written at the call.
+#pragma once
+
+#include <android/log.h>
+
+#define SEGCORE_LOG_ERROR(...) \
+    static_cast<void>(__android_log_print(ANDROID_LOG_ERROR, "Error", __VA_ARGS__))
+#define SEGCORE_LOG_INFO(...) \
+    static_cast<void>(__android_log_print(ANDROID_LOG_INFO, "Info", __VA_ARGS__))
+
+// Reports an image size that cannot be allocated and lets the call go on: a size check never stops
+// a call, the imaging library refuses the size on its own and the guard of the host call ends it.
+inline void checkImageSize(int width, int height, const char* function, int line) {
+    if (!(width >= 1 && height >= 1)) {
+        SEGCORE_LOG_ERROR("MEMORY_CRASH : %s %d", function, line);
+    }
+}
