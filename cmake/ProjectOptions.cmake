@@ -6,6 +6,8 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_C_STANDARD 99)
 set(CMAKE_C_STANDARD_REQUIRED ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+# `cmake --compile-no-warning-as-error` lets other compilers' warnings pass.
+set(CMAKE_COMPILE_WARNING_AS_ERROR ON)
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release)
@@ -15,11 +17,17 @@ add_library(segcore_options INTERFACE)
 target_compile_options(segcore_options INTERFACE
   -ffp-contract=off -fno-fast-math
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wdouble-promotion -Wfloat-conversion
-  $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual>
-  -Werror)
+  $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual>)
 
 set(SEGCORE_SANITIZE "" CACHE STRING "Sanitizers to build everything with, e.g. address,undefined or thread")
 if(SEGCORE_SANITIZE)
   add_compile_options(-fsanitize=${SEGCORE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${SEGCORE_SANITIZE})
 endif()
+
+# Installed programs find the library next to them wherever the prefix lies. Libraries outside the
+# system's directories (the log library) are found where they were linked from.
+file(RELATIVE_PATH segcore_bin_to_lib
+  "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+set(CMAKE_INSTALL_RPATH "$ORIGIN/${segcore_bin_to_lib}")
+set(CMAKE_INSTALL_RPATH_USE_LINK_PATH ON)

@@ -1,0 +1,59 @@
+#!/bin/sh
+# check_install.sh BUILD_DIR: installs a build to a prefix of its own, builds the examples against it
+# by find_package and by pkg-config, and cuts a disc out of a picture with each of them.
+#   CC, CXX    compilers, SANITIZE   sanitizers that the build was made with, if any
+set -eu
+build=$1
+here=$(cd "$(dirname "$0")" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+prefix=$work/prefix
+: "${CC:=cc}" "${CXX:=c++}"
+flags="-Wall -Wextra -Werror ${SANITIZE:+-fsanitize=$SANITIZE}"
+# Leaks are looked for in the library's own tests; the examples leave their buffers to the system.
+export ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}detect_leaks=0"
+# The installed tree has to do without help from the environment.
+unset LD_LIBRARY_PATH CMAKE_PREFIX_PATH PKG_CONFIG_PATH
+
+cmake --install "$build" --prefix "$prefix" >"$work/install.log"
+
+CFLAGS="-std=c99 -pedantic $flags" CXXFLAGS="$flags" CC="$CC" CXX="$CXX" \
+    cmake -G Ninja -S "$here" -B "$work/examples" -DCMAKE_PREFIX_PATH="$prefix" >"$work/cmake.log"
+cmake --build "$work/examples" >>"$work/cmake.log" || { cat "$work/cmake.log"; exit 1; }
+
+pc=$(find "$prefix" -name SegmentationCore.pc)
+[ -n "$pc" ] || { echo "no pkg-config file installed"; exit 1; }
+export PKG_CONFIG_PATH="${pc%/*}"
+libdir=$(pkg-config --variable=libdir SegmentationCore)
+# shellcheck disable=SC2046,SC2086 # lists of flags
+$CC -std=c99 $flags "$here/cut_box.c" -o "$work/cut_box_pkgconfig" \
+    $(pkg-config --cflags --libs SegmentationCore) -Wl,-rpath,"$libdir"
+
+# 80 x 60: a blue disc of radius 18 around (40, 30) on orange, both with some grain. The bytes stay
+# within 1..255, which every awk can write.
+LC_ALL=C awk 'BEGIN {
+    printf "P6\n80 60\n255\n"
+    for (y = 0; y < 60; ++y) for (x = 0; x < 80; ++x) {
+        grain = (x * 7 + y * 13 + x * y) % 23
+        if ((x - 40) ^ 2 + (y - 30) ^ 2 <= 18 ^ 2) printf "%c%c%c", 30 + grain, 60 + grain, 180 + grain
+        else printf "%c%c%c", 200 + grain, 130 + grain, 40 + grain
+    }
+}' >"$work/disc.ppm"
+# The mask that is right: 0 is not writable by every awk, so both are compared as text.
+awk 'BEGIN { for (y = 0; y < 60; ++y) for (x = 0; x < 80; ++x)
+    print (x - 40) ^ 2 + (y - 30) ^ 2 <= 18 ^ 2 ? 0 : 255 }' >"$work/right.txt"
+
+for program in examples/cut_box_c cut_box_pkgconfig; do
+    "$work/$program" "$work/disc.ppm" 14 6 66 54 "$work/mask.pgm"
+    tail -c 4800 "$work/mask.pgm" | od -An -v -tu1 -w1 | tr -d ' ' >"$work/mask.txt"
+    wrong=$(paste "$work/mask.txt" "$work/right.txt" | awk '$1 != $2' | wc -l)
+    echo "$program: $wrong of 4800 pixels wrong"
+    [ "$wrong" -le 48 ] # the disc's outline is 113 pixels long
+done
+
+"$work/examples/cut_box_cpp" "$work/disc.ppm" 14 6 66 54 "$work/cutout.png"
+[ -s "$work/cutout.png" ]
+
+if [ -x "$prefix/bin/segcore" ]; then
+    "$prefix/bin/segcore" --version
+fi

@@ -1,0 +1,43 @@
+#!/bin/sh
+# Installs what the project needs to build and test itself and is not there yet (Debian 12).
+#   --dev   also what only contributors need: clang, clang-tidy, benchmarks, valgrind
+set -eu
+
+packages="build-essential cmake ninja-build pkg-config git clang-format
+    libopencv-core-dev libopencv-imgproc-dev libopencv-imgcodecs-dev android-liblog-dev
+    libcli11-dev nlohmann-json3-dev libgtest-dev"
+case "${1-}" in
+    '') ;;
+    --dev) packages="$packages clang clang-tidy libbenchmark-dev valgrind" ;;
+    *) echo "usage: $0 [--dev]" >&2; exit 2 ;;
+esac
+
+if ! command -v dpkg-query >/dev/null; then
+    echo "setup: no Debian packages on this system; install these by hand:" $packages >&2
+    exit 0
+fi
+
+missing=
+for package in $packages; do
+    status=$(dpkg-query -W -f '${Status}' "$package" 2>/dev/null || true)
+    if [ "$status" != "install ok installed" ]; then
+        missing="$missing $package"
+    fi
+done
+if [ -z "$missing" ]; then
+    exit 0
+fi
+
+as_root=
+if [ "$(id -u)" -ne 0 ]; then
+    if ! command -v sudo >/dev/null; then
+        echo "setup: as root, run: apt-get install$missing" >&2
+        exit 1
+    fi
+    as_root=sudo
+fi
+echo "setup: installing$missing"
+$as_root apt-get update -q
+# shellcheck disable=SC2086 # one argument a package
+$as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -q -y --no-install-recommends $missing
