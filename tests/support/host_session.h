@@ -1,0 +1,41 @@
+// A host's editing session on the exported calls: one photograph, marks drawn as a host draws them,
+// and the buffers that the results arrive in. One at a time, since the engine is process-wide.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "support/scenes.h"
+
+class HostSession {
+  public:
+    // Stores the photograph and starts the engine; the destructor takes both down.
+    explicit HostSession(const Scene& scene);
+    ~HostSession();
+    HostSession(const HostSession&) = delete;
+    HostSession& operator=(const HostSession&) = delete;
+
+    // Requests; each returns processSegment's result. Points are x, y pairs in photograph pixels.
+    // Loops and boxes mark their inside as candidate, brushes a band of `radius` around their path
+    // as object or background.
+    int box(int left, int top, int right, int bottom);
+    int loop(const std::vector<int>& points, int strokeType);
+    int brush(const std::vector<int>& points, int radius, int strokeType);
+    int request(std::vector<int> points, const std::vector<int>& markers, int strokeType);
+
+    void undo();
+    void redo();
+    void cutOut(const std::vector<int>& markers);
+    std::vector<int> fetchOutline();
+
+    // Marks as the requests draw them.
+    std::vector<int> noMarkers() const;
+    std::vector<int> loopMarkers(const std::vector<int>& points) const;
+    std::vector<int> brushMarkers(const std::vector<int>& points, int radius, int code) const;
+
+    int width;
+    int height;
+    std::vector<std::uint32_t> photo;
+    std::vector<std::uint32_t> blended;  // the photograph again before every call
+    std::vector<std::uint8_t> mask;      // keeps the last mask delivered; 255 at the start
+};

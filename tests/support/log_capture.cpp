@@ -1,0 +1,54 @@
+#include "support/log_capture.h"
+
+#include <android/log.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <iterator>
+#include <mutex>
+#include <utility>
+
+namespace {
+
+std::mutex& guard() {
+    static std::mutex mutex;
+    return mutex;
+}
+
+Log& captured() {
+    static Log lines;
+    return lines;
+}
+
+}  // namespace
+
+extern "C" int __android_log_print(int priority, const char* tag, const char* format, ...) {
+    std::array<char, 1024> text{};
+    std::va_list arguments;
+    va_start(arguments, format);
+    const int length = std::vsnprintf(text.data(), text.size(), format, arguments);
+    va_end(arguments);
+    const std::lock_guard<std::mutex> lock(guard());
+    captured().push_back({priority, tag, text.data()});
+    return length;
+}
+
+std::ostream& operator<<(std::ostream& out, const LogLine& line) {
+    return out << line.priority << ' ' << line.tag << ": " << line.text;
+}
+
+Log takeLog() {
+    const std::lock_guard<std::mutex> lock(guard());
+    return std::exchange(captured(), {});
+}
+
+Log takeErrors() {
+    Log errors;
+    const Log lines = takeLog();
+    std::copy_if(lines.begin(), lines.end(), std::back_inserter(errors), [](const LogLine& line) {
+        return line.priority == ANDROID_LOG_ERROR && line.tag == "Error";
+    });
+    return errors;
+}

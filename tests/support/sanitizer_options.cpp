@@ -1,0 +1,6 @@
+// An allocation that cannot be met gives null under the address sanitizer too: what the library
+// does then is tested.
+extern "C" const char* __asan_default_options();
+extern "C" const char* __asan_default_options() {
+    return "allocator_may_return_null=1";
+}

@@ -1,0 +1,113 @@
+#include "support/tracked_memory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+
+#include "support/log_capture.h"
+
+namespace {
+
+// More than any allocator grants; the log prints its low 32 bits, 80.
+constexpr std::size_t kImpossible = (std::size_t{1} << 62) + 80;
+
+LogLine warning(const char* start, const void* address, const char* end) {
+    char hex[32];
+    std::snprintf(hex, sizeof hex, "%x",
+                  static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(address)));
+    return {5, "TAG_MEM", std::string(start) + hex + end};
+}
+
+LogLine error(const char* text) {
+    return {6, "TAG_MEM", text};
+}
+
+class TrackedMemory : public testing::Test {
+  protected:
+    void SetUp() override { clearLog(); }
+    void TearDown() override { EXPECT_EQ(gMemStack.m_head, nullptr); }
+};
+
+}  // namespace
+
+TEST_F(TrackedMemory, MessageVariantsAllocateWithoutRegistering) {
+    auto* bytes = static_cast<unsigned char*>(VORN_Calloc_Msg(10, 8, "f", 4));
+    ASSERT_NE(bytes, nullptr);
+    EXPECT_EQ(std::count(bytes, bytes + 80, 0), 80);
+    void* block = VORN_Malloc_Msg(8, "f", 5);
+    EXPECT_EQ(gMemStack.m_head, nullptr);
+    VORN_Free_Msg(bytes, "f", 6);
+    VORN_Free_Msg(block, "f", 7);
+    EXPECT_EQ(takeLog(), Log{});
+}
+
+TEST_F(TrackedMemory, FailuresNameSizeCallerAndLine) {
+    EXPECT_EQ(VORN_Malloc_Msg(kImpossible, "a", 1), nullptr);
+    EXPECT_EQ(VORN_Calloc_Msg(10, kImpossible / 10, "b", 2), nullptr);
+    EXPECT_EQ(VORN_Malloc(kImpossible, "c", 3), nullptr);
+    EXPECT_EQ(VORN_Calloc(1, kImpossible, "d", 4), nullptr);
+    EXPECT_EQ(VORN_New_Mngr(nullptr, "e", 5), nullptr);
+    EXPECT_EQ(takeLog(), (Log{error("Failed to allocate 80 bytes in function : a, Line : 1 !"),
+                              // 10 * floor((2^62 + 80) / 10) is 4 short of 2^62 + 80.
+                              error("Failed to allocate 76 bytes in function : b, Line : 2 !"),
+                              error("Failed to allocate 80 bytes in function : c, Line : 3 !"),
+                              error("Failed to allocate 80 bytes in function : d, Line : 4 !"),
+                              error("Allocation failed in function : e, Line : 5 !")}));
+}
+
+TEST_F(TrackedMemory, UnknownAddressesAreReportedAndLeftAlone) {
+    int object = 7;
+    VORN_Free_Msg(nullptr, "f", 3);
+    VORN_Free(&object, "g", 4);
+    EXPECT_EQ(VORN_Delete_Mngr(&object, "h", 5), 0);
+    EXPECT_EQ(VORN_Delete_Array_Mngr(&object, "i", 6), 0);
+    const char* freeing = "Trying to free invalid pointer : ";
+    EXPECT_EQ(
+        takeLog(),
+        (Log{warning(freeing, nullptr, " in function : f, Line : 3 !"),
+             warning(freeing, &object, " in function : g, Line : 4 !"),
+             warning("Trying to delete invalid pointer : ", &object, " in function : h, Line : 5"),
+             warning("Trying to delete invalid pointer array: ", &object,
+                     " in function : i, Line : 6")}));
+    EXPECT_EQ(object, 7);
+}
+
+TEST_F(TrackedMemory, BlocksAreStruckOffAnywhereInTheStack) {
+    void* blocks[4];
+    for (int i = 0; i < 3; ++i) {
+        blocks[i] = VORN_Malloc(8, "f", i);
+    }
+    blocks[3] = VORN_Calloc(2, 3, "f", 3);
+    int object = 0;
+    EXPECT_EQ(VORN_New_Mngr(&object, "f", 4), &object);
+    EXPECT_EQ(VORN_Delete_Mngr(&object, "f", 5), 1);
+    for (const int i : {1, 0, 3, 2}) {  // middle, tail, head, only one
+        VORN_Free(blocks[i], "f", 6);
+    }
+    EXPECT_EQ(VORN_New_Mngr(&object, "f", 7), &object);
+    EXPECT_EQ(VORN_Delete_Array_Mngr(&object, "f", 8), 1);
+    VORN_check_memory_status();
+    EXPECT_EQ(takeLog(), (Log{{4, "TAG_MEM", "No memory Leak found "}}));
+}
+
+TEST_F(TrackedMemory, TheLeakReportListsNewestFirstAndForgets) {
+    int object = 0;
+    void* first = VORN_Malloc(16, "first", 1);
+    void* second = VORN_Calloc(3, 5, "second", 2);
+    VORN_New_Mngr(&object, "third", 3);
+    VORN_Mem_Info* const records[] = {gMemStack.m_head->record, gMemStack.m_head->next->record,
+                                      gMemStack.m_head->next->next->record};
+    VORN_check_memory_status();
+    EXPECT_EQ(
+        takeLog(),
+        (Log{error("Failed to deallocate 0 bytes allocated in function : third, Line : 3"),
+             error("Failed to deallocate 15 bytes allocated in function : second, Line : 2"),
+             error("Failed to deallocate 16 bytes allocated in function : first, Line : 1")}));
+    VORN_Free_Msg(first, "f", 4);  // the report releases neither blocks nor records
+    VORN_Free_Msg(second, "f", 5);
+    for (const VORN_Mem_Info* record : records) {
+        delete record;
+    }
+}
