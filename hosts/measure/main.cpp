@@ -1,0 +1,265 @@
+// segcore-measure: cuts the photographs of a folder from their marks and says how far the masks are
+// from the true ones.
+//
+// A case names the marks of a session in order, joined by "+": box, lasso, s1 and s2. A scribble
+// set is brushed one stroke for each connected piece: the object's pieces with the adding brush
+// first, then the background's with the removing one.
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <opencv2/imgcodecs.hpp>
+#include <optional>
+#include <sstream>
+
+#include "contact_sheet.h"
+#include "photo_set.h"
+#include "score.h"
+#include "session.h"
+
+namespace {
+
+constexpr double kLargePhotoPixels = 1e6;  // means are taken for small and large ones apart
+constexpr int kBackgroundScribble = 1;
+constexpr int kObjectScribble = 2;
+
+struct Options {
+    std::string folder;
+    std::vector<std::string> cases{"box", "lasso", "box+s2"};
+    std::vector<std::string> only;
+    std::string contactSheet;
+    std::string maskFolder;
+    bool json = false;
+};
+
+struct Result {
+    std::string photo;
+    std::string markCase;
+    bool large = false;
+    std::optional<Score> score;  // none without a true mask
+    double milliseconds = 0.0;
+};
+
+std::vector<std::string> split(const std::string& joined, char separator) {
+    std::vector<std::string> parts;
+    std::istringstream stream(joined);
+    for (std::string part; std::getline(stream, part, separator);) {
+        parts.push_back(part);
+    }
+    return parts;
+}
+
+// False when the photograph lacks the mark.
+bool apply(Session& session, const Photo& photo, const std::string& mark) {
+    if (mark == "box") {
+        const cv::Rect box = photo.box();
+        if (!box.empty()) {
+            session.box(box);
+        }
+        return !box.empty();
+    }
+    if (mark == "lasso") {
+        const std::vector<cv::Point> loop = photo.lasso();
+        if (!loop.empty()) {
+            session.lasso(loop);
+        }
+        return !loop.empty();
+    }
+    const cv::Mat scribbles = photo.scribbles(mark);
+    if (scribbles.empty()) {
+        return false;
+    }
+    for (const BrushStroke& stroke : strokesOf(scribbles, kObjectScribble)) {
+        session.brush(stroke, true);
+    }
+    for (const BrushStroke& stroke : strokesOf(scribbles, kBackgroundScribble)) {
+        session.brush(stroke, false);
+    }
+    return true;
+}
+
+// The mask of a case; empty when the photograph lacks one of its marks.
+cv::Mat cut(const Photo& photo, const cv::Mat& image, const std::string& markCase) {
+    Session session(image);
+    for (const std::string& mark : split(markCase, '+')) {
+        if (!apply(session, photo, mark)) {
+            return {};
+        }
+    }
+    return session.mask();
+}
+
+cv::Mat scribblesOf(const Photo& photo, const std::string& markCase) {
+    const std::string last = split(markCase, '+').back();
+    return last == "s1" || last == "s2" ? photo.scribbles(last) : cv::Mat();
+}
+
+std::string captionOf(const Result& result) {
+    std::ostringstream caption;
+    caption.precision(3);
+    caption << result.photo << ' ' << result.markCase;
+    if (result.score) {
+        caption << ' ' << 100.0 * result.score->errorRate << '%';
+    }
+    return caption.str();
+}
+
+std::vector<Result> measure(const Options& options, ContactSheet& sheet) {
+    std::vector<Result> results;
+    for (const Photo& photo : findPhotos(options.folder)) {
+        const bool wanted =
+            options.only.empty() ||
+            std::find(options.only.begin(), options.only.end(), photo.name) != options.only.end();
+        if (!wanted) {
+            continue;
+        }
+        const cv::Mat image = photo.image();
+        const cv::Mat truth = photo.truth();
+        sheet.startRow();
+        for (const std::string& markCase : options.cases) {
+            const auto start = std::chrono::steady_clock::now();
+            const cv::Mat mask = cut(photo, image, markCase);
+            const std::chrono::duration<double, std::milli> elapsed =
+                std::chrono::steady_clock::now() - start;
+            if (mask.empty()) {
+                continue;
+            }
+            Result result;
+            result.photo = photo.name;
+            result.markCase = markCase;
+            result.large = static_cast<double>(image.total()) > kLargePhotoPixels;
+            result.milliseconds = elapsed.count();
+            if (!truth.empty()) {
+                result.score = scoreOf(mask, truth);
+            }
+            sheet.add(image, mask, scribblesOf(photo, markCase), captionOf(result));
+            if (!options.maskFolder.empty()) {
+                const std::filesystem::path folder(options.maskFolder);
+                cv::imwrite((folder / (photo.name + "." + markCase + ".png")).string(), mask);
+            }
+            results.push_back(std::move(result));
+        }
+    }
+    return results;
+}
+
+struct Mean {
+    int count = 0;
+    double errorRate = 0.0;
+    double iou = 0.0;
+    double milliseconds = 0.0;
+};
+
+// By case and size class.
+std::map<std::pair<std::string, bool>, Mean> meansOf(const std::vector<Result>& results) {
+    std::map<std::pair<std::string, bool>, Mean> means;
+    for (const Result& result : results) {
+        if (result.score) {
+            Mean& sum = means[{result.markCase, result.large}];
+            ++sum.count;
+            sum.errorRate += result.score->errorRate;
+            sum.iou += result.score->iou;
+            sum.milliseconds += result.milliseconds;
+        }
+    }
+    for (auto& [key, mean] : means) {
+        mean.errorRate /= mean.count;
+        mean.iou /= mean.count;
+        mean.milliseconds /= mean.count;
+    }
+    return means;
+}
+
+void printTable(const std::vector<Result>& results) {
+    std::printf("%-18s %-10s %8s %8s %9s\n", "photograph", "case", "error %", "IoU", "ms");
+    for (const Result& result : results) {
+        std::printf("%-18s %-10s ", result.photo.c_str(), result.markCase.c_str());
+        if (result.score) {
+            std::printf("%8.3f %8.4f", 100.0 * result.score->errorRate, result.score->iou);
+        } else {
+            std::printf("%8s %8s", "-", "-");
+        }
+        std::printf(" %9.0f\n", result.milliseconds);
+    }
+    for (const auto& [key, mean] : meansOf(results)) {
+        const std::string label =
+            "mean of " + std::to_string(mean.count) + (key.second ? " large" : "");
+        std::printf("%-18s %-10s %8.3f %8.4f %9.0f\n", label.c_str(), key.first.c_str(),
+                    100.0 * mean.errorRate, mean.iou, mean.milliseconds);
+    }
+}
+
+void printJson(const std::vector<Result>& results) {
+    nlohmann::json document{{"results", nlohmann::json::array()},
+                            {"means", nlohmann::json::array()}};
+    for (const Result& result : results) {
+        nlohmann::json entry{{"photograph", result.photo},
+                             {"case", result.markCase},
+                             {"large", result.large},
+                             {"milliseconds", result.milliseconds}};
+        if (result.score) {
+            entry["errorRate"] = result.score->errorRate;
+            entry["iou"] = result.score->iou;
+        }
+        document["results"].push_back(entry);
+    }
+    for (const auto& [key, mean] : meansOf(results)) {
+        document["means"].push_back({{"case", key.first},
+                                     {"large", key.second},
+                                     {"photographs", mean.count},
+                                     {"errorRate", mean.errorRate},
+                                     {"iou", mean.iou},
+                                     {"milliseconds", mean.milliseconds}});
+    }
+    std::printf("%s\n", document.dump(2).c_str());
+}
+
+std::string checkCase(const std::string& markCase) {
+    const std::vector<std::string> marks = split(markCase, '+');
+    for (std::size_t i = 0; i < marks.size(); ++i) {
+        if (marks[i] == "box" ? i > 0
+                              : marks[i] != "lasso" && marks[i] != "s1" && marks[i] != "s2") {
+            return "a case joins lasso, s1 and s2 by +, box only at its beginning";
+        }
+    }
+    return marks.empty() ? "a case names at least one mark" : "";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    CLI::App app{"Measures the masks that photographs are cut to from their marks"};
+    app.add_option("folder", options.folder, "Photographs with true masks and marks")
+        ->required()
+        ->check(CLI::ExistingDirectory);
+    app.add_option("--case", options.cases, "Marks of a session, e.g. box+s1")
+        ->delimiter(',')
+        ->check(CLI::Validator(checkCase, "MARK[+MARK...]"))
+        ->capture_default_str();
+    app.add_option("--only", options.only, "Names of the photographs to measure")->delimiter(',');
+    app.add_option("--contact-sheet", options.contactSheet, "Picture of all results");
+    app.add_option("--masks", options.maskFolder, "Folder to write the masks to")
+        ->check(CLI::ExistingDirectory);
+    app.add_flag("--json", options.json, "Print JSON instead of a table");
+    CLI11_PARSE(app, argc, argv);
+    try {
+        ContactSheet sheet;
+        const std::vector<Result> results = measure(options, sheet);
+        if (results.empty()) {
+            std::fprintf(stderr, "%s: no photograph with these marks\n", options.folder.c_str());
+            return 1;
+        }
+        options.json ? printJson(results) : printTable(results);
+        if (!options.contactSheet.empty()) {
+            sheet.write(options.contactSheet);
+        }
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+    return 0;
+}
