@@ -1,6 +1,7 @@
 #include "contact_sheet.h"
 
 #include <algorithm>
+#include <cmath>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
@@ -51,21 +52,25 @@ void ContactSheet::add(const cv::Mat& image, const cv::Mat& mask, const cv::Mat&
 }
 
 void ContactSheet::write(const std::string& file) const {
-    std::size_t columns = 0;
+    std::size_t tiles = 0;  // of the longest row
     for (const std::vector<cv::Mat>& row : m_rows) {
-        columns = std::max(columns, row.size());
+        tiles = std::max(tiles, row.size());
     }
-    if (columns == 0) {
+    if (tiles == 0) {
         throw std::runtime_error("no result to put on the contact sheet");
     }
+    // Rows stand side by side in as many columns as make the sheet about square.
+    const double rowsPerTile = static_cast<double>(m_rows.size()) / static_cast<double>(tiles);
+    const auto columns = static_cast<std::size_t>(std::lround(std::ceil(std::sqrt(rowsPerTile))));
+    const std::size_t lines = (m_rows.size() + columns - 1) / columns;
     const cv::Size tile(kTile, kTile + kCaptionHeight);
-    cv::Mat sheet(tile.height * static_cast<int>(m_rows.size()),
-                  tile.width * static_cast<int>(columns), CV_8UC3, cv::Scalar::all(255));
-    for (std::size_t y = 0; y < m_rows.size(); ++y) {
-        for (std::size_t x = 0; x < m_rows[y].size(); ++x) {
-            const cv::Point corner(static_cast<int>(x) * tile.width,
-                                   static_cast<int>(y) * tile.height);
-            m_rows[y][x].copyTo(sheet(cv::Rect(corner, tile)));
+    cv::Mat sheet(tile.height * static_cast<int>(lines),
+                  tile.width * static_cast<int>(columns * tiles), CV_8UC3, cv::Scalar::all(255));
+    for (std::size_t row = 0; row < m_rows.size(); ++row) {
+        for (std::size_t i = 0; i < m_rows[row].size(); ++i) {
+            const cv::Point corner(static_cast<int>(row / lines * tiles + i) * tile.width,
+                                   static_cast<int>(row % lines) * tile.height);
+            m_rows[row][i].copyTo(sheet(cv::Rect(corner, tile)));
         }
     }
     if (!cv::imwrite(file, sheet)) {
