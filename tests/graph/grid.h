@@ -1,0 +1,91 @@
+// A grid of capacities as plain data, the graph built from it, and the weight of a cut of it. Edges
+// are found by geometry here, not by slot arithmetic.
+#pragma once
+
+#include <array>
+#include <cmath>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+#include "graph/graph.h"
+
+struct Grid {
+    Grid(int gridWidth, int gridHeight)
+        : width(gridWidth),
+          height(gridHeight),
+          pairs(static_cast<std::size_t>(size())),
+          source(static_cast<std::size_t>(size())),
+          sink(static_cast<std::size_t>(size())) {}
+
+    int size() const { return width * height; }
+
+    // The earlier neighbour to the left, up-left, up or up-right; -1 outside.
+    int earlier(int node, int direction) const {
+        const int x = node % width + std::array{-1, -1, 0, 1}[static_cast<std::size_t>(direction)];
+        const int y = node / width - (direction == 0 ? 0 : 1);
+        return x < 0 || x >= width || y < 0 ? -1 : y * width + x;
+    }
+
+    float& capacity(int from, int to) {
+        for (int d = 0; d < 4; ++d) {
+            const auto slot = static_cast<std::size_t>(2 * d);
+            if (earlier(from, d) == to) {
+                return pairs[static_cast<std::size_t>(from)][slot];
+            }
+            if (earlier(to, d) == from) {
+                return pairs[static_cast<std::size_t>(to)][slot + 1];
+            }
+        }
+        throw std::invalid_argument("not neighbours");
+    }
+
+    // Calls visit(from, to) for every directed edge.
+    template <typename Visit>
+    void forEachEdge(Visit visit) const {
+        for (int node = 0; node < size(); ++node) {
+            for (int d = 0; d < 4; ++d) {
+                if (const int other = earlier(node, d); other >= 0) {
+                    visit(node, other);
+                    visit(other, node);
+                }
+            }
+        }
+    }
+
+    std::unique_ptr<VORNSEGraph> build(int numThreads = 0) const {
+        auto graph = std::make_unique<VORNSEGraph>(size(), size() * 8, width, height, numThreads);
+        graph->addNode(size());
+        for (int node = 0; node < size(); ++node) {
+            const auto n = static_cast<std::size_t>(node);
+            for (int d = 0; d < 4; ++d) {
+                const auto slot = static_cast<std::size_t>(2 * d);
+                const int other = earlier(node, d);
+                graph->addEdge(node, other, pairs[n][slot], pairs[n][slot + 1], other < 0);
+            }
+            graph->addtWeights(node, source[n], sink[n]);
+        }
+        return graph;
+    }
+
+    // What the cut in the graph's labels costs.
+    double cutWeight(const VORNSEGraph& graph) {
+        double weight = 0.0;
+        for (int node = 0; node < size(); ++node) {
+            const auto n = static_cast<std::size_t>(node);
+            weight += static_cast<double>(graph.getTreeofNode(node) == 1 ? source[n] : sink[n]);
+        }
+        forEachEdge([&](int from, int to) {
+            if (graph.getTreeofNode(from) == 0 && graph.getTreeofNode(to) == 1) {
+                weight += static_cast<double>(capacity(from, to));
+            }
+        });
+        return weight;
+    }
+
+    int width;
+    int height;
+    std::vector<std::array<float, 8>> pairs;  // to and from the four earlier neighbours
+    std::vector<float> source;
+    std::vector<float> sink;
+};

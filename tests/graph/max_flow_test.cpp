@@ -1,0 +1,359 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <queue>
+#include <random>
+
+#include "graph/grid.h"
+#include "history/marker.h"
+#include "support/fake_clock.h"
+#include "support/timers.h"
+
+namespace {
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+// The textbook solver: shortest augmenting paths on a dense matrix (Edmonds and Karp 1972).
+double plainMaxFlow(Grid& grid) {
+    const auto s = static_cast<std::size_t>(grid.size());
+    const std::size_t t = s + 1;
+    std::vector<std::vector<double>> residual(t + 1, std::vector<double>(t + 1, 0.0));
+    for (std::size_t node = 0; node < s; ++node) {
+        residual[s][node] = static_cast<double>(grid.source[node]);
+        residual[node][t] = static_cast<double>(grid.sink[node]);
+    }
+    grid.forEachEdge([&](int from, int to) {
+        residual[static_cast<std::size_t>(from)][static_cast<std::size_t>(to)] =
+            static_cast<double>(grid.capacity(from, to));
+    });
+    double flow = 0.0;
+    for (;;) {
+        std::vector<std::size_t> from(t + 1, t + 1);
+        std::queue<std::size_t> reached({s});
+        from[s] = s;
+        for (; !reached.empty() && from[t] > t; reached.pop()) {
+            for (std::size_t next = 0; next <= t; ++next) {
+                if (from[next] > t && residual[reached.front()][next] > 1e-9) {
+                    from[next] = reached.front();
+                    reached.push(next);
+                }
+            }
+        }
+        if (from[t] > t) {
+            return flow;
+        }
+        double bottleneck = residual[from[t]][t];
+        for (std::size_t node = t; node != s; node = from[node]) {
+            bottleneck = std::min(bottleneck, residual[from[node]][node]);
+        }
+        for (std::size_t node = t; node != s; node = from[node]) {
+            residual[from[node]][node] -= bottleneck;
+            residual[node][from[node]] += bottleneck;
+        }
+        flow += bottleneck;
+    }
+}
+
+template <typename Capacity>
+Grid randomGrid(std::mt19937& random, Capacity capacity) {
+    const int width = 1 + static_cast<int>(random() % 6);
+    Grid grid(width, 1 + static_cast<int>(random() % 6));
+    grid.forEachEdge([&](int from, int to) { grid.capacity(from, to) = capacity(); });
+    for (std::size_t node = 0; node < grid.source.size(); ++node) {
+        // A third of the nodes has no terminals.
+        if (random() % 3 != 0) {
+            grid.source[node] = capacity() * 3.0F;
+            grid.sink[node] = capacity() * 3.0F;
+        }
+    }
+    return grid;
+}
+
+std::vector<int> labelsOf(const VORNSEGraph& graph) {
+    std::vector<int> labels;
+    for (const nodes* node = graph.m_nodes; node < graph.m_nodeLast; ++node) {
+        labels.push_back(node->treeLabel);
+    }
+    return labels;
+}
+
+// A row with the same capacity in every edge.
+Grid row(int length, float capacity) {
+    Grid grid(length, 1);
+    grid.forEachEdge([&](int from, int to) { grid.capacity(from, to) = capacity; });
+    return grid;
+}
+
+class MaxFlow : public testing::Test {
+  protected:
+    void SetUp() override {
+        VORNSEMarker::m_exitApp = false;
+        g_cancelTimer = nullptr;
+    }
+    void TearDown() override { SetUp(); }
+};
+
+// The middle node of a 3 x 3 grid is an orphan of one tree, its neighbours are roots of the same.
+class Adoption : public MaxFlow, public testing::WithParamInterface<int> {
+  protected:
+    void SetUp() override {
+        MaxFlow::SetUp();
+        Grid grid(3, 3);
+        grid.forEachEdge([&](int from, int to) { grid.capacity(from, to) = 1.0F; });
+        auto& terminals = GetParam() == tree::kSource ? grid.source : grid.sink;
+        terminals = {1, 1, 1, 1, 0, 1, 1, 1, 1};
+        graph = grid.build();
+        graph->maxflowInit();
+        while (nodes* queued = graph->GetTopActiveQueueNode()) {
+            queued->nextActive = nullptr;
+        }
+        graph->outgoingSlots(4, slots);
+        orphanAgain();
+    }
+    void orphanAgain() {
+        orphan().parentEdge = parent::kNone;
+        orphan().treeLabel = GetParam();
+    }
+    void adopt() {
+        if (GetParam() == tree::kSource) {
+            graph->ProcessSourceOrphans(&orphan());
+        } else {
+            graph->ProcessSinkOrphans(&orphan());
+        }
+    }
+    nodes& orphan() { return graph->m_nodes[4]; }
+    // The capacity on which flow would pass between the orphan and a parent over `slot`.
+    float& useful(int slot) { return graph->m_edgeCaps[GetParam() == 0 ? slot ^ 1 : slot]; }
+
+    std::unique_ptr<VORNSEGraph> graph;
+    int slots[8];
+};
+
+}  // namespace
+
+TEST_F(MaxFlow, CutsAsCheaplyAsATextbookSolverOnWholeCapacities) {
+    std::mt19937 random(1);
+    for (int round = 0; round < 400; ++round) {
+        // From mostly empty and tied to widely spread.
+        const unsigned range = 2 + static_cast<unsigned>(round) % 9;
+        Grid grid = randomGrid(random, [&] { return static_cast<float>(random() % range); });
+        const auto graph = grid.build();
+        const double expected = plainMaxFlow(grid);
+        ASSERT_EQ(static_cast<double>(graph->maxFlow()), expected) << round;
+        ASSERT_EQ(grid.cutWeight(*graph), expected) << round;
+        for (const nodes* node = graph->m_nodes; node < graph->m_nodeLast; ++node) {
+            ASSERT_EQ(node->nextActive, nullptr) << round;
+            ASSERT_EQ(node->nextOrphan, nullptr) << round;
+        }
+    }
+}
+
+TEST_F(MaxFlow, CutsAsCheaplyAsATextbookSolverOnFractions) {
+    std::mt19937 random(2);
+    for (int round = 0; round < 200; ++round) {
+        Grid grid = randomGrid(random, [&] { return static_cast<float>(random()) * 1e-9F; });
+        const auto graph = grid.build();
+        const double expected = plainMaxFlow(grid);
+        ASSERT_NEAR(static_cast<double>(graph->maxFlow()), expected, 1e-4) << round;
+        ASSERT_NEAR(grid.cutWeight(*graph), expected, 1e-4) << round;
+    }
+}
+
+TEST_F(MaxFlow, InfiniteTerminalsActAsHardConstraints) {
+    std::mt19937 random(3);
+    for (int round = 0; round < 100; ++round) {
+        Grid grid = randomGrid(random, [&] { return static_cast<float>(random() % 6); });
+        if (grid.size() < 2) {
+            continue;
+        }
+        Grid twin = grid;
+        grid.source.front() = kInfinity;
+        grid.sink.back() = kInfinity;
+        grid.sink.front() = grid.source.back() = 0.0F;
+        twin.source.front() = twin.sink.back() = 1e6F;
+        twin.sink.front() = twin.source.back() = 0.0F;
+        const auto graph = grid.build();
+        ASSERT_EQ(static_cast<double>(graph->maxFlow()), plainMaxFlow(twin)) << round;
+        ASSERT_EQ(twin.cutWeight(*graph), plainMaxFlow(twin)) << round;
+    }
+}
+
+TEST_F(MaxFlow, ANodeTornByTwoInfinitiesIsFree) {
+    Grid grid = row(3, 3.0F);
+    grid.capacity(1, 2) = 2.0F;
+    grid.source = {kInfinity, kInfinity, 0};
+    grid.sink = {0, kInfinity, kInfinity};
+    const auto graph = grid.build();
+    EXPECT_TRUE(std::isnan(graph->m_nodes[1].residualTerminalCap));
+    EXPECT_EQ(graph->maxFlow(), kInfinity);
+    EXPECT_EQ(labelsOf(*graph), (std::vector<int>{0, 0, 1}));
+}
+
+TEST_F(MaxFlow, WithoutTerminalsEveryNodeStaysFree) {
+    Grid grid = row(5, 1.0F);
+    grid.source = grid.sink = {0, 2, 0, 3, 0};
+    const auto graph = grid.build();
+    EXPECT_EQ(graph->maxFlow(), 5.0F);
+    EXPECT_EQ(labelsOf(*graph), std::vector<int>(5, tree::kFree));
+}
+
+TEST_F(MaxFlow, AFullySaturatedPathLeavesItsNodesFree) {
+    Grid grid = row(3, 1.0F);
+    grid.source = {1, 0, 0};
+    grid.sink = {0, 0, 1};
+    const auto graph = grid.build();
+    EXPECT_EQ(graph->maxFlow(), 1.0F);
+    EXPECT_EQ(labelsOf(*graph), (std::vector<int>{2, 2, 2}));
+}
+
+TEST_F(MaxFlow, NegativeZeroCountsAsSaturated) {
+    Grid grid = row(3, -0.0F);
+    grid.source = {1, 0, 0};
+    grid.sink = {0, 0, 1};
+    const auto graph = grid.build();
+    EXPECT_EQ(graph->maxFlow(), 0.0F);
+    EXPECT_EQ(labelsOf(*graph), (std::vector<int>{0, 2, 1}));
+}
+
+TEST_F(MaxFlow, ACancelBeforeTheStartReturnsTheFlowSoFar) {
+    Grid grid = row(4, 1.0F);
+    grid.source = {5, 0, 0, 1};
+    grid.sink = {2, 0, 0, 4};
+    const auto graph = grid.build();
+    VORNSEMarker::m_exitApp = true;
+    EXPECT_EQ(graph->maxFlow(), 3.0F);
+    EXPECT_EQ(labelsOf(*graph), (std::vector<int>{0, 2, 2, 1}));
+    EXPECT_TRUE(VORNSEMarker::m_exitApp);
+}
+
+TEST_F(MaxFlow, StopsAfterTheScanThatPassesTenSeconds) {
+    Grid grid = row(64, 1.0F);
+    grid.source[0] = 1.0F;
+    const auto graph = grid.build();
+    const FakeClock clock(0, 1000000);
+    CpuTimer* timer = create_timer();
+    g_cancelTimer = timer;
+    start_cpu_timer(timer);
+    // Scans end at 1, 2, ... 11 seconds; the tenth is just in time. Each claims one more node.
+    graph->maxFlow();
+    EXPECT_EQ(FakeClock::reads(), 12);
+    EXPECT_TRUE(VORNSEMarker::m_exitApp);
+    std::vector<int> labels(64, tree::kFree);
+    std::fill_n(labels.begin(), 12, tree::kSource);
+    EXPECT_EQ(labelsOf(*graph), labels);
+    destroy_timer(timer);
+}
+
+TEST_F(MaxFlow, OrphansAreQueuedFromTheMeetingPointToTheRootsSinkSideFirst) {
+    Grid grid = row(4, 2.0F);
+    grid.source = {2, 0, 0, 0};
+    grid.sink = {0, 0, 0, 2};
+    const auto graph = grid.build();
+    graph->maxflowInit();
+    graph->m_nodes[1].treeLabel = tree::kSource;
+    graph->m_nodes[1].parentEdge = 8 * 1;  // left of 1
+    graph->m_nodes[2].treeLabel = tree::kSink;
+    graph->m_nodes[2].parentEdge = 8 * 2 + 9;  // right of 2
+    graph->AugmentPath(8 * 1 + 9);
+    EXPECT_EQ(graph->m_flow, 2.0F);
+    EXPECT_EQ(graph->m_edgeCaps[8 * 2], 4.0F);
+    for (const int expected : {2, 3, 1, 0}) {
+        const nodes* orphan = graph->GetTopOrphanQueueNode();
+        ASSERT_NE(orphan, nullptr);
+        EXPECT_EQ(orphan - graph->m_nodes, expected);
+        EXPECT_EQ(orphan->parentEdge, parent::kNone);
+        EXPECT_EQ(orphan->nextOrphan, nullptr);
+    }
+    EXPECT_EQ(graph->GetTopOrphanQueueNode(), nullptr);
+}
+
+TEST_F(MaxFlow, ThePoppedActiveNodeKeepsItsLinkAndQueuesOnce) {
+    const auto graph = Grid(3, 1).build();
+    nodes* first = graph->m_nodes;
+    graph->AddToActiveQueue(first);
+    graph->AddToActiveQueue(first + 1);
+    graph->AddToActiveQueue(first);
+    EXPECT_EQ(graph->GetTopActiveQueueNode(), first);
+    EXPECT_EQ(first->nextActive, first + 1);
+    EXPECT_EQ(graph->GetTopActiveQueueNode(), first + 1);
+    EXPECT_EQ(graph->GetTopActiveQueueNode(), nullptr);
+}
+
+TEST_F(MaxFlow, BlockInitialisationTouchesItsOwnNodesOnly) {
+    Grid grid(5, 3);
+    grid.source.assign(15, 1.0F);
+    grid.sink[14] = 2.0F;
+    const auto graph = grid.build();
+    alignas(VORNSEGraph) unsigned char room[sizeof(VORNSEGraph)];
+    auto* view = new (room) VORNSEGraph(graph.get(), 1, 1, 3, 2);  // columns 3.., rows 2..
+    view->InitBlock();
+    EXPECT_EQ(view->m_flow, 0.0F);
+    EXPECT_EQ(view->GetTopActiveQueueNode(), graph->m_nodes + 13);
+    EXPECT_EQ(view->GetTopActiveQueueNode(), graph->m_nodes + 14);
+    EXPECT_EQ(view->GetTopActiveQueueNode(), nullptr);
+    std::vector<int> labels(15, tree::kFree);
+    labels[13] = tree::kSource;
+    labels[14] = tree::kSink;
+    EXPECT_EQ(labelsOf(*graph), labels);
+}
+
+TEST_P(Adoption, TheEarliestOfEqualParentsInScanOrderWins) {
+    for (const int slot : slots) {
+        adopt();
+        EXPECT_EQ(orphan().parentEdge, slot);
+        EXPECT_EQ(orphan().treeLabel, GetParam());
+        useful(slot) = slot % 3 == 0 ? -0.0F : 0.0F;  // out of the running, whatever its sign
+        orphanAgain();
+    }
+    adopt();
+    EXPECT_EQ(orphan().treeLabel, tree::kFree);
+    EXPECT_EQ(graph->m_activeHead, nullptr);
+}
+
+TEST_P(Adoption, TheNearestRootWinsAndOwnDescendantsAreNoParents) {
+    for (int node = 0; node < 9; ++node) {
+        graph->m_nodes[node].treeLabel = node == 4 ? GetParam() : tree::kFree;
+    }
+    const auto join = [&](int node, int parentEdge) {
+        graph->m_nodes[node].treeLabel = GetParam();
+        graph->m_nodes[node].parentEdge = parentEdge;
+    };
+    // Left hangs on the orphan itself, up-left on left, up on up-left.
+    join(3, slots[0] ^ 1);
+    join(0, 8 * 3 + 5);
+    join(1, 8 * 1);
+    // Down is a root; down-right, earlier in the scan, is its child.
+    join(7, parent::kTerminal);
+    join(8, 8 * 8);
+    adopt();
+    EXPECT_EQ(orphan().parentEdge, slots[6]);
+    orphanAgain();
+    useful(slots[6]) = 0.0F;
+    adopt();
+    EXPECT_EQ(orphan().parentEdge, slots[5]);
+}
+
+TEST_P(Adoption, AFreedOrphanWakesItsNeighboursAndOrphansItsChildren) {
+    for (int node = 0; node < 9; ++node) {
+        graph->m_nodes[node].treeLabel = node == 4 ? GetParam() : tree::kFree;
+    }
+    // Left and right are children; only from the right could the orphan be claimed again.
+    for (const std::size_t side : {0U, 4U}) {
+        nodes& child = graph->m_nodes[graph->headOf(slots[side])];
+        child.treeLabel = GetParam();
+        child.parentEdge = slots[side] ^ 1;
+    }
+    useful(slots[0]) = 0.0F;
+    graph->m_nodes[1].treeLabel = 1 - GetParam();  // the other tree is left alone
+    adopt();
+    EXPECT_EQ(orphan().treeLabel, tree::kFree);
+    EXPECT_EQ(orphan().parentEdge, parent::kNone);
+    EXPECT_EQ(graph->GetTopActiveQueueNode(), graph->m_nodes + 5);
+    EXPECT_EQ(graph->GetTopActiveQueueNode(), nullptr);
+    EXPECT_EQ(graph->GetTopOrphanQueueNode(), graph->m_nodes + 3);
+    EXPECT_EQ(graph->GetTopOrphanQueueNode(), graph->m_nodes + 5);
+    EXPECT_EQ(graph->GetTopOrphanQueueNode(), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(BothTrees, Adoption, testing::Values(tree::kSource, tree::kSink));
