@@ -23,7 +23,9 @@ template <typename T>
 T* allocateArray(int count, int factor, int line) {
     const auto entries =
         static_cast<std::size_t>(factor) * static_cast<std::size_t>(std::max(count, kMinimumCount));
-    return static_cast<T*>(VORN_Malloc_Msg(entries * sizeof(T), "VORNSEGraph", line));
+    // Zeroed, so that skipped nodes and slots read as free and saturated; large arrays come as
+    // untouched pages of the system.
+    return static_cast<T*>(VORN_Calloc_Msg(entries, sizeof(T), "VORNSEGraph", line));
 }
 
 void freeArray(void* array, int line) {
@@ -100,8 +102,14 @@ void VORNSEGraph::fillNeighbourOffsets() {
 }
 
 void VORNSEGraph::clearContents() {
-    initialiseNodes(m_nodes, m_nodes + m_nodeCount);
-    std::fill(m_edgeCaps, m_edgeCaps + m_edgeCount, 0.0F);
+    const std::ptrdiff_t written = m_edgeCount;
+    for (const NodeRange& range : m_ranges) {
+        initialiseNodes(m_nodes + range.first, m_nodes + range.last);
+        const auto slots = [written](int node) {
+            return std::min(written, static_cast<std::ptrdiff_t>(kSlotsPerNode) * node);
+        };
+        std::fill(m_edgeCaps + slots(range.first), m_edgeCaps + slots(range.last), 0.0F);
+    }
     m_flow = 0.0F;
     m_activeHead = m_activeTail = nullptr;
     m_orphanHead = m_orphanTail = nullptr;
@@ -113,6 +121,7 @@ void VORNSEGraph::reset() {
     m_edgeCount = 0;
     m_nodeLast = m_nodes;
     m_edgeLast = m_edgeCaps;
+    m_ranges.clear();
 }
 
 int VORNSEGraph::resetNew() {
@@ -124,15 +133,22 @@ void VORNSEGraph::addNode(int count) {
     if (count < 1) {
         return;
     }
+    if (m_ranges.empty() || m_ranges.back().last != m_nodeCount) {
+        m_ranges.push_back({m_nodeCount, m_nodeCount});
+    }
+    m_ranges.back().last += count;
     initialiseNodes(m_nodeLast, m_nodeLast + count);
     m_nodeLast += count;
     m_nodeCount += count;
 }
 
-void VORNSEGraph::addEdge(int /*from*/, int /*to*/, float cap, float revCap, bool absent) {
-    m_edgeLast[0] = absent ? kNoEdge : cap;
-    m_edgeLast[1] = absent ? kNoEdge : revCap;
-    m_edgeLast += 2;
+void VORNSEGraph::skipNodes(int count) {
+    m_nodeLast += count;
+    m_nodeCount += count;
+}
+
+void VORNSEGraph::skipEdges(int count) {
+    m_edgeLast += static_cast<std::ptrdiff_t>(kSlotsPerNode) * count;
     m_edgeCount = static_cast<int>(m_edgeLast - m_edgeCaps);
 }
 
@@ -146,21 +162,6 @@ void VORNSEGraph::addToEdge(int from, int to, float cap, float revCap) {
             return;
         }
     }
-}
-
-void VORNSEGraph::addtWeights(int node, float capSource, float capSink) {
-    float& residual = m_nodes[node].residualTerminalCap;
-    if (residual > 0.0F) {
-        capSource += residual;
-    } else {
-        capSink -= residual;
-    }
-    m_flow += capSource < capSink ? capSource : capSink;
-    residual = capSource - capSink;
-}
-
-int VORNSEGraph::getTreeofNode(int node) const {
-    return m_nodes[node].treeLabel == tree::kSink ? 1 : 0;
 }
 
 void VORNSEGraph::outgoingSlots(int node, int slots[kSlotsPerNode]) const {

@@ -21,6 +21,8 @@
 // maxFlow from another.
 #pragma once
 
+#include <vector>
+
 #include "support/export.h"
 
 // A pixel of the grid. Queue links are intrusive: null = not queued, and the last node of a queue
@@ -49,6 +51,12 @@ constexpr int kSlotsPerNode = 8;
 // Marks a direction that leaves the image in a node's list of outgoing slots.
 constexpr int kOutside = -2;
 
+// Consecutive node numbers, `last` excluded.
+struct NodeRange {
+    int first;
+    int last;
+};
+
 class SEGCORE_API VORNSEGraph {
   public:
     // Allocates nodeCount node records and 2 * edgeCount capacities (at least 16 of each count).
@@ -72,13 +80,34 @@ class SEGCORE_API VORNSEGraph {
     // Adds `count` free nodes; below 1 does nothing.
     void addNode(int count);
     // Writes the next pair of slots; the node numbers are not used, the position is the edge.
-    void addEdge(int from, int to, float cap, float revCap, bool absent);
+    void addEdge(int from, int to, float cap, float revCap, bool absent) {
+        static_cast<void>(from);
+        static_cast<void>(to);
+        m_edgeLast[0] = absent ? kNoEdge : cap;
+        m_edgeLast[1] = absent ? kNoEdge : revCap;
+        m_edgeLast += 2;
+        m_edgeCount = static_cast<int>(m_edgeLast - m_edgeCaps);
+    }
+    // Numbers `count` nodes that take no part, and passes over the slots of `count` nodes. Neither
+    // is written, so a graph that covers little of its grid costs memory for that little only; such
+    // nodes read as cut to the source side.
+    void skipNodes(int count);
+    void skipEdges(int count);
     // Adds to an existing edge between two neighbours; anything else changes nothing.
     void addToEdge(int from, int to, float cap, float revCap);
     // Adds terminal capacities; what source and sink have in common flows at once.
-    void addtWeights(int node, float capSource, float capSink);
+    void addtWeights(int node, float capSource, float capSink) {
+        float& residual = m_nodes[node].residualTerminalCap;
+        if (residual > 0.0F) {
+            capSource += residual;
+        } else {
+            capSink -= residual;
+        }
+        m_flow += capSource < capSink ? capSource : capSink;
+        residual = capSource - capSink;
+    }
     // 1 when the node is cut to the sink side, else 0 (free nodes included).
-    int getTreeofNode(int node) const;
+    int getTreeofNode(int node) const { return m_nodes[node].treeLabel == tree::kSink ? 1 : 0; }
 
     // Computes the maximum flow and leaves the cut in the tree labels. Ends early, with a partial
     // flow, when VORNSEMarker::m_exitApp is set or g_cancelTimer passes 10000 ms (which sets the
@@ -102,6 +131,9 @@ class SEGCORE_API VORNSEGraph {
     nodes* GetTopActiveQueueNode();
     void AddToOrphanQueue(nodes* node);
     nodes* GetTopOrphanQueueNode();
+
+    // The node ranges that take part, in ascending order.
+    const std::vector<NodeRange>& ranges() const { return m_ranges; }
 
     // The node that a slot leads to.
     int headOf(int slot) const {
@@ -137,4 +169,7 @@ class SEGCORE_API VORNSEGraph {
     void clearContents();
     void fillNeighbourOffsets();
     void startFromTerminal(nodes* node);
+    float searchRecords();
+
+    std::vector<NodeRange> m_ranges;
 };

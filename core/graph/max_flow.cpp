@@ -17,6 +17,7 @@
 
 #include "graph/graph.h"
 #include "graph/parallel_gc.h"
+#include "graph/two_tree_solver.h"
 #include "history/marker.h"
 #include "support/timers.h"
 
@@ -163,8 +164,10 @@ void VORNSEGraph::startFromTerminal(nodes* node) {
 }
 
 void VORNSEGraph::maxflowInit() {
-    for (nodes* node = m_nodes; node < m_nodeLast; ++node) {
-        startFromTerminal(node);
+    for (const NodeRange& range : m_ranges) {
+        for (int node = range.first; node < range.last; ++node) {
+            startFromTerminal(m_nodes + node);
+        }
     }
 }
 
@@ -188,6 +191,18 @@ float VORNSEGraph::maxFlowSerialCall() {
     if (VORNSEMarker::m_exitApp) {
         return m_flow;
     }
+    const bool isBlockView = m_blockWidth > 0;
+    if (!isBlockView && m_orphanHead == nullptr) {
+        TwoTreeSolver solver(*this);
+        if (solver.canSolve()) {
+            solver.run();
+            return m_flow;
+        }
+    }
+    return searchRecords();
+}
+
+float VORNSEGraph::searchRecords() {
     while (nodes* node = GetTopActiveQueueNode()) {
         node->nextActive = nullptr;
         for (;;) {
