@@ -14,6 +14,8 @@
 namespace {
 
 constexpr double kSingular = std::numeric_limits<double>::epsilon();
+// Below the logarithm of half the smallest denormal number the exponential is exactly 0.
+constexpr double kVanishing = -746.0;
 constexpr double kPairWeight = 0.05;            // lighter components do not count as a colour
 constexpr float kSeparation = 10000.0F;         // squared distance of means: 100 levels
 constexpr double kDominantWeight = 0.35;        // a component that carries the model
@@ -107,7 +109,9 @@ double VORNSEColorModel::gaussianProb(int k, pixelVal x) const {
             q += (d[i] * m_inverseCovariance[k][kChannels * i + j]) * d[j];
         }
     }
-    return std::exp(-0.5 * q) * m_invSqrtDeterminant[k];
+    const double exponent = -0.5 * q;
+    const double bell = exponent < kVanishing ? 0.0 : std::exp(exponent);
+    return bell * m_invSqrtDeterminant[k];
 }
 
 double VORNSEColorModel::GMMProb(pixelVal x) const {

@@ -3,6 +3,7 @@
 
 #include <opencv2/core/core_c.h>
 
+#include <cstdint>
 #include <vector>
 
 #include "colour/color_model.h"
@@ -17,15 +18,29 @@ SEGCORE_API void extractTrainingData(const IplImage* image, const IplImage* labe
                                      std::vector<pixelVal>& foreground,
                                      std::vector<pixelVal>& background);
 
+// The three bytes of a sample.
+struct SampleBytes {
+    std::uint8_t ch0;
+    std::uint8_t ch1;
+    std::uint8_t ch2;
+
+    pixelVal value() const {
+        return {static_cast<double>(ch0), static_cast<double>(ch1), static_cast<double>(ch2)};
+    }
+};
+
 // The sample of pixel x of a row. The texture rows are null for a colour image and start at the
 // pixel of x = 0 for a grey one.
-inline pixelVal sampleAt(const std::uint8_t* row, const std::uint8_t* textureHorizontal,
-                         const std::uint8_t* textureVertical, int x) {
+inline SampleBytes sampleBytes(const std::uint8_t* row, const std::uint8_t* textureHorizontal,
+                               const std::uint8_t* textureVertical, int x) {
     const std::uint8_t* pixel = row + kChannels * x;
     if (textureHorizontal == nullptr) {
-        return {static_cast<double>(pixel[0]), static_cast<double>(pixel[1]),
-                static_cast<double>(pixel[2])};
+        return {pixel[0], pixel[1], pixel[2]};
     }
-    return {static_cast<double>(pixel[0]), static_cast<double>(textureHorizontal[x]),
-            static_cast<double>(textureVertical[x])};
+    return {pixel[0], textureHorizontal[x], textureVertical[x]};
+}
+
+inline pixelVal sampleAt(const std::uint8_t* row, const std::uint8_t* textureHorizontal,
+                         const std::uint8_t* textureVertical, int x) {
+    return sampleBytes(row, textureHorizontal, textureVertical, x).value();
 }

@@ -2,8 +2,7 @@
 // enlarged, and a second cut at photo resolution decides its open pixels from the colour models and
 // the photograph's own contrast.
 //
-// Notation, trimap codes: 7 outside the band, 0 open, 1 the band's outer ring (background), 2 its
-// inner ring (object). Invariant at the end: every working image and the band's graph are released,
+// Notation: the trimap codes of trimap.h. Invariant at the end: every working image and the band's graph are released,
 // m_labelImage is unchanged.
 #include <opencv2/imgproc/imgproc_c.h>
 
@@ -13,8 +12,7 @@
 #include <cstring>
 
 #include "engine/hybrid.h"
-#include "engine/neighbour_links.h"
-#include "engine/terminal_weights.h"
+#include "engine/trimap.h"
 #include "graph/graph.h"
 #include "history/marker.h"
 #include "support/image.h"
@@ -22,20 +20,13 @@
 
 namespace {
 
-constexpr std::uint8_t kOutsideBand = 7;
-constexpr std::uint8_t kOpen = 0;
-constexpr std::uint8_t kOuterRing = 1;
-constexpr std::uint8_t kInnerRing = 2;
 constexpr int kWide = 3;  // dilations and erosions that bound the band
 constexpr int kNarrow = 1;
 
 constexpr int kSizeLine = 1460;
 constexpr int kCropSizeLine = 1820;
-constexpr int kTableLine = 1905;
-constexpr int kTableFreeLine = 2011;
 
 constexpr int kGraphBuilt = 0;
-constexpr int kGraphFailed = 1;
 
 ImagePtr createChecked(int width, int height) {
     checkImageSize(width, height, "intelligentUpscaling", kSizeLine);
@@ -58,7 +49,8 @@ void codeTrimap(const IplImage* mask, IplImage* trimap, IplImage* scratch) {
     addDilated(kNarrow);
     addEroded(kNarrow);
     addEroded(kWide);
-    constexpr std::uint8_t kCodes[] = {kOutsideBand, kOuterRing, kOpen, kInnerRing, kOutsideBand};
+    constexpr std::uint8_t kCodes[] = {trimap::kOutside, trimap::kOuterRing, trimap::kOpen,
+                                       trimap::kInnerRing, trimap::kOutside};
     for (int y = 0; y < trimap->height; ++y) {
         std::uint8_t* row = rowOf(trimap, y);
         for (int x = 0; x < trimap->width; ++x) {
@@ -81,7 +73,7 @@ Extent extentOfBand(const IplImage* trimap) {
     for (int y = 0; y < trimap->height; ++y) {
         const std::uint8_t* row = rowOf(trimap, y);
         for (int x = 0; x < trimap->width; ++x) {
-            if (row[x] != kOutsideBand) {
+            if (row[x] != trimap::kOutside) {
                 extent.xMin = std::min(extent.xMin, x);
                 extent.xMax = std::max(extent.xMax, x);
                 extent.yMin = std::min(extent.yMin, y);
@@ -131,6 +123,15 @@ IplImage* VORNSEHybrid::intelligentUpscaling(IplImage* mask) {
     SEGCORE_LOG_INFO("m_boundWidthTrimap:%d, m_boundHeightTrimap:%d", m_boundWidthTrimap,
                      m_boundHeightTrimap);
 
+    // The trimap and the photograph are read in place, through headers on their band's rectangle.
+    const auto viewBand = [&](const IplImage* source) {
+        IplImage view = *source;
+        view.imageData += static_cast<std::ptrdiff_t>(band.yMin) * source->widthStep +
+                          static_cast<std::ptrdiff_t>(band.xMin) * source->nChannels;
+        view.width = m_boundWidthTrimap;
+        view.height = m_boundHeightTrimap;
+        return view;
+    };
     const auto cropBand = [&](IplImage* source) {
         return ImagePtr(
             cropImageTrimap(source, m_boundWidthTrimap, m_boundHeightTrimap, band.yMin, band.xMin));
@@ -140,16 +141,16 @@ IplImage* VORNSEHybrid::intelligentUpscaling(IplImage* mask) {
         cvResize(texture, enlarged.get(), CV_INTER_NN);
         return cropBand(enlarged.get());
     };
-    ImagePtr trimap = cropBand(bandImage.get());
-    ImagePtr image = cropBand(VORNSEMarker::m_originalImage);
+    IplImage codes = viewBand(bandImage.get());
+    IplImage image = viewBand(VORNSEMarker::m_originalImage);
     ImagePtr horizontal;
     ImagePtr vertical;
     if (VORNSEMarker::m_isGreyScale) {
         horizontal = cropTexture(VORNSEMarker::m_texHor);
         vertical = cropTexture(VORNSEMarker::m_texVer);
     }
-    const int status = constructGraphTrimapVORN(image.get(), horizontal.get(), trimap.get(),
-                                                horizontal.get(), vertical.get());
+    const int status = constructGraphTrimapVORN(&image, horizontal.get(), &codes, horizontal.get(),
+                                                vertical.get());
     if (status != kGraphBuilt) {
         SEGCORE_LOG_ERROR("Failed: intelligentUpscaling (status_flag = %d)", status);
         delete m_trimapGraph;
@@ -159,14 +160,13 @@ IplImage* VORNSEHybrid::intelligentUpscaling(IplImage* mask) {
     }
     m_trimapGraph->maxFlow();
 
-    // The enlarged labels take the band image's place: the trimap lives on in its crop.
-    ImagePtr labels = std::move(bandImage);
+    ImagePtr labels = createChecked(photoWidth, photoHeight);
     cvResize(VORNSEMarker::m_labelImage, labels.get(), CV_INTER_NN);
     for (int y = 0; y < m_boundHeightTrimap; ++y) {
-        const std::uint8_t* codes = rowOf(trimap.get(), y);
+        const std::uint8_t* code = rowOf(&codes, y);
         std::uint8_t* row = rowOf(labels.get(), band.yMin + y) + band.xMin;
         for (int x = 0; x < m_boundWidthTrimap; ++x) {
-            if (codes[x] == kOpen) {
+            if (code[x] == trimap::kOpen) {
                 row[x] = m_trimapGraph->getTreeofNode(y * m_boundWidthTrimap + x) == 1
                              ? label::kProbableBackground
                              : label::kProbableObject;
@@ -194,89 +194,4 @@ IplImage* VORNSEHybrid::cropImageTrimap(IplImage* source, int width, int height,
                     rowOf(source, rowStart + y) + colStart * source->nChannels, rowBytes);
     }
     return crop.release();
-}
-
-int VORNSEHybrid::constructGraphTrimapVORN(IplImage* image, IplImage* /*texA*/, IplImage* trimap,
-                                           IplImage* texHor, IplImage* texVer) {
-    const int width = m_boundWidthTrimap;
-    const int height = m_boundHeightTrimap;
-    const int pixels = width * height;
-    m_trimapGraph = new VORNSEGraph(pixels, pixels * kSlotsPerNode, width, height, 0);
-    if (m_trimapGraph->m_nodes == nullptr || m_trimapGraph->m_edgeCaps == nullptr) {
-        return kGraphFailed;
-    }
-    m_trimapGraph->reset();
-    m_trimapGraph->addNode(pixels);
-
-    int node = 0;
-    for (int y = 0; y < height; ++y) {
-        const std::uint8_t* row = rowOf(image, y);
-        const std::uint8_t* codes = rowOf(trimap, y);
-        const std::uint8_t* horizontal = VORNSEMarker::m_isGreyScale ? rowOf(texHor, y) : nullptr;
-        const std::uint8_t* vertical = VORNSEMarker::m_isGreyScale ? rowOf(texVer, y) : nullptr;
-        for (int x = 0; x < width; ++x, ++node) {
-            if (codes[x] == kOuterRing) {
-                m_trimapGraph->addtWeights(node, 0.0F, kHardWeight);
-            } else if (codes[x] == kInnerRing) {
-                m_trimapGraph->addtWeights(node, kHardWeight, 0.0F);
-            } else if (codes[x] == kOutsideBand) {
-                m_trimapGraph->addtWeights(node, 0.0F, 0.0F);
-            } else {
-                const TerminalWeights weights =
-                    modelWeights(m_fgModel, m_bgModel, sampleAt(row, horizontal, vertical, x));
-                m_trimapGraph->addtWeights(node, static_cast<float>(weights.source),
-                                           static_cast<float>(weights.sink));
-            }
-        }
-    }
-
-    const ContrastTable table(m_beta, "constructGraphTrimapVORN", kTableLine, kTableFreeLine);
-    if (!table.valid()) {
-        return kGraphFailed;
-    }
-    const auto straight = static_cast<float>(m_lambda);
-    const auto diagonal = static_cast<float>(m_lambda * kDiagonal);
-    const auto link = [this](int from, int to, float weight) {
-        m_trimapGraph->addEdge(from, to, weight, weight, false);
-    };
-    const auto noLink = [this](int from) { m_trimapGraph->addEdge(from, from, 0.0F, 0.0F, true); };
-    node = 0;
-    for (int y = 0; y < height; ++y) {
-        const std::uint8_t* codes = rowOf(trimap, y);
-        const std::uint8_t* codesAbove = y > 0 ? rowOf(trimap, y - 1) : nullptr;
-        const std::uint8_t* row = rowOf(image, y);
-        const std::uint8_t* above = y > 0 ? rowOf(image, y - 1) : nullptr;
-        for (int x = 0; x < width; ++x, ++node) {
-            const bool inBand = codes[x] != kOutsideBand;
-            const std::uint8_t* pixel = row + kChannels * x;
-            const std::uint8_t* up = above != nullptr ? above + kChannels * x : nullptr;
-            const auto bandAbove = [&](int column) {
-                return inBand && above != nullptr && column >= 0 && column < width &&
-                       codesAbove[column] != kOutsideBand;
-            };
-            // Horizontal links do not depend on colour; results rely on it.
-            if (inBand && x >= 1 && codes[x - 1] != kOutsideBand) {
-                link(node, node - 1, straight);
-            } else {
-                noLink(node);
-            }
-            if (bandAbove(x - 1)) {
-                link(node, node - width - 1, table.product(pixel, up - kChannels) * diagonal);
-            } else {
-                noLink(node);
-            }
-            if (bandAbove(x)) {
-                link(node, node - width,
-                     static_cast<float>(m_lambda * static_cast<double>(table.product(pixel, up))));
-            } else {
-                noLink(node);
-            }
-            if (bandAbove(x + 1)) {
-                link(node, node - width + 1, table.product(pixel, up + kChannels) * diagonal);
-            } else {
-                noLink(node);
-            }
-        }
-    }
-    return kGraphBuilt;
 }

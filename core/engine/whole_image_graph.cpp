@@ -36,6 +36,7 @@ void VORNSEHybrid::constructGraphVORN_Whole_Image() {
     m_graph->reset();
     m_graph->addNode(width * height);
 
+    TerminalWeightCache weightsOf(m_fgModel, m_bgModel, grey ? weightsOfGrey : modelWeights);
     int node = 0;
     for (int y = 0; y < height; ++y) {
         const std::uint8_t* row = rowOf(m_cropImage, y);
@@ -50,11 +51,9 @@ void VORNSEHybrid::constructGraphVORN_Whole_Image() {
             } else if (labels[x] == label::kObject) {
                 m_graph->addtWeights(node, kHardWeight, 0.0F);
             } else {
-                const pixelVal sample = sampleAt(row, horizontal, vertical, x);
-                const TerminalWeights weights = grey ? weightsOfGrey(m_fgModel, m_bgModel, sample)
-                                                     : modelWeights(m_fgModel, m_bgModel, sample);
-                m_graph->addtWeights(node, static_cast<float>(weights.source),
-                                     static_cast<float>(weights.sink));
+                const TerminalCapacities capacities =
+                    weightsOf(sampleBytes(row, horizontal, vertical, x));
+                m_graph->addtWeights(node, capacities.source, capacities.sink);
             }
         }
     }
