@@ -1,0 +1,143 @@
+// One request from labels to the recorded mask.
+#include "engine/engine_test.h"
+#include "graph/graph.h"
+#include "history/undo_redo_history.h"
+#include "support/fake_clock.h"
+#include "support/host_session.h"
+#include "support/timers.h"
+
+namespace {
+
+const LogLine kCancelled{6, "Error", "Segmentation canceled due to timeout"};
+
+class DriverTest : public EngineTest {};
+
+TEST_F(DriverTest, FixedLabelsSurviveAndNoneStaysFree) {
+    HostSession session(discScene());
+    // A box around the disc with an object mark in the background and a background mark in the disc.
+    std::vector<int> markers = session.loopMarkers({35, 20, 125, 20, 125, 100, 35, 100});
+    const auto mark = [&](int x, int y, int code) {
+        markers[static_cast<std::size_t>(y * session.width + x)] = code;
+    };
+    mark(40, 30, SEGCORE_MARK_OBJECT);
+    mark(80, 60, SEGCORE_MARK_BACKGROUND);
+    ASSERT_EQ(session.request({35, 20, 125, 20, 125, 100, 35, 100}, markers, SEGCORE_LOOP_ADD), 0);
+    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 30)[40], 2);
+    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 60)[80], 1);
+    for (const std::string& row : textOf(VORNSEMarker::m_labelImage)) {
+        EXPECT_EQ(row.find_first_not_of("1234"), std::string::npos);
+    }
+    EXPECT_LT(discScene().errorRate(session.mask), 0.01);
+    // Recorded, and nothing of the request is left.
+    const ImagePtr shown(VORNSEManageUndoRedo::prevMask());
+    ASSERT_NE(shown, nullptr);
+    for (int i = 0, y = 0; y < session.height; ++y) {
+        for (int x = 0; x < session.width; ++x, ++i) {
+            ASSERT_EQ(rowOf(shown.get(), y)[x], 255 - session.mask[static_cast<std::size_t>(i)]);
+        }
+    }
+    EXPECT_EQ(pHybrid->m_graph, nullptr);
+    EXPECT_EQ(pHybrid->m_cropImage, nullptr);
+    EXPECT_EQ(pHybrid->m_trialLabels[2], nullptr);
+    EXPECT_EQ(g_cancelTimer, nullptr);
+}
+
+TEST_F(DriverTest, CutIsWrittenIntoTheLabelsThatAreNotFixed) {
+    VORNSEHybrid& engine = startBlue(5, 2);
+    setRegion({0, 0, 5, 2});
+    engine.graphSpaceAllocator();
+    engine.m_graph->addNode(10);
+    for (int node = 0; node < 10; ++node) {
+        engine.m_graph->addtWeights(node, node < 5 ? 1.0F : 0.0F, node < 5 ? 0.0F : 1.0F);
+        for (int link = 0; link < 4; ++link) {
+            engine.m_graph->addEdge(node, node, 0.0F, 0.0F, true);
+        }
+    }
+    engine.m_graph->maxFlow();
+    engine.m_cropLabel = imageOf({".1234", ".1234"}).release();
+    EXPECT_EQ(engine.updateLabelImage(), 5);
+    EXPECT_EQ(textOf(engine.m_cropLabel), (Rows{"41244", "31233"}));
+}
+
+TEST_F(DriverTest, CancelBeforeTheRequestGivesThePhotograph) {
+    HostSession session(discScene());
+    session.box(35, 20, 125, 100);
+    const std::vector<std::uint8_t> mask = session.mask;
+    const int current = VORNSEManageUndoRedo::m_current;
+    clearLog();
+    cancelSegmentation();
+    EXPECT_EQ(session.box(50, 40, 100, 80), 0);
+    EXPECT_EQ(takeErrors(), Log{kCancelled});
+    EXPECT_EQ(session.mask, mask);
+    EXPECT_EQ(session.blended, session.photo);
+    EXPECT_EQ(VORNSEManageUndoRedo::m_current, current);
+    // It stays in force until a reset.
+    session.box(50, 40, 100, 80);
+    EXPECT_EQ(takeErrors(), Log{kCancelled});
+    resetSegmentationInterface();
+    session.box(35, 20, 125, 100);
+    EXPECT_EQ(takeErrors(), Log{});
+    EXPECT_EQ(session.mask, mask);
+}
+
+TEST_F(DriverTest, RequestOverItsTimeLimitGivesNoMask) {
+    HostSession session(discScene());
+    {
+        const FakeClock clock(0, 6000000);  // the second reading after the start is over the limit
+        session.box(35, 20, 125, 100);
+    }
+    EXPECT_EQ(takeErrors(), Log{kCancelled});
+    EXPECT_EQ(session.blended, session.photo);
+    EXPECT_EQ(VORNSEManageUndoRedo::m_current, 0);
+    EXPECT_TRUE(VORNSEMarker::m_exitApp);
+}
+
+TEST_F(DriverTest, TimeLimitItselfIsNotOver) {
+    startBlue(1, 1);
+    const FakeClock clock(0);
+    g_cancelTimer = create_timer();
+    start_cpu_timer(g_cancelTimer);
+    FakeClock::set(10000000);
+    EXPECT_FALSE(pHybrid->cancelSegmentation());
+    FakeClock::set(10000001);
+    EXPECT_TRUE(pHybrid->cancelSegmentation());
+    FakeClock::set(0);
+    EXPECT_FALSE(pHybrid->cancelSegmentation());
+    VORNSEMarker::m_exitApp = true;
+    EXPECT_TRUE(pHybrid->cancelSegmentation());
+}
+
+TEST_F(DriverTest, FirstPassComesBackWhenItsOutlineIsTheBetter) {
+    // A bright square: labels on its edge score 1, labels in the flat score -1.
+    VORNSEHybrid& engine = start(40, 40, [](int x, int y) {
+        return x >= 10 && x < 30 && y >= 10 && y < 30 ? 0xF0F0F0U : 0U;
+    });
+    setRegion({0, 0, 40, 40});
+    engine.m_cropImage = engine.cropImage(VORNSEMarker::m_srcImage);
+    const Area onEdge{10, 10, 20, 20};
+    const Area inside{15, 15, 10, 10};
+    const auto chosen = [&](const std::vector<Area>& first, const std::vector<Area>& final) {
+        releaseImage(engine.m_trialLabels[0]);
+        releaseImage(engine.m_cropLabel);
+        engine.m_trialLabels[0] = imageWith(40, 40, first, 4).release();
+        engine.m_cropLabel = imageWith(40, 40, final, 2).release();
+        engine.chooseIter();
+        return textOf(engine.m_cropLabel) == textOf(engine.m_trialLabels[0]);
+    };
+    EXPECT_TRUE(chosen({onEdge}, {inside}));
+    EXPECT_TRUE(chosen({onEdge}, {}));         // nothing left: no score, which gives way
+    EXPECT_FALSE(chosen({onEdge}, {onEdge}));  // 1 is above 0.98
+    EXPECT_FALSE(chosen({inside}, {inside}));
+    EXPECT_FALSE(chosen({}, {inside}));
+    // 76 outline pixels on the edge; n stray ones in the flat give (76 - n) / (76 + n).
+    const std::vector<Area> strays{onEdge, {2, 2, 1, 10}};  // 66 / 86 = 0.767
+    const std::vector<Area> more{onEdge, {2, 2, 1, 11}};    // 65 / 87 = 0.747
+    const std::vector<Area> fewer{onEdge, {2, 2, 1, 1}};    // 75 / 77 = 0.974, a gain of 0.207
+    const std::vector<Area> some{onEdge, {2, 2, 1, 2}};     // 74 / 78 = 0.949, a gain of 0.181
+    EXPECT_TRUE(chosen(strays, some));
+    EXPECT_FALSE(chosen(strays, fewer));
+    EXPECT_FALSE(chosen(more, some));
+    EXPECT_TRUE(chosen({onEdge}, {fewer}));
+}
+
+}  // namespace

@@ -1,0 +1,172 @@
+// Choice of the smoothness weight from trial label images.
+#include <array>
+
+#include "engine/engine_test.h"
+
+namespace {
+
+class SmoothnessWeightTest : public EngineTest {
+  protected:
+    // A flat square region: every object with an inside passes the contrast test.
+    VORNSEHybrid& startFlat(int size, std::uint32_t word = kBlueWord) {
+        VORNSEHybrid& engine = start(size, size, [=](int, int) { return word; });
+        setRegion({0, 0, size, size});
+        engine.m_cropImage = engine.cropImage(VORNSEMarker::m_srcImage);
+        engine.m_cropLabel = imageWith(size, size, {}, 0).release();
+        engine.m_startLabel = imageWith(size, size, {{0, 0, 1, 1}}, 3).release();
+        return engine;
+    }
+    static void setTrials(const std::array<std::vector<Area>, 3>& objects) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            releaseImage(pHybrid->m_trialLabels[i]);
+            pHybrid->m_trialLabels[i] =
+                imageWith(pHybrid->m_cropWidth, pHybrid->m_cropHeight, objects[i], 4).release();
+        }
+    }
+    static int choose(const std::array<std::vector<Area>, 3>& objects) {
+        setTrials(objects);
+        return pHybrid->optimalLamda(pHybrid->m_trialLabels, nullptr);
+    }
+    static int intensity(const Rows& mask) { return pHybrid->intensityTest(imageOf(mask).get()); }
+};
+
+TEST_F(SmoothnessWeightTest, TrialsCutTheStartLabelsWithWholeWeights) {
+    for (const bool grey : {false, true}) {
+        VORNSEHybrid& engine = startFlat(40, grey ? greyWord(90) : kBlueWord);
+        const double weights[3] = {grey ? 15.0 : 50.0, grey ? 10.0 : 13.0, grey ? 7.0 : 8.0};
+        const Rows start = textOf(engine.m_startLabel);
+        for (int pass = 0; pass < 3; ++pass) {
+            cvSetZero(engine.m_cropLabel);
+            EXPECT_EQ(engine.parallelLamdaSwtich(pass), pass == 0 ? 0 : 2);
+            EXPECT_EQ(engine.m_lambda, weights[pass]);
+            EXPECT_EQ(textOf(engine.m_cropLabel), start);
+        }
+        // Nothing is valid: the fallback weight, from the start labels.
+        setTrials({{{{10, 10, 9, 9}}, {{10, 10, 9, 9}}, {{10, 10, 9, 9}}}});
+        cvSetZero(engine.m_cropLabel);
+        EXPECT_EQ(engine.parallelLamdaSwtich(3), 2);
+        EXPECT_EQ(engine.m_lambda, grey ? 3.0 : 4.0);
+        EXPECT_EQ(textOf(engine.m_cropLabel), start);
+        cvSetZero(engine.m_cropLabel);
+        EXPECT_EQ(engine.parallelLamdaSwtich(4), 1);
+        EXPECT_EQ(engine.m_lambda, grey ? 3.0 : 4.0);
+        EXPECT_EQ(textOf(engine.m_cropLabel), Rows(40, std::string(40, '.')));
+    }
+}
+
+TEST_F(SmoothnessWeightTest, ChosenWeightKeepsItsFraction) {
+    VORNSEHybrid& engine = startFlat(40);
+    setTrials({{{}, {{10, 10, 20, 20}}, {{10, 10, 20, 19}}}});
+    EXPECT_EQ(engine.parallelLamdaSwtich(3), 1);
+    EXPECT_EQ(engine.m_lambda, 13.512999534606934);
+    EXPECT_EQ(textOf(engine.m_cropLabel), textOf(engine.m_trialLabels[1]));
+}
+
+TEST_F(SmoothnessWeightTest, EmptyTrialsGiveTheFirst) {
+    startFlat(40);
+    EXPECT_EQ(choose({{{}, {}, {}}}), 0);
+}
+
+TEST_F(SmoothnessWeightTest, SmallObjectsGiveNone) {
+    startFlat(40);
+    EXPECT_EQ(choose({{{{10, 10, 9, 11}}, {{10, 10, 9, 11}}, {{10, 10, 3, 3}}}}), -1);
+    EXPECT_EQ(choose({{{{10, 10, 10, 10}}, {{10, 10, 9, 11}}, {}}}), 0);
+}
+
+TEST_F(SmoothnessWeightTest, AgreeingAreasGiveTheLastButOneScatteredTheLast) {
+    startFlat(40);
+    const Area large{10, 10, 20, 20};
+    EXPECT_EQ(choose({{{}, {large}, {{10, 10, 20, 19}}}}), 1);
+    EXPECT_EQ(choose({{{large}, {large}, {large}}}), 1);
+    EXPECT_EQ(choose({{{}, {}, {large}}}), 2);
+    EXPECT_EQ(choose({{{large}, {}, {}}}), 0);
+    // Ratio r of two areas: the variance is (1 - r)^2 / 2, 0.405 for a tenth and 0.396 for 0.11.
+    EXPECT_EQ(choose({{{large}, {{10, 10, 10, 4}}, {}}}), 1);
+    EXPECT_EQ(choose({{{large}, {{10, 10, 11, 4}}, {}}}), 0);
+}
+
+TEST_F(SmoothnessWeightTest, ObjectThatFillsTheFrameBeatsTheOthers) {
+    // The frame of a 40 x 40 region: first line below 6, last line above 34.
+    startFlat(40);
+    const Area large{10, 10, 20, 20};
+    const Area frame{5, 5, 31, 31};
+    EXPECT_EQ(choose({{{large}, {large}, {frame}}}), 2);
+    EXPECT_EQ(choose({{{frame}, {large}, {large}}}), 0);
+    EXPECT_EQ(choose({{{{6, 5, 30, 31}}, {large}, {large}}}), 1);
+    EXPECT_EQ(choose({{{{5, 5, 30, 31}}, {large}, {large}}}), 1);
+    // The smaller of two, the earlier of equals.
+    EXPECT_EQ(choose({{{{4, 4, 32, 32}}, {frame}, {frame}}}), 1);
+}
+
+TEST_F(SmoothnessWeightTest, ComponentsAboveSeventyPercentOfTheLargestAreKept) {
+    // A second component in the corner completes the frame when it is kept: 71 of 100 pixels.
+    startFlat(40);
+    const Area large{10, 10, 20, 20};
+    const std::vector<Area> dropped{{5, 5, 10, 10}, {29, 29, 7, 10}};
+    std::vector<Area> kept = dropped;
+    kept.push_back({28, 30, 1, 1});
+    EXPECT_EQ(choose({{kept, {large}, {large}}}), 0);
+    EXPECT_EQ(choose({{dropped, {large}, {large}}}), 1);
+}
+
+TEST_F(SmoothnessWeightTest, FrameTestTakesAnyFraction) {
+    VORNSEHybrid& engine = startFlat(40);
+    const ImagePtr mask = imageWith(40, 40, {{9, 9, 23, 23}}, 255);  // 9 .. 31
+    EXPECT_TRUE(engine.boundaryTest(mask.get(), 0.25F));             // below 10, above 30
+    EXPECT_FALSE(engine.boundaryTest(mask.get(), 0.24F));
+    EXPECT_FALSE(engine.boundaryTest(imageWith(40, 40, {}, 0).get(), 1.0F));
+}
+
+TEST_F(SmoothnessWeightTest, ContrastAcrossTheOutlineIsComparedWithThatInside) {
+    VORNSEHybrid& engine = startFlat(4);
+    const Rows pair{"....", ".##.", "....", "...."};
+    const auto paint = [&](int x, int y) {
+        rowOf(engine.m_cropImage, y)[3 * x] = 3;
+        rowOf(engine.m_cropImage, y)[3 * x + 1] = 4;
+    };
+    cvSetZero(engine.m_cropImage);
+    EXPECT_EQ(intensity(pair), 1);  // 0 and 0
+    paint(1, 1);
+    // Outline: 7 distances of 5 and 7 of 0; inside: 2 of 5.
+    EXPECT_EQ(intensity(pair), 2);
+    paint(2, 1);
+    EXPECT_EQ(intensity(pair), 1);
+    // No inside, no outline, nothing at all, nothing off the border: not a number, which fails.
+    EXPECT_EQ(intensity({"....", ".#..", "....", "...."}), 2);
+    EXPECT_EQ(intensity({"####", "####", "####", "####"}), 2);
+    EXPECT_EQ(intensity({"....", "....", "....", "...."}), 2);
+    EXPECT_EQ(intensity({"####", "....", "....", "...."}), 2);
+}
+
+TEST_F(SmoothnessWeightTest, TrialWithoutContrastIsNotChosen) {
+    VORNSEHybrid& engine = startFlat(40);
+    // Contrast along the square 12 .. 25 only: an object around it has it inside.
+    for (int y = 12; y < 26; ++y) {
+        std::fill_n(rowOf(engine.m_cropImage, y) + 3 * 12, 3 * 14, std::uint8_t{250});
+    }
+    const Area around{10, 10, 20, 20};
+    const Area exact{12, 12, 14, 14};
+    EXPECT_EQ(choose({{{around}, {exact}, {around}}}), 1);
+    EXPECT_EQ(choose({{{around}, {around}, {around}}}), 0);
+}
+
+TEST_F(SmoothnessWeightTest, HomogeneousBackgroundIsSmoothedAndSpread) {
+    VORNSEHybrid& engine = startFlat(4);
+    // One flat component: a compact model. Its covariance is raised by the noise level.
+    engine.m_bgModel = VORNSEColorModel();
+    engine.m_bgModel.m_weight[0] = 1.0;
+    engine.m_bgModel.setDeterminant();
+    engine.m_lambda = 7.0;
+    EXPECT_EQ(engine.homogenousLamda(1), 1);
+    EXPECT_EQ(engine.m_lambda, 7.0);
+    EXPECT_EQ(engine.m_bgModel.m_covariance[0][0], 0.1);
+    engine.m_bgModel.m_covariance[0][0] = 0.0;
+    engine.m_bgModel.setDeterminant();
+    EXPECT_EQ(engine.homogenousLamda(0), 0);
+    EXPECT_EQ(engine.m_lambda, 50.0);
+    EXPECT_TRUE(VORNSEMarker::m_isHomogenous);
+    EXPECT_EQ(VORNSEMarker::m_noiseLevel, 0.1);
+    EXPECT_EQ(engine.m_bgModel.m_covariance[0][0], 10.0);
+}
+
+}  // namespace

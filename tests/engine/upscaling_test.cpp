@@ -1,0 +1,131 @@
+// From the working mask to photo size through a cut in the band along its outline.
+#include <cmath>
+
+#include "engine/engine_test.h"
+#include "graph/graph.h"
+
+namespace {
+
+class UpscalingTest : public EngineTest {
+  protected:
+    // 640 x 480, reduced by 2: a bright rectangle in photo pixels on a dark ground, and models that
+    // know both colours.
+    VORNSEHybrid& startRectangle(const Area& bright) {
+        VORNSEHybrid& engine = start(640, 480, [=](int x, int y) {
+            const bool lit = x >= bright.x && x < bright.x + bright.width && y >= bright.y &&
+                             y < bright.y + bright.height;
+            return lit ? 0x2040C8U : 0x204010U;
+        });
+        engine.m_fgModel = unitModel(200.0, 64.0, 32.0);
+        engine.m_bgModel = unitModel(16.0, 64.0, 32.0);
+        engine.m_lambda = 1.0;
+        return engine;
+    }
+    static Rows upscaled(IplImage* mask) {
+        const ImagePtr result(pHybrid->intelligentUpscaling(mask));
+        EXPECT_EQ(pHybrid->m_trimapGraph, nullptr);
+        return textOf(result.get());
+    }
+};
+
+TEST_F(UpscalingTest, MaskWithoutOutlineIsEnlarged) {
+    VORNSEHybrid& engine = startRectangle({200, 160, 40, 40});
+    setLabels(imageWith(320, 240, {}, 0));
+    const LogLine failed{6, "Error", "Failed: xmin:2147483647, xmax:-1, ymin:2147483647, ymax:-1"};
+    EXPECT_EQ(upscaled(imageWith(320, 240, {}, 0).get()), Rows(480, std::string(640, '.')));
+    EXPECT_EQ(takeLog(), Log{failed});
+    // Full masks have none either: the image's border is not an outline.
+    const ImagePtr full = imageWith(320, 240, {{0, 0, 320, 240}}, 1);
+    engine.m_boundWidthTrimap = engine.m_boundHeightTrimap = 5;
+    EXPECT_EQ(upscaled(full.get()), Rows(480, std::string(640, '#')));
+    EXPECT_EQ(takeLog(), Log{failed});
+    EXPECT_EQ(engine.m_boundWidthTrimap, 0);
+    EXPECT_EQ(engine.m_boundHeightTrimap, 0);
+    EXPECT_EQ(rowOf(full.get(), 0)[0], 255);
+}
+
+TEST_F(UpscalingTest, OpenPixelsFollowThePhotograph) {
+    // The mask's edge lies at photo columns 200 and 240; two working pixels along it are open, so
+    // the true edges at 199 and 242 are found. Rows fit the mask.
+    VORNSEHybrid& engine = startRectangle({199, 160, 43, 40});
+    const Area square{100, 80, 20, 20};
+    setLabels(imageWith(320, 240, {square}, 4));
+    EXPECT_EQ(upscaled(imageWith(320, 240, {square}, 1).get()),
+              textOf(imageWith(640, 480, {{199, 160, 43, 40}}, 255).get()));
+    // Three working pixels on each side: 97 .. 122 and 77 .. 102, doubled.
+    EXPECT_EQ(takeLog(), (Log{{4, "Info", "Passed: xmin:194, xmax:245, ymin:154, ymax:205"},
+                              {4, "Info", "m_boundWidthTrimap:52, m_boundHeightTrimap:52"}}));
+    EXPECT_EQ(engine.m_boundWidthTrimap, 52);
+}
+
+TEST_F(UpscalingTest, PixelsFarFromTheOutlineKeepTheirLabels) {
+    // The photograph has no object at all: only the open ring can turn to background; what is
+    // inside stays, and labels elsewhere count although the mask does not show them.
+    startRectangle({0, 0, 1, 1});
+    const Area square{100, 80, 20, 20};
+    const Area apart{10, 10, 5, 5};
+    setLabels(imageWith(320, 240, {square, apart}, 4));
+    EXPECT_EQ(upscaled(imageWith(320, 240, {square}, 1).get()),
+              textOf(imageWith(640, 480, {{202, 162, 36, 36}, {20, 20, 10, 10}}, 255).get()));
+}
+
+TEST_F(UpscalingTest, BandGraphTiesItsRingsAndLinksByContrast) {
+    VORNSEHybrid& engine = startRectangle({0, 0, 1, 1});
+    engine.m_boundWidthTrimap = 3;
+    engine.m_boundHeightTrimap = 2;
+    engine.m_lambda = 13.512999534606934;
+    engine.m_beta = 0.001;
+    const ImagePtr image = createImage(3, 2, 3);
+    cvSetZero(image.get());
+    const int values[2][3] = {{10, 20, 40}, {0, 50, 15}};
+    for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 3; ++x) {
+            rowOf(image.get(), y)[3 * x + 1] = static_cast<std::uint8_t>(values[y][x]);
+        }
+    }
+    engine.m_fgModel = unitModel(0.0, 13.0, 0.0);
+    engine.m_bgModel = unitModel(0.0, 17.0, 0.0);
+    ASSERT_EQ(engine.constructGraphTrimapVORN(image.get(), nullptr, imageOf({"127", "72."}).get(),
+                                              nullptr, nullptr),
+              0);
+    const VORNSEGraph& graph = *engine.m_trimapGraph;
+    const float residuals[6] = {-1000, 1000, 0, 0, 1000, 2.0F - 2.0F};
+    for (int node = 0; node < 6; ++node) {
+        EXPECT_EQ(graph.m_nodes[node].residualTerminalCap, residuals[node]) << node;
+    }
+    const auto contrast = [](int d) { return expf(-static_cast<float>(d * d * 0.001)); };
+    const auto diagonal = static_cast<float>(13.512999534606934 * 0.7071067932881648);
+    const auto up = static_cast<float>(13.512999534606934 * static_cast<double>(contrast(30)));
+    // Left links carry the weight alone. Nodes 2 and 3 are outside the band.
+    const float expected[6][4] = {{-2, -2, -2, -2},
+                                  {13.513F, -2, -2, -2},
+                                  {-2, -2, -2, -2},
+                                  {-2, -2, -2, -2},
+                                  {-2, contrast(40) * diagonal, up, -2},
+                                  {13.513F, contrast(5) * diagonal, -2, -2}};
+    for (int node = 0; node < 6; ++node) {
+        for (int slot = 0; slot < 4; ++slot) {
+            EXPECT_EQ(graph.m_edgeCaps[8 * node + 2 * slot], expected[node][slot]) << node << slot;
+            EXPECT_EQ(graph.m_edgeCaps[8 * node + 2 * slot + 1], expected[node][slot]);
+        }
+    }
+}
+
+TEST_F(UpscalingTest, UpRightLinkOfTheBandGraph) {
+    VORNSEHybrid& engine = startRectangle({0, 0, 1, 1});
+    engine.m_boundWidthTrimap = engine.m_boundHeightTrimap = 2;
+    engine.m_lambda = 4.0;
+    engine.m_beta = 0.5;
+    const ImagePtr image = createImage(2, 2, 3);
+    cvSetZero(image.get());
+    rowOf(image.get(), 1)[0] = 1;  // all three channels differ from their neighbours by 1
+    rowOf(image.get(), 1)[1] = 1;
+    rowOf(image.get(), 1)[2] = 1;
+    engine.constructGraphTrimapVORN(image.get(), nullptr, imageOf({"11", "11"}).get(), nullptr,
+                                    nullptr);
+    const float factor = expf(-0.5F);
+    EXPECT_EQ(engine.m_trimapGraph->m_edgeCaps[8 * 2 + 6],
+              factor * factor * factor * static_cast<float>(4.0 * 0.7071067932881648));
+}
+
+}  // namespace

@@ -1,0 +1,117 @@
+// The graph of one cut, read back from its capacity slots and terminal residuals.
+#include <cmath>
+#include <limits>
+
+#include "engine/engine_test.h"
+#include "graph/graph.h"
+
+namespace {
+
+class WholeImageGraphTest : public EngineTest {
+  protected:
+    // Builds the graph of a region whose labels are given row by row.
+    VORNSEGraph& build(int x, int y, const Rows& labels) {
+        setRegion({x, y, static_cast<int>(labels[0].size()), static_cast<int>(labels.size())});
+        pHybrid->clearMemory();
+        pHybrid->graphSpaceAllocator();
+        pHybrid->m_cropImage = pHybrid->cropImage(VORNSEMarker::m_srcImage);
+        pHybrid->m_cropLabel = imageOf(labels).release();
+        pHybrid->constructGraphVORN_Whole_Image();
+        return *pHybrid->m_graph;
+    }
+    static float residual(int node) { return pHybrid->m_graph->m_nodes[node].residualTerminalCap; }
+};
+
+TEST_F(WholeImageGraphTest, LinksAreTheRegionsRecordsTimesTheWeight) {
+    VORNSEHybrid& engine = startBlue(5, 4);
+    // Slot s of record r holds r + s / 8, so that every capacity tells where it came from.
+    for (int i = 0; i < 4 * 5 * 4; ++i) {
+        engine.m_nLinks[i] = static_cast<float>(i / 4) + 0.125F * static_cast<float>(i % 4);
+    }
+    engine.m_lambda = 8.0;
+    const VORNSEGraph& graph = build(1, 2, {"111", "111"});
+    ASSERT_EQ(graph.m_nodeCount, 6);
+    ASSERT_EQ(graph.m_edgeCount, 48);
+    // Records 11, 12, 13 in the first row and 16, 17, 18 in the second; -2 where there is no link.
+    const float expected[6][4] = {{-2, -2, -2, -2},   {96, -2, -2, -2},     {104, -2, -2, -2},
+                                  {-2, -2, 130, 131}, {136, 137, 138, 139}, {144, 145, 146, -2}};
+    for (int node = 0; node < 6; ++node) {
+        for (int slot = 0; slot < 4; ++slot) {
+            EXPECT_EQ(graph.m_edgeCaps[8 * node + 2 * slot], expected[node][slot]);
+            EXPECT_EQ(graph.m_edgeCaps[8 * node + 2 * slot + 1], expected[node][slot]);
+        }
+    }
+}
+
+TEST_F(WholeImageGraphTest, ColumnHasUpwardLinksOnlyAndAPixelNone) {
+    startBlue(5, 4).m_lambda = 10.0;
+    const VORNSEGraph& column = build(2, 0, {"1", "1"});
+    EXPECT_EQ(std::vector<float>(column.m_edgeCaps, column.m_edgeCaps + 16),
+              (std::vector<float>{-2, -2, -2, -2, -2, -2, -2, -2, -2, -2, -2, -2, 10, 10, -2, -2}));
+    const VORNSEGraph& pixel = build(4, 3, {"2"});
+    EXPECT_EQ(std::vector<float>(pixel.m_edgeCaps, pixel.m_edgeCaps + 8),
+              std::vector<float>(8, -2));
+    EXPECT_EQ(residual(0), 1000.0F);
+}
+
+TEST_F(WholeImageGraphTest, FixedLabelsAreTiedAndOthersFollowTheModels) {
+    VORNSEHybrid& engine =
+        start(4, 1, [](int x, int) { return 0x0A0A00U + static_cast<unsigned>(x); });
+    // Pixel x lies at squared distance (x - 1)^2 + 4 from the object's mean and x^2 from the
+    // background's: minus half of it is the logarithm of the density.
+    engine.m_fgModel = unitModel(1.0, 12.0, 10.0);
+    engine.m_bgModel = unitModel(0.0, 10.0, 10.0);
+    const VORNSEGraph& graph = build(0, 0, {"123."});
+    EXPECT_EQ(residual(0), -1000.0F);
+    EXPECT_EQ(residual(1), 1000.0F);
+    EXPECT_FLOAT_EQ(residual(2), 2.0F - 2.5F);
+    EXPECT_FLOAT_EQ(residual(3), 4.5F - 4.0F);
+    EXPECT_FLOAT_EQ(graph.m_flow, 2.0F + 4.0F);
+}
+
+TEST_F(WholeImageGraphTest, DensityOfZeroIsAnInfiniteCapacity) {
+    VORNSEHybrid& engine = startBlue(1, 1);
+    engine.m_fgModel = unitModel(160.0, 48.0, 30.0);
+    engine.m_bgModel = VORNSEColorModel();
+    build(0, 0, {"4"});
+    EXPECT_EQ(residual(0), std::numeric_limits<float>::infinity());
+    engine.m_fgModel = VORNSEColorModel();
+    build(0, 0, {"4"});
+    EXPECT_TRUE(std::isnan(residual(0)));
+}
+
+TEST_F(WholeImageGraphTest, GreySampleReadsTheTextureOfItsWorkingPixel) {
+    VORNSEHybrid& engine = start(4, 4, [](int x, int y) { return greyWord(10 * x + y * y); });
+    // Working pixel (2, 3) is 29; its right neighbour is 39 and the one above 24.
+    engine.m_fgModel = unitModel(29.0, 10.0, 5.0);
+    engine.m_bgModel = unitModel(29.0, 10.0, 3.0);
+    build(1, 2, {"11", "14"});
+    EXPECT_FLOAT_EQ(residual(3), 2.0F);
+}
+
+TEST_F(WholeImageGraphTest, GreyPixelWithoutPreferenceIsFree) {
+    VORNSEHybrid& engine = start(1, 1, [](int, int) { return greyWord(100); });
+    engine.m_bgModel = unitModel(103.0, 0.0, 0.0);
+    const auto flowWith = [&](double weight) {
+        engine.m_fgModel = unitModel(103.0, 0.0, 0.0, weight);
+        return build(0, 0, {"4"}).m_flow;
+    };
+    EXPECT_FLOAT_EQ(flowWith(std::exp(0.00005)), 4.49995F);
+    EXPECT_EQ(residual(0), 0.0F);
+    flowWith(std::exp(0.0002));
+    EXPECT_NEAR(residual(0), 0.0002F, 1e-6F);
+    // Two densities of zero differ by no number: no preference either.
+    engine.m_bgModel = VORNSEColorModel();
+    flowWith(0.0);
+    EXPECT_TRUE(std::isnan(residual(0)));
+    engine.m_bgModel = unitModel(103.0, 0.0, 0.0);
+
+    // A coloured pixel keeps the smallest preference.
+    VORNSEMarker::m_isGreyScale = false;
+    engine.m_bgModel = unitModel(100.0, 100.0, 97.0);
+    engine.m_fgModel = unitModel(100.0, 100.0, 97.0, std::exp(0.00005));
+    build(0, 0, {"4"});
+    EXPECT_NEAR(residual(0), 0.00005F, 1e-6F);
+}
+
+}  // namespace

@@ -1,0 +1,124 @@
+// The box around what a request may change, and its narrowing by black borders.
+#include "engine/engine_test.h"
+
+namespace {
+
+class WorkingRegionTest : public EngineTest {
+  protected:
+    static void expectRegion(const Area& expected) {
+        EXPECT_EQ(VORNSEMarker::m_xMinBBox, expected.x);
+        EXPECT_EQ(VORNSEMarker::m_yMinBBox, expected.y);
+        EXPECT_EQ(pHybrid->m_cropWidth, expected.width);
+        EXPECT_EQ(pHybrid->m_cropHeight, expected.height);
+    }
+    // The box of a request on a 60 x 50 image with labels 4 and 3 apart from each other and a free
+    // pixel beside them.
+    void expectBox(int type, std::vector<int> points, const Area& expected, int areaTenth) {
+        startBlue(60, 50);
+        ImagePtr labels = imageWith(60, 50, {{20, 25, 14, 4}}, 4);
+        std::fill_n(rowOf(labels.get(), 2) + 1, 3, std::uint8_t{3});
+        rowOf(labels.get(), 48)[15] = 0;
+        for (int y = 0; y < 50; ++y) {
+            for (int x = 0; x < 60; ++x) {
+                std::uint8_t& label = rowOf(labels.get(), y)[x];
+                label = label == 0 && !(x == 15 && y == 48) ? 1 : label;
+            }
+        }
+        setLabels(std::move(labels));
+        setStroke(type, std::move(points));
+        pHybrid->computeBoundingBox();
+        expectRegion(expected);
+        EXPECT_EQ(pHybrid->m_boxAreaTenth, areaTenth);
+    }
+};
+
+TEST_F(WorkingRegionTest, BrushTakesItsBandWithTenPixelsAround) {
+    // x 20 .. 33, y 25 .. 28; a tenth of 13 x 3 = 39 is truncated to 3.
+    expectBox(stroke::kBrushAdd, {1, 1}, {10, 15, 34, 24}, 3);
+}
+
+TEST_F(WorkingRegionTest, BoxIsClampedToTheImage) {
+    // x 1 .. 3, y 2.
+    expectBox(stroke::kBrushRemove, {30, 30}, {0, 0, 14, 13}, 0);
+    expectBox(stroke::kLoopAdd, {5, 48, 49, 49}, {0, 38, 60, 12}, 4);
+    expectBox(stroke::kLoopAdd, {12, 12, 48, 38}, {2, 2, 57, 47}, 93);
+}
+
+TEST_F(WorkingRegionTest, LoopTakesItsPointsNotTheLabels) {
+    expectBox(stroke::kLoopRemove, {30, 20, 40, 30}, {20, 10, 31, 31}, 10);
+}
+
+TEST_F(WorkingRegionTest, RequestWithoutStrokeTakesFreeAndCandidateLabels) {
+    // x 15 .. 33, y 25 .. 48; the type does not matter.
+    expectBox(stroke::kLoopAdd, {}, {5, 15, 39, 35}, 41);
+    expectBox(stroke::kBrushRemove, {}, {5, 15, 39, 35}, 41);
+}
+
+TEST_F(WorkingRegionTest, NothingToChangeGivesTheCorner) {
+    startBlue(60, 50);
+    setLabels(imageWith(60, 50, {{0, 0, 60, 50}}, 1));
+    setStroke(stroke::kLoopAdd, {});
+    pHybrid->computeBoundingBox();
+    expectRegion({0, 0, 11, 11});
+}
+
+TEST_F(WorkingRegionTest, StrokeIsScaledToWorkingPixels) {
+    startBlue(640, 480);
+    setStroke(stroke::kLoopAdd, {101, 61, 201, 141});  // (50, 30) to (100, 70)
+    pHybrid->computeBoundingBox();
+    expectRegion({40, 20, 71, 61});
+    EXPECT_EQ(pHybrid->m_boxAreaTenth, 200);
+}
+
+TEST_F(WorkingRegionTest, CropCopiesTheRegion) {
+    startBlue(8, 4);
+    setRegion({5, 1, 3, 2});
+    const ImagePtr source = imageOf({"12345678", "23456789", "34567891", "45678912"});
+    EXPECT_EQ(textOf(ImagePtr(pHybrid->cropImage(source.get())).get()), (Rows{"789", "891"}));
+}
+
+class BlackBorderTest : public WorkingRegionTest {
+  protected:
+    // Narrows a region of a 12 x 10 image that is black outside `bright`; all labels are 4 before.
+    Rows narrow(const Area& bright, const Area& region) {
+        start(12, 10, [&](int x, int y) {
+            const bool lit = x >= bright.x && x < bright.x + bright.width && y >= bright.y &&
+                             y < bright.y + bright.height;
+            return lit ? 0x010000U : 0U;
+        });
+        setLabels(imageWith(12, 10, {{0, 0, 12, 10}}, 4));
+        setRegion(region);
+        pHybrid->removeBlackRegion();
+        return textOf(VORNSEMarker::m_labelImage);
+    }
+    const Rows m_untouched{10, std::string(12, '4')};
+};
+
+TEST_F(BlackBorderTest, BarIsCutOffTogetherWithTheOutermostLines) {
+    const Rows labels = narrow({0, 3, 12, 7}, {1, 1, 10, 8});
+    expectRegion({1, 3, 10, 6});
+    const std::string cut = "411111111114";
+    const std::string kept = "414444444414";
+    const std::string outside = "444444444444";
+    EXPECT_EQ(labels, (Rows{outside, cut, cut, cut, kept, kept, kept, kept, cut, outside}));
+}
+
+TEST_F(BlackBorderTest, AllFourSidesAreCut) {
+    narrow({2, 3, 7, 5}, {0, 0, 12, 10});
+    expectRegion({2, 3, 7, 5});
+}
+
+TEST_F(BlackBorderTest, SingleColumnStaysAsBackground) {
+    const Rows labels = narrow({5, 0, 1, 10}, {0, 0, 12, 10});
+    expectRegion({5, 0, 1, 10});
+    EXPECT_EQ(labels, Rows(10, std::string(12, '1')));
+}
+
+TEST_F(BlackBorderTest, NothingChangesWithoutBordersOrWithoutContent) {
+    EXPECT_EQ(narrow({0, 0, 12, 10}, {0, 0, 12, 10}), m_untouched);
+    expectRegion({0, 0, 12, 10});
+    EXPECT_EQ(narrow({0, 0, 2, 10}, {3, 2, 9, 8}), m_untouched);
+    expectRegion({3, 2, 9, 8});
+}
+
+}  // namespace
