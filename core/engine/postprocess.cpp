@@ -7,6 +7,7 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
+#include "engine/components.h"
 #include "engine/hybrid.h"
 #include "history/marker.h"
 #include "support/image.h"
@@ -14,74 +15,87 @@
 
 namespace {
 
-constexpr double kIslandShare = 0.1;    // islands below this share of the largest one vanish
-constexpr std::size_t kHolePixels = 5;  // holes below this size are filled
-constexpr int kFirstComponent = 2;
-constexpr int kLastComponent = 255;  // numbers live in bytes: fills beyond it match nothing
+constexpr double kIslandShare = 0.1;  // islands below this share of the largest one vanish
+constexpr int kHolePixels = 5;        // holes below this size are filled
+constexpr std::uint8_t kObjectByte = 255;
 constexpr std::uint8_t kChanged = 127;
 constexpr int kFourConnected = 4;
 
-// Flood-fills every 4-connected component of `value` pixels, in scan order, with the next number
-// and hands visit(list) the pixels of the fill's bounding rectangle that hold the number, `most` at
-// the most. Stops after the last number that fits a byte: from there on no fill collects anything.
-template <typename Visit>
-void forEachComponent(cv::Mat image, std::uint8_t value, std::size_t most, Visit visit) {
-    int number = kFirstComponent;
-    for (int y = 0; y < image.rows; ++y) {
-        for (int x = 0; x < image.cols; ++x) {
-            if (image.at<std::uint8_t>(y, x) != value) {
-                continue;
+// Components are numbered from 2 in bytes, and only those whose number fits are looked at. The last
+// number, 255, is also the byte of the object: what is collected for its component are all pixels of
+// that byte in its bounding rectangle.
+constexpr int kLastComponent = 253;  // index of the component numbered 255
+
+std::uint8_t* pixelsOf(cv::Mat& mask, const PixelRun& run) {
+    return mask.ptr<std::uint8_t>(run.y) + run.x0;
+}
+
+void fillRun(cv::Mat& mask, const PixelRun& run, std::uint8_t value) {
+    std::fill_n(pixelsOf(mask, run), run.x1 - run.x0, value);
+}
+
+// The part of a run inside a component's bounding rectangle; empty runs have x1 <= x0.
+PixelRun clipped(const PixelRun& run, const Component& box) {
+    const bool inRows = run.y >= box.yMin && run.y <= box.yMax;
+    return {run.y, std::max(run.x0, box.xMin), inRows ? std::min(run.x1, box.xMax + 1) : 0,
+            run.component};
+}
+
+void removeIslands(cv::Mat& mask) {
+    Components found = findComponents(mask, kObjectByte);
+    std::vector<Component>& components = found.components;
+    if (components.empty()) {
+        return;
+    }
+    const bool overflow = components.size() > static_cast<std::size_t>(kLastComponent);
+    if (overflow) {
+        // Later components are not numbered; they count where they lie in the last one's rectangle.
+        components.resize(kLastComponent + 1);
+        Component& last = components.back();
+        last.pixels = 0;
+        for (const PixelRun& run : found.runs) {
+            if (run.component >= kLastComponent) {
+                const PixelRun part = clipped(run, last);
+                last.pixels += std::max(part.x1 - part.x0, 0);
             }
-            cv::Rect box;
-            cv::floodFill(image, cv::Point(x, y), cv::Scalar(number), &box, cv::Scalar(),
-                          cv::Scalar(), kFourConnected);
-            std::vector<cv::Point> pixels;
-            for (int row = box.y; row < box.y + box.height && pixels.size() < most; ++row) {
-                const auto* line = image.ptr<std::uint8_t>(row);
-                for (int column = box.x; column < box.x + box.width && pixels.size() < most;
-                     ++column) {
-                    if (line[column] == number) {
-                        pixels.emplace_back(column, row);
-                    }
-                }
+        }
+    }
+    std::int64_t largest = 0;
+    for (const Component& component : components) {
+        largest = std::max(largest, component.pixels);
+    }
+    const auto threshold = static_cast<int>(static_cast<double>(largest) * kIslandShare);
+    for (const PixelRun& run : found.runs) {
+        const bool beyond = run.component >= kLastComponent;
+        const Component& component =
+            components[static_cast<std::size_t>(std::min(run.component, kLastComponent))];
+        if (component.pixels < threshold) {
+            const PixelRun part = beyond ? clipped(run, component) : run;
+            if (part.x1 > part.x0) {
+                fillRun(mask, part, 0);
             }
-            visit(std::move(pixels));
-            if (number == kLastComponent) {
-                return;
-            }
-            ++number;
         }
     }
 }
 
-void setPixels(cv::Mat mask, const std::vector<cv::Point>& pixels, std::uint8_t value) {
-    for (const cv::Point& pixel : pixels) {
-        mask.at<std::uint8_t>(pixel) = value;
-    }
+int objectPixelsIn(const cv::Mat& mask, const Component& box) {
+    return cv::countNonZero(
+        mask(cv::Rect(box.xMin, box.yMin, box.xMax - box.xMin + 1, box.yMax - box.yMin + 1)));
 }
 
-void removeIslands(cv::Mat mask) {
-    std::vector<std::vector<cv::Point>> components;
-    std::size_t largest = 0;
-    forEachComponent(mask.clone(), 255, mask.total(), [&](std::vector<cv::Point> pixels) {
-        largest = std::max(largest, pixels.size());
-        components.push_back(std::move(pixels));
-    });
-    const auto threshold =
-        static_cast<std::size_t>(static_cast<int>(static_cast<double>(largest) * kIslandShare));
-    for (const std::vector<cv::Point>& pixels : components) {
-        if (pixels.size() < threshold) {
-            setPixels(mask, pixels, 0);
+void fillHoles(cv::Mat& mask) {
+    Components found = findComponents(mask, 0);
+    if (found.components.size() > static_cast<std::size_t>(kLastComponent)) {
+        found.components.resize(kLastComponent + 1);
+        Component& last = found.components.back();
+        last.pixels += objectPixelsIn(mask, last);
+    }
+    for (const PixelRun& run : found.runs) {
+        if (run.component <= kLastComponent &&
+            found.components[static_cast<std::size_t>(run.component)].pixels < kHolePixels) {
+            fillRun(mask, run, kObjectByte);
         }
     }
-}
-
-void fillHoles(cv::Mat mask) {
-    forEachComponent(mask.clone(), 0, kHolePixels, [&](const std::vector<cv::Point>& pixels) {
-        if (!pixels.empty() && pixels.size() < kHolePixels) {
-            setPixels(mask, pixels, 255);
-        }
-    });
 }
 
 std::uint8_t targetValue(int strokeType) {
@@ -124,7 +138,7 @@ void VORNSEHybrid::postProcess(IplImage* mask) {
 }
 
 void VORNSEHybrid::postProcessForLoop(IplImage* mask) {
-    const cv::Mat image = cv::cvarrToMat(mask);
+    cv::Mat image = cv::cvarrToMat(mask);
     removeIslands(image);
     fillHoles(image);
 }

@@ -45,12 +45,14 @@ std::vector<int> outlineOf(const Box& box) {
     return points;
 }
 
-std::vector<int> markersOf(const Box& box, int width, int height) {
-    std::vector<int> markers(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
-    if (box.bottom >= box.top && box.right >= box.left) {
+// The marker image of the rectangle; inverted rectangles mark nothing.
+ImagePtr markersOf(const Box& box, int width, int height) {
+    ImagePtr markers = createImage(width, height, 1);
+    cvSetZero(markers.get());
+    if (box.right >= box.left) {
         for (int y = box.top; y <= box.bottom; ++y) {
-            const auto row = markers.begin() + static_cast<std::ptrdiff_t>(y) * width;
-            std::fill(row + box.left, row + box.right + 1, SEGCORE_MARK_CANDIDATE);
+            std::uint8_t* row = rowOf(markers.get(), y);
+            std::fill(row + box.left, row + box.right + 1, std::uint8_t{SEGCORE_MARK_CANDIDATE});
         }
     }
     return markers;
@@ -62,10 +64,7 @@ void segmentBox(int width, int height, const std::uint32_t* pixels, const Box& w
     requireBuffer(pixels, "pixel buffer");
     requireBuffer(mask, "mask buffer");
     const Box box = clampToPhoto(wanted, width, height);
-    const auto count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    std::vector<std::uint32_t> blended(pixels, pixels + count);
     std::vector<int> points = outlineOf(box);
-    const std::vector<int> markers = markersOf(box, width, height);
     const int pointInts = 4 * ((box.right - box.left) + (box.bottom - box.top));
 
     Parked<PhotoParts> oldPhoto;
@@ -76,8 +75,9 @@ void segmentBox(int width, int height, const std::uint32_t* pixels, const Box& w
     storePhoto(width, height, pixels);
     createEngine();
     storeStroke(pointInts, points.data());
-    storeMarkers(width, height, markers.data(), SEGCORE_LOOP_ADD);
-    runRequest(blended.data(), mask);
+    g_markerImage = markersOf(box, width, height).release();
+    VORNSEMarker::currentStroke.m_strokeType = SEGCORE_LOOP_ADD;
+    runRequest(nullptr, mask);
     oldEngine.release();
     oldPhoto.release();
 }

@@ -4,6 +4,7 @@
 #include "interface/engine_state.h"
 
 #include <memory>
+#include <opencv2/imgproc.hpp>
 
 #include "interface/host_call.h"
 #include "interface/parked_context.h"
@@ -19,21 +20,16 @@ bool g_contoursReady = false;
 int enginePhotoWidth = 0;
 int enginePhotoHeight = 0;
 
-namespace {
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "pixel words are read as bytes");
 
-constexpr std::uint32_t kOpaque = 0xFF000000U;
+namespace {
 
 ImagePtr photoFromWords(int width, int height, const std::uint32_t* pixels) {
     ImagePtr photo = createImage(width, height, kChannels);
-    for (int y = 0; y < height; ++y) {
-        std::uint8_t* pixel = rowOf(photo.get(), y);
-        for (int x = 0; x < width; ++x, pixel += kChannels) {
-            const std::uint32_t word = *pixels++;
-            pixel[0] = static_cast<std::uint8_t>(word);
-            pixel[1] = static_cast<std::uint8_t>(word >> 8);
-            pixel[2] = static_cast<std::uint8_t>(word >> 16);
-        }
-    }
+    // A little-endian word holds its channels in the byte order of a four-channel image.
+    const cv::Mat words(height, width, CV_8UC4, const_cast<std::uint32_t*>(pixels));
+    cv::Mat image = cv::cvarrToMat(photo.get());
+    cv::cvtColor(words, image, cv::COLOR_BGRA2BGR);
     return photo;
 }
 
@@ -149,14 +145,9 @@ bool tearDownIfExitPending() noexcept {
 void writePhoto(std::uint32_t* out) {
     requirePhoto();
     requireBuffer(out, "pixel buffer");
-    const IplImage* photo = VORNSEMarker::m_originalImage;
-    for (int y = 0; y < photo->height; ++y) {
-        const std::uint8_t* pixel = rowOf(photo, y);
-        for (int x = 0; x < photo->width; ++x, pixel += kChannels) {
-            *out++ = kOpaque | static_cast<std::uint32_t>(pixel[2]) << 16 |
-                     static_cast<std::uint32_t>(pixel[1]) << 8 | pixel[0];
-        }
-    }
+    const cv::Mat image = cv::cvarrToMat(VORNSEMarker::m_originalImage);
+    cv::Mat words(image.rows, image.cols, CV_8UC4, out);
+    cv::cvtColor(image, words, cv::COLOR_BGR2BGRA);
 }
 
 int setSourceImage(int width, int height, const std::uint32_t* pixels) {

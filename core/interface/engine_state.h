@@ -40,6 +40,7 @@ void storePhoto(int width, int height, const std::uint32_t* pixels);
 void createEngine();
 void storeStroke(int count, int* points);
 void storeMarkers(int width, int height, const int* values, int strokeType);
+// A null blended buffer is left out; everything else is as processSegment says.
 void runRequest(std::uint32_t* blended, std::uint8_t* mask);
 
 // Releases photograph, engine, history and outline.
@@ -50,8 +51,9 @@ void releaseOutline() noexcept;
 
 void writePhoto(std::uint32_t* out);
 
-// Finds the contours of g_resultMask into `storage` and draws them: pixels of exactly 255 in the
+// Finds the contours of g_resultMask into `storage`, and draws them: pixels of exactly 255 in the
 // image handed back are the painted outline.
-ImagePtr traceOutline();
+void findOutline();
+ImagePtr drawOutline();
 void writeMask(std::uint8_t* out);
 void paintOutline(const IplImage* outline, std::uint32_t* out);

@@ -104,7 +104,6 @@ void storeMarkers(int width, int height, const int* values, int strokeType) {
 
 void runRequest(std::uint32_t* blended, std::uint8_t* mask) {
     requirePhoto();
-    requireBuffer(blended, "blended buffer");
     if (g_markerImage != nullptr) {
         requireBuffer(mask, "mask buffer");
         requireEngine();
@@ -115,15 +114,20 @@ void runRequest(std::uint32_t* blended, std::uint8_t* mask) {
         g_resultMask = pHybrid->segment();
         if (g_resultMask != nullptr) {
             // Everything that can fail comes before the first byte that the host sees.
-            const ImagePtr outline = traceOutline();
+            findOutline();
+            const ImagePtr outline = blended != nullptr ? drawOutline() : nullptr;
             transaction.commit();
             writeMask(mask);
-            paintOutline(outline.get(), blended);
+            if (outline != nullptr) {
+                paintOutline(outline.get(), blended);
+            }
             return;
         }
         transaction.commit();
     }
-    writePhoto(blended);
+    if (blended != nullptr) {
+        writePhoto(blended);
+    }
 }
 
 int setCurrentMarkerVector(int count, int* points) {
@@ -140,7 +144,11 @@ int setMarkerImage(int width, int height, const int* values, int strokeType) {
 
 int processSegment(int /*unused1*/, int /*unused2*/, int /*unused3*/, std::uint32_t* blended,
                    std::uint8_t* mask) {
-    guardedCall("processSegment", [&] { runRequest(blended, mask); });
+    guardedCall("processSegment", [&] {
+        requirePhoto();
+        requireBuffer(blended, "blended buffer");
+        runRequest(blended, mask);
+    });
     if (tearDownIfExitPending()) {
         return -1;
     }

@@ -74,7 +74,8 @@ void editMask(std::uint32_t* blended, std::uint8_t* mask) {
     applyMarks(edited.get());
     g_resultMask = edited.release();
     if (blended != nullptr) {
-        const ImagePtr outline = traceOutline();
+        findOutline();
+        const ImagePtr outline = drawOutline();
         paintOutline(outline.get(), blended);
     }
     VORNSEManageUndoRedo::updateBitPlane(g_resultMask);
@@ -86,10 +87,8 @@ void editMask(std::uint32_t* blended, std::uint8_t* mask) {
 
 }  // namespace
 
-ImagePtr traceOutline() {
+void findOutline() {
     checkImageSize(g_resultMask->width, g_resultMask->height, "loadBlendedImageInfo", 493);
-    ImagePtr outline = createImage(g_resultMask->width, g_resultMask->height, 1);
-    cvSetZero(outline.get());
     const ImagePtr copy = cloneImage(g_resultMask);
     if (storage != nullptr) {
         contours = nullptr;
@@ -99,11 +98,16 @@ ImagePtr traceOutline() {
     contours = nullptr;
     cvFindContours(copy.get(), storage, &contours, sizeof(CvContour), CV_RETR_LIST,
                    CV_CHAIN_APPROX_SIMPLE, cvPoint(0, 0));
-    cvDrawContours(outline.get(), contours, cvScalarAll(255), cvScalarAll(255), kAllLevels,
-                   kOutlineThickness, CV_AA, cvPoint(0, 0));
     if (contours != nullptr) {
         g_contoursReady = true;
     }
+}
+
+ImagePtr drawOutline() {
+    ImagePtr outline = createImage(g_resultMask->width, g_resultMask->height, 1);
+    cvSetZero(outline.get());
+    cvDrawContours(outline.get(), contours, cvScalarAll(255), cvScalarAll(255), kAllLevels,
+                   kOutlineThickness, CV_AA, cvPoint(0, 0));
     return outline;
 }
 
@@ -140,7 +144,8 @@ void loadBlendedImageInfo(std::uint32_t* out) {
     guardedCall("loadBlendedImageInfo", [&] {
         requireResult();
         requireBuffer(out, "blended buffer");
-        const ImagePtr outline = traceOutline();
+        findOutline();
+        const ImagePtr outline = drawOutline();
         paintOutline(outline.get(), out);
     });
 }

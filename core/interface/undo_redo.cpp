@@ -17,7 +17,8 @@ void step(IplImage* (*move)(), bool deliversMask, std::uint32_t* blended, std::u
     HistoryTransaction transaction(HistoryTransaction::Step::kMove);
     g_resultMask = move();
     if (g_resultMask != nullptr) {
-        const ImagePtr outline = traceOutline();
+        findOutline();
+        const ImagePtr outline = drawOutline();
         writeMask(mask);
         paintOutline(outline.get(), blended);
     } else {
