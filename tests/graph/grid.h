@@ -3,8 +3,8 @@
 #pragma once
 
 #include <array>
-#include <cmath>
 #include <memory>
+#include <random>
 #include <stdexcept>
 #include <vector>
 
@@ -89,3 +89,18 @@ struct Grid {
     std::vector<float> source;
     std::vector<float> sink;
 };
+
+// A grid of 1 to `longest` nodes a side; a third of its nodes has no terminals.
+template <typename Capacity>
+Grid randomGrid(std::mt19937& random, unsigned longest, Capacity capacity) {
+    const int width = 1 + static_cast<int>(random() % longest);
+    Grid grid(width, 1 + static_cast<int>(random() % longest));
+    grid.forEachEdge([&](int from, int to) { grid.capacity(from, to) = capacity(); });
+    for (std::size_t node = 0; node < grid.source.size(); ++node) {
+        if (random() % 3 != 0) {
+            grid.source[node] = capacity() * 3.0F;
+            grid.sink[node] = capacity() * 3.0F;
+        }
+    }
+    return grid;
+}

@@ -1,0 +1,194 @@
+#include "colour/color_model.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "colour/samples.h"
+#include "history/marker.h"
+
+namespace {
+
+class ColorModel : public testing::Test {
+  protected:
+    void SetUp() override { VORNSEMarker::m_noiseLevel = 0.1; }
+
+    void prepare() {
+        model.setDeterminant();
+        model.setInverseCovariance();
+    }
+    static std::vector<double> nine(const double* matrix) { return {matrix, matrix + 9}; }
+
+    VORNSEColorModel model;
+};
+
+// The density by another road: Gaussian elimination in long double instead of the adjugate.
+long double plainDensity(const VORNSEColorModel& model, int k, const double* x) {
+    long double m[3][4];
+    for (int i = 0; i < 3; ++i) {
+        std::copy_n(model.m_covariance[k] + 3 * i, 3, m[i]);
+        m[i][3] = static_cast<long double>(x[i]) - static_cast<long double>(model.m_mean[k][i]);
+    }
+    const long double d[3] = {m[0][3], m[1][3], m[2][3]};
+    long double determinant = 1.0L;
+    for (int column = 0; column < 3; ++column) {
+        determinant *= m[column][column];
+        for (int i = 0; i < 3; ++i) {
+            const long double factor = i == column ? 0.0L : m[i][column] / m[column][column];
+            for (int j = 0; j < 4; ++j) {
+                m[i][j] -= factor * m[column][j];
+            }
+        }
+    }
+    long double q = 0.0L;
+    for (int i = 0; i < 3; ++i) {
+        q += d[i] * m[i][3] / m[i][i];
+    }
+    return std::exp(-0.5L * q) / std::sqrt(determinant);
+}
+
+}  // namespace
+
+TEST_F(ColorModel, AFreshModelHasNoDensity) {
+    EXPECT_EQ(model.GMMProb({1, 2, 3}), 0.0);
+    EXPECT_EQ(model.assignCluster({1, 2, 3}), 0);
+    EXPECT_EQ(nine(model.m_inverseCovariance[4]), std::vector<double>(9, 0.0));
+}
+
+TEST_F(ColorModel, DeterminantAndInverseByHand) {
+    const double matrix[9] = {1, 2, 3, 0, 1, 4, 5, 6, 0};
+    std::copy_n(matrix, 9, model.m_covariance[2]);
+    model.m_weight[2] = 0.5;
+    VORNSEMarker::m_noiseLevel = 10.0;  // no reason to touch an invertible matrix
+    prepare();
+    EXPECT_EQ(model.m_determinant[2], 1.0);
+    EXPECT_EQ(model.m_invSqrtDeterminant[2], 1.0);
+    EXPECT_EQ(nine(model.m_inverseCovariance[2]),
+              (std::vector<double>{-24, 18, 5, 20, -15, -4, -5, 4, 1}));
+    EXPECT_EQ(nine(model.m_covariance[2]), nine(matrix));
+    EXPECT_EQ(model.gaussianProb(2, {1, 0, 1}), std::exp(-0.5 * -23.0));  // -24 + 5 - 5 + 1
+
+    std::fill_n(model.m_covariance[2], 9, 1.0);
+    model.setDeterminant();
+    EXPECT_EQ(model.m_determinant[2], 0.0);
+    EXPECT_EQ(model.m_invSqrtDeterminant[2], 1.0);  // left as it was
+    EXPECT_EQ(model.gaussianProb(2, {1, 0, 1}), 0.0);
+    model.m_weight[2] = 0.0;
+    prepare();
+    EXPECT_EQ(model.m_invSqrtDeterminant[2], 0.0);
+    EXPECT_EQ(nine(model.m_inverseCovariance[2]), std::vector<double>(9, 0.0));
+}
+
+TEST_F(ColorModel, SingularComponentsAreRaisedStepByStep) {
+    setComponent(model, 0, 1.0, 0.0, 0.0);
+    setComponent(model, 1, 1.0, 0.0, 1.0);
+    model.m_covariance[1][0] = -0.25;  // needs three steps of 0.1
+    prepare();
+    EXPECT_EQ(nine(model.m_covariance[0]), (std::vector<double>{0.1, 0, 0, 0, 0.1, 0, 0, 0, 0.1}));
+    EXPECT_DOUBLE_EQ(model.m_determinant[0], 0.001);
+    EXPECT_DOUBLE_EQ(model.m_invSqrtDeterminant[0], 1.0 / std::sqrt(0.001));
+    EXPECT_DOUBLE_EQ(model.m_inverseCovariance[0][4], 10.0);
+    EXPECT_NEAR(model.m_covariance[1][0], 0.05, 1e-15);
+    EXPECT_NEAR(model.m_determinant[1], 0.05 * 1.3 * 1.3, 1e-14);
+}
+
+TEST_F(ColorModel, ANoiseLevelThatCannotHelpEndsAndLeavesTheComponentOut) {
+    for (const double noise : {0.0, -0.1}) {
+        VORNSEMarker::m_noiseLevel = noise;
+        setComponent(model, 0, 1.0, 0.0, 0.0);
+        prepare();
+        EXPECT_EQ(model.GMMProb({0, 0, 0}), 0.0);
+    }
+}
+
+TEST_F(ColorModel, DensitiesMatchAnEliminationInHigherPrecision) {
+    std::mt19937 random(4);
+    const auto number = [&random](double scale) {
+        return scale * (static_cast<double>(random()) / 4294967296.0 - 0.5);
+    };
+    for (int round = 0; round < 50; ++round) {
+        for (int k = 0; k < 4; ++k) {  // the fifth stays absent
+            model.m_weight[k] = 0.25;
+            double root[9];
+            std::generate_n(root, 9, [&] { return number(20.0); });
+            for (int i = 0; i < 3; ++i) {
+                model.m_mean[k][i] = 128.0 + number(60.0);
+                for (int j = 0; j < 3; ++j) {
+                    model.m_covariance[k][3 * i + j] = (i == j ? 30.0 : 0.0) +
+                                                       root[3 * i] * root[3 * j] +
+                                                       root[3 * i + 1] * root[3 * j + 1];
+                }
+            }
+        }
+        prepare();
+        const double x[3] = {128.0 + number(60.0), 128.0 + number(60.0), 128.0 + number(60.0)};
+        long double mixture = 0.0L;
+        for (int k = 0; k < 4; ++k) {
+            mixture += 0.25L * plainDensity(model, k, x);
+        }
+        const double expected = static_cast<double>(mixture);
+        EXPECT_NEAR(model.GMMProb({x[0], x[1], x[2]}), expected, 1e-11 * expected);
+        EXPECT_EQ(GMMProb(model, {x[0], x[1], x[2]}), model.GMMProb({x[0], x[1], x[2]}));
+        EXPECT_EQ(GMMProb(model, x[0], x[1], x[2]), model.GMMProb({x[0], x[1], x[2]}));
+    }
+}
+
+TEST_F(ColorModel, GreyDensitiesReadTheFirstChannelAlone) {
+    for (int k = 0; k < kComponents; ++k) {
+        setComponent(model, k, 0.2, 100.0, 4.0);
+    }
+    const double expected = std::exp(-0.5) / 2.0;  // two levels off at variance 4
+    EXPECT_DOUBLE_EQ(model.gaussianProbGreyScale(3, {102, 7, 9}), expected);
+    EXPECT_DOUBLE_EQ(model.GMMProbGreyScale({98, 200, 0}), expected);
+}
+
+TEST_F(ColorModel, AssignmentIgnoresWeightsAndGivesTiesToTheLowerIndex) {
+    setComponent(model, 1, 0.1, 50.0, 4.0);
+    setComponent(model, 3, 0.8, 60.0, 4.0);
+    setComponent(model, 4, 0.1, 50.0, 4.0);
+    prepare();
+    EXPECT_EQ(model.assignCluster({50, 50, 50}), 1);
+    EXPECT_EQ(model.assignCluster({55, 55, 55}), 1);
+    EXPECT_EQ(model.assignCluster({56, 55, 55}), 3);
+    EXPECT_EQ(model.assignCluster({1e4, 0, 0}), 0);  // every density underflows
+}
+
+TEST_F(ColorModel, StatisticsCountAndSumInChannelPairs) {
+    const ClusterInfo info({3, 0, 3}, {{1, 2, 3}, {9, 9, 9}, {10, 20, 30}});
+    EXPECT_EQ(std::vector<int>(info.m_count, info.m_count + 5), (std::vector<int>{1, 0, 0, 2, 0}));
+    EXPECT_EQ(info.m_sum[1][3], 22.0);
+    EXPECT_EQ(info.m_sumProduct[5][3], 2.0 * 3 + 20 * 30);
+    EXPECT_EQ(info.m_sumProduct[7][3], info.m_sumProduct[5][3]);
+    EXPECT_EQ(info.m_sumProduct[0][0], 81.0);
+    EXPECT_EQ(info.m_sum[0][1], 0.0);
+}
+
+TEST_F(ColorModel, CompactMeansCloseColoursOrDegenerateHeavyComponents) {
+    struct Case {
+        double weights[2];
+        double separation;  // of the means, in one channel
+        double determinants[2];
+        bool compact;
+    };
+    const double nan = std::nan("");
+    const Case cases[] = {
+        {{1.0, 0.0}, 255.0, {0.5, 0.0}, true},   // no pair
+        {{0.5, 0.05}, 255.0, {9.0, 9.0}, true},  // one too light for a pair
+        {{0.5, 0.5}, 99.9, {9.0, 9.0}, true},    // close
+        {{0.5, 0.5}, 100.0, {0.5, 0.5}, true},   // apart, both degenerate
+        {{0.5, 0.5}, 100.0, {0.5, 1.0}, false},
+        {{0.5, 0.5}, 100.0, {nan, 0.5}, true},
+        {{0.35, 0.35}, 100.0, {0.5, 0.5}, false},  // none is heavy
+        {{0.36, 0.35}, 100.0, {0.5, 9.0}, true},
+        // A little less than 10000 in double precision, 10000 in single.
+        {{0.5, 0.5}, 99.999999, {9.0, 9.0}, false},
+    };
+    for (const Case& c : cases) {
+        for (const int k : {0, 1}) {
+            setComponent(model, 3 * k, c.weights[k], 0.0, 0.0);
+            model.m_determinant[3 * k] = c.determinants[k];
+        }
+        model.m_mean[3][1] = c.separation;
+        EXPECT_EQ(model.colorModelCriteria(), c.compact) << &c - cases;
+    }
+}

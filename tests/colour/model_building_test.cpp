@@ -1,0 +1,128 @@
+#include <gtest/gtest.h>
+
+#include "colour/model_init.h"
+#include "colour/model_update.h"
+#include "colour/plain_k_means.h"
+#include "history/marker.h"
+#include "support/log_capture.h"
+
+namespace {
+
+// Expects the model to hold the plain estimate of every labelled component and `before` elsewhere.
+void expectEstimate(const VORNSEColorModel& model, const VORNSEColorModel& before,
+                    const Samples& samples, const std::vector<int>& labels) {
+    for (int k = 0; k < kComponents; ++k) {
+        double count = 0.0;
+        double mean[3] = {};
+        double covariance[9] = {};
+        const auto forEach = [&](auto visit) {
+            for (std::size_t s = 0; s < samples.size(); ++s) {
+                if (labels[s] == k) {
+                    const double x[3] = {samples[s].ch0, samples[s].ch1, samples[s].ch2};
+                    visit(x);
+                }
+            }
+        };
+        forEach([&](const double* x) {
+            ++count;
+            std::transform(x, x + 3, mean, mean, std::plus<>());
+        });
+        std::transform(mean, mean + 3, mean, [count](double sum) { return sum / count; });
+        forEach([&](const double* x) {
+            for (int p = 0; p < 9; ++p) {
+                covariance[p] += (x[p / 3] - mean[p / 3]) * (x[p % 3] - mean[p % 3]) / count;
+            }
+        });
+        const bool absent = count == 0.0;
+        EXPECT_EQ(model.m_weight[k],
+                  absent ? before.m_weight[k] : count / static_cast<double>(samples.size()));
+        for (int p = 0; p < 9; ++p) {
+            EXPECT_NEAR(model.m_mean[k][p / 3], absent ? before.m_mean[k][p / 3] : mean[p / 3],
+                        1e-9);
+            EXPECT_NEAR(model.m_covariance[k][p],
+                        absent ? before.m_covariance[k][p] : covariance[p], 1e-8);
+        }
+        VORNSEColorModel again = model;
+        again.setDeterminant();
+        EXPECT_EQ(model.m_determinant[k], again.m_determinant[k]);
+    }
+}
+
+class ModelBuilding : public testing::Test {
+  protected:
+    void SetUp() override {
+        VORNSEMarker::m_noiseLevel = 0.1;
+        for (int k = 0; k < kComponents; ++k) {
+            setComponent(marked, k, 0.01 * k, 7.0, 3.0);
+        }
+    }
+    VORNSEColorModel marked;  // tells which components a builder left alone
+};
+
+}  // namespace
+
+TEST_F(ModelBuilding, InitialisationEstimatesEveryClusterOnce) {
+    std::mt19937 random(7);
+    for (const unsigned distinct : {2U, 3U, 200U}) {
+        const Samples a = randomSamples(random, 61, distinct);
+        const Samples b = randomSamples(random, 5, distinct);
+        VORNSEColorModel modelA = marked;
+        VORNSEColorModel modelB = marked;
+        initModel(a, b, modelA, modelB, 10);
+        expectEstimate(modelA, marked, a, plainLabels(a, 10));
+        expectEstimate(modelB, marked, b, plainLabels(b, 10));
+    }
+}
+
+TEST_F(ModelBuilding, FiveIdenticalSamplesMakeTwoComponents) {
+    VORNSEColorModel model = marked;
+    const Samples samples(5, {7, 8, 9});
+    initModel(samples, model, 10);
+    EXPECT_EQ(model.m_weight[0], 0.8);
+    EXPECT_EQ(model.m_weight[4], 0.2);
+    expectEstimate(model, marked, samples, {4, 0, 0, 0, 0});
+}
+
+TEST_F(ModelBuilding, FewerThanFiveSamplesChangeNothing) {
+    VORNSEColorModel model = marked;
+    model.m_determinant[1] = 77.0;
+    initModelWithKmeansVORN(Samples(4, {1, 2, 3}), model);
+    EXPECT_EQ(model.m_weight[1], 0.01);
+    EXPECT_EQ(model.m_determinant[1], 77.0);
+}
+
+TEST_F(ModelBuilding, AnUpdateReassignsUnderTheOldModel) {
+    std::mt19937 random(8);
+    const Samples a = randomSamples(random, 200, 200);
+    const Samples b = randomSamples(random, 80, 3);
+    VORNSEColorModel before[2];
+    initModel(a, b, before[0], before[1], 10);
+    before[0].setInverseCovariance();
+    before[1].setInverseCovariance();
+    VORNSEColorModel after[2] = {before[0], before[1]};
+    clearLog();
+    updateModel(a, b, after[0], after[1]);
+    EXPECT_EQ(takeLog(), Log{});
+    for (const int m : {0, 1}) {
+        const Samples& samples = m == 0 ? a : b;
+        std::vector<int> labels;
+        for (const pixelVal& sample : samples) {
+            labels.push_back(before[m].assignCluster(sample));
+        }
+        expectEstimate(after[m], before[m], samples, labels);
+        EXPECT_TRUE(std::equal(&before[m].m_inverseCovariance[0][0],
+                               &before[m].m_inverseCovariance[0][0] + 45,
+                               &after[m].m_inverseCovariance[0][0]));
+    }
+}
+
+TEST_F(ModelBuilding, WithoutDensitiesTheFirstComponentTakesEverySample) {
+    VORNSEColorModel model = marked;
+    const Samples samples = {{1, 2, 3}, {3, 2, 5}};
+    updateModel(samples, model);
+    EXPECT_EQ(model.m_weight[0], 1.0);
+    expectEstimate(model, marked, samples, {0, 0});
+    const VORNSEColorModel before = model;
+    updateModel({}, model);
+    expectEstimate(model, before, {}, {});
+}

@@ -1,0 +1,47 @@
+// Seeded colour samples, and models with chosen components.
+#pragma once
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+#include "colour/color_model.h"
+
+using Samples = std::vector<pixelVal>;
+
+// `distinct` values a channel: few make duplicates, ties and empty clusters.
+inline Samples randomSamples(std::mt19937& random, std::size_t count, unsigned distinct) {
+    Samples samples(count);
+    for (pixelVal& sample : samples) {
+        for (double* channel : {&sample.ch0, &sample.ch1, &sample.ch2}) {
+            *channel = static_cast<double>(random() % distinct * (255 / distinct));
+        }
+    }
+    return samples;
+}
+
+// Weight, mean (the same in all channels) and a diagonal covariance; not yet prepared.
+inline void setComponent(VORNSEColorModel& model, int k, double weight, double mean,
+                         double variance) {
+    model.m_weight[k] = weight;
+    std::fill_n(model.m_mean[k], kChannels, mean);
+    std::fill_n(model.m_covariance[k], kChannels * kChannels, 0.0);
+    for (int c = 0; c < kChannels; ++c) {
+        model.m_covariance[k][(kChannels + 1) * c] = variance;
+    }
+}
+
+// Samples as the rows of doubles that the clustering takes.
+class SampleRows {
+  public:
+    explicit SampleRows(Samples samples) : m_samples(std::move(samples)) {
+        for (pixelVal& sample : m_samples) {
+            m_pointers.push_back(&sample.ch0);
+        }
+    }
+    double** pointers() { return m_pointers.data(); }
+
+  private:
+    Samples m_samples;
+    std::vector<double*> m_pointers;
+};

@@ -1,0 +1,76 @@
+#include "colour/training_data.h"
+
+#include <gtest/gtest.h>
+
+#include "history/marker.h"
+#include "support/image.h"
+
+namespace {
+
+using Rows = std::vector<std::vector<double>>;
+
+Rows rowsOf(const std::vector<pixelVal>& samples) {
+    Rows rows;
+    for (const pixelVal& s : samples) {
+        rows.push_back({s.ch0, s.ch1, s.ch2});
+    }
+    return rows;
+}
+
+// Bytes start, start + 1, ... in raster order.
+ImagePtr counting(int width, int height, int channels, int start) {
+    ImagePtr image = createImage(width, height, channels);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width * channels; ++x) {
+            rowOf(image.get(), y)[x] = static_cast<std::uint8_t>(start++);
+        }
+    }
+    return image;
+}
+
+class TrainingData : public testing::Test {
+  protected:
+    void TearDown() override {
+        VORNSEMarker::dellocator();
+        VORNSEMarker::m_isGreyScale = false;
+    }
+    void extract(const std::vector<std::uint8_t>& codes) {
+        const ImagePtr labels = createImage(4, 2, 1);
+        for (int y = 0; y < 2; ++y) {
+            std::copy_n(codes.begin() + 4 * y, 4, rowOf(labels.get(), y));
+        }
+        extractTrainingData(image.get(), labels.get(), foreground, background);
+    }
+
+    const ImagePtr image = counting(4, 2, 3, 0);
+    std::vector<pixelVal> foreground{9, {1, 1, 1}};  // left over from before
+    std::vector<pixelVal> background;
+    const std::vector<double> filler = {10, 20, 30};
+};
+
+}  // namespace
+
+TEST_F(TrainingData, RoutesByLabelInRasterOrderAndFillsUpToFive) {
+    extract({2, 0, 4, 3, 5, 2, 255, 0});
+    EXPECT_EQ(rowsOf(foreground), (Rows{{0, 1, 2}, {6, 7, 8}, {15, 16, 17}, filler, filler}));
+    EXPECT_EQ(rowsOf(background), (Rows{{9, 10, 11}, filler, filler, filler, filler}));
+    extract({1, 3, 1, 3, 1, 3, 4, 0});
+    EXPECT_EQ(background.size(), 6U);
+}
+
+TEST_F(TrainingData, WithoutLabelsThereAreFillersOnly) {
+    extractTrainingData(image.get(), nullptr, foreground, background);
+    EXPECT_EQ(rowsOf(foreground), Rows(5, filler));
+    EXPECT_EQ(rowsOf(background), Rows(5, filler));
+}
+
+TEST_F(TrainingData, GreySamplesTakeTheirTextureFromTheRegionsPlace) {
+    VORNSEMarker::m_isGreyScale = true;
+    VORNSEMarker::m_texHor = counting(9, 9, 1, 0).release();
+    VORNSEMarker::m_texVer = counting(9, 9, 1, 100).release();
+    VORNSEMarker::m_xMinBBox = 5;
+    VORNSEMarker::m_yMinBBox = 7;
+    extract({2, 0, 0, 0, 0, 0, 0, 1});
+    EXPECT_EQ(rowsOf(foreground)[0], (std::vector<double>{0, 68, 168}));   // at (5, 7)
+    EXPECT_EQ(rowsOf(background)[0], (std::vector<double>{21, 80, 180}));  // at (8, 8)
+}

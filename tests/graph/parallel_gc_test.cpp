@@ -1,0 +1,205 @@
+#include "graph/parallel_gc.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+
+#include "graph/grid.h"
+#include "history/marker.h"
+#include "support/log_capture.h"
+#include "support/timers.h"
+
+namespace {
+
+// Threads that may still be started; below zero there is no limit.
+int threadsLeft = -1;
+
+class ParallelCut : public testing::Test {
+  protected:
+    // The solvers poll a running timer, as they do in a request.
+    void SetUp() override {
+        VORNSEMarker::m_exitApp = false;
+        g_cancelTimer = create_timer();
+        start_cpu_timer(g_cancelTimer);
+        clearLog();
+    }
+    void TearDown() override {
+        threadsLeft = -1;
+        VORNSEMarker::m_exitApp = false;
+        destroy_timer(g_cancelTimer);
+        g_cancelTimer = nullptr;
+    }
+};
+
+// Whole capacities, so that the weights of cuts are exact.
+Grid randomGrid(int width, int height, unsigned seed) {
+    std::mt19937 random(seed);
+    Grid grid(width, height);
+    grid.forEachEdge(
+        [&](int from, int to) { grid.capacity(from, to) = static_cast<float>(random() % 8); });
+    for (int node = 0; node < grid.size(); ++node) {
+        auto& terminal = random() % 2 == 0 ? grid.source : grid.sink;
+        terminal[static_cast<std::size_t>(node)] = static_cast<float>(random() % 24);
+    }
+    return grid;
+}
+
+std::vector<int> cutOf(const VORNSEGraph& graph) {
+    std::vector<int> cut;
+    for (int node = 0; node < graph.m_nodeCount; ++node) {
+        cut.push_back(graph.getTreeofNode(node));
+    }
+    return cut;
+}
+
+double serialWeight(Grid& grid) {
+    const auto graph = grid.build();
+    graph->maxFlow();
+    return grid.cutWeight(*graph);
+}
+
+constexpr int kCounts[] = {1, 2, 3, 4, 5, 6, 8, 9, 12};
+
+}  // namespace
+
+// Stands in front of the system's call for the library too.
+extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                              void* (*entry)(void*), void* argument) noexcept {
+    static const auto real =
+        reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
+    if (threadsLeft == 0) {
+        return EAGAIN;
+    }
+    --threadsLeft;
+    return real(thread, attributes, entry, argument);
+}
+
+TEST_F(ParallelCut, BlocksFormTheGridOfTheirCount) {
+    const std::map<int, std::pair<int, int>> grids = {
+        {1, {1, 1}}, {2, {2, 1}}, {3, {3, 1}},  {4, {2, 2}}, {6, {3, 2}},
+        {8, {4, 2}}, {9, {3, 3}}, {12, {4, 3}}, {7, {1, 7}}, {0, {1, 1}}};
+    const auto graph = Grid(10, 7).build();
+    for (const auto& [count, grid] : grids) {
+        const ParallelGC solver(graph.get(), count);
+        EXPECT_EQ(std::pair(solver.m_blocksX, solver.m_blocksY), grid) << count;
+        EXPECT_EQ(solver.m_blockWidth, (10 + grid.first - 1) / grid.first);
+        EXPECT_EQ(solver.m_blockHeight, (7 + grid.second - 1) / grid.second);
+    }
+}
+
+TEST_F(ParallelCut, WeighsTheSameAsTheSerialCut) {
+    const int sizes[][2] = {{13, 11}, {29, 17}, {24, 24}, {1, 31}, {37, 1}, {5, 2}, {2, 5}, {1, 1}};
+    unsigned seed = 0;
+    for (const auto& size : sizes) {
+        for (const int count : kCounts) {
+            Grid grid = randomGrid(size[0], size[1], ++seed);
+            const auto graph = grid.build(count);
+            ParallelGC solver(graph.get(), count);
+            EXPECT_EQ(solver.maxFlow(), 0.0F);
+            EXPECT_EQ(grid.cutWeight(*graph), serialWeight(grid)) << size[0] << ' ' << count;
+            EXPECT_TRUE(solver.m_pairList.empty());
+            // Every edge is back: none of those inside the grid reads as missing.
+            for (int node = 0; node < grid.size(); ++node) {
+                for (int d = 0; d < 4; ++d) {
+                    EXPECT_EQ(graph->m_edgeCaps[8 * node + 2 * d] == kNoEdge,
+                              grid.earlier(node, d) < 0);
+                }
+            }
+        }
+    }
+}
+
+TEST_F(ParallelCut, IsTheSameEveryTimeAlsoWhenThreadsCannotBeStarted) {
+    Grid grid = randomGrid(40, 30, 1);
+    const auto solve = [&grid] {
+        const auto graph = grid.build(9);
+        EXPECT_EQ(graph->maxFlow(), 0.0F);
+        return cutOf(*graph);
+    };
+    const std::vector<int> cut = solve();
+    for (int round = 0; round < 5; ++round) {
+        EXPECT_EQ(solve(), cut);
+    }
+    EXPECT_TRUE(takeErrors().empty());
+    for (const int available : {0, 3, 14, 20}) {
+        threadsLeft = available;
+        EXPECT_EQ(solve(), cut);
+        EXPECT_FALSE(takeErrors().empty());
+    }
+}
+
+TEST_F(ParallelCut, PartsThatNothingConnectsAreCutByThemselves) {
+    Grid grid = randomGrid(12, 9, 5);
+    grid.forEachEdge([&](int from, int to) {
+        if ((from % 12 < 6) != (to % 12 < 6)) {
+            grid.capacity(from, to) = kNoEdge;
+        }
+    });
+    const auto graph = grid.build(4);
+    graph->maxFlow();
+    const std::vector<int> cut = cutOf(*graph);
+    grid.forEachEdge([&](int from, int to) {
+        grid.capacity(from, to) = std::max(grid.capacity(from, to), 0.0F);
+    });
+    EXPECT_EQ(grid.cutWeight(*graph), serialWeight(grid));
+}
+
+TEST_F(ParallelCut, CancelledItStillPutsEveryEdgeBack) {
+    Grid grid = randomGrid(12, 9, 7);
+    const auto graph = grid.build(6);
+    const std::vector<float> before(graph->m_edgeCaps, graph->m_edgeCaps + graph->m_edgeCount);
+    VORNSEMarker::m_exitApp = true;
+    graph->maxFlow();
+    EXPECT_EQ(std::vector<float>(graph->m_edgeCaps, graph->m_edgeCaps + graph->m_edgeCount),
+              before);
+}
+
+// Four blocks of 3 x 2 nodes.
+TEST_F(ParallelCut, EdgesMoveBetweenRecordsAsBlocksMerge) {
+    Grid grid = randomGrid(6, 4, 9);
+    const auto graph = grid.build();
+    ParallelGC solver(graph.get(), 4);
+    for (int block = 0; block < 4; ++block) {
+        solver.AssignIDs(block / 2, block % 2);
+    }
+    for (int block = 0; block < 4; ++block) {
+        solver.PartitionGraph(block / 2, block % 2);
+    }
+    const auto edgesOf = [&](int a, int b) {
+        int count = 0;
+        const blockEdges* pair =
+            solver.m_pairMatrix[static_cast<std::size_t>(a)][static_cast<std::size_t>(b)];
+        EXPECT_EQ(pair,
+                  solver.m_pairMatrix[static_cast<std::size_t>(b)][static_cast<std::size_t>(a)]);
+        for (const cutEdge* edge = pair ? pair->head : nullptr; edge; edge = edge->next) {
+            ++count;
+        }
+        return count;
+    };
+    // Between columns 2 and 3: two straight and two slanting edges in each half, and two slanting
+    // ones across the middle. Between rows 1 and 2 likewise three and four.
+    EXPECT_EQ(edgesOf(0, 1), 4);
+    EXPECT_EQ(edgesOf(2, 3), 4);
+    EXPECT_EQ(edgesOf(0, 2), 7);
+    EXPECT_EQ(edgesOf(1, 3), 7);
+    EXPECT_EQ(edgesOf(0, 3), 1);
+    EXPECT_EQ(edgesOf(1, 2), 1);
+    EXPECT_EQ(solver.m_pairList.size(), 6U);
+
+    EXPECT_EQ(solver.MergeBlocks(3, 1), 1);
+    EXPECT_EQ(graph->m_edgeCaps[8 * 15 + 4], grid.capacity(15, 9));
+    EXPECT_EQ(graph->m_edgeCaps[8 * 14 + 6], kNoEdge);  // 14 to 9: blocks 2 and 1
+    const nodes* first = solver.m_blockGraphs[1]->GetTopActiveQueueNode();
+    EXPECT_TRUE(first - graph->m_nodes >= 9);
+    solver.MakeNeighbourChanges(3, 1);
+    EXPECT_EQ(edgesOf(1, 3), 0);
+    EXPECT_EQ(edgesOf(0, 1), 5);
+    EXPECT_EQ(edgesOf(1, 2), 5);
+    EXPECT_EQ(edgesOf(0, 2), 7);
+    EXPECT_EQ(solver.m_pairList.size(), 3U);
+    for (const blockEdges* pair : solver.m_pairList) {
+        EXPECT_TRUE(pair->blockA != 3 && pair->blockB != 3);
+    }
+}
