@@ -78,6 +78,7 @@ void segmentBox(int width, int height, const std::uint32_t* pixels, const Box& w
     g_markerImage = markersOf(box, width, height).release();
     VORNSEMarker::currentStroke.m_strokeType = SEGCORE_LOOP_ADD;
     runRequest(nullptr, mask);
+    releaseImage(g_markerImage);
     oldEngine.release();
     oldPhoto.release();
 }

@@ -27,7 +27,6 @@ class RequestTransaction {
           m_noiseLevel(VORNSEMarker::m_noiseLevel) {}
     ~RequestTransaction() {
         releaseImage(g_resultMask);
-        releaseImage(g_markerImage);
         if (!m_committed) {
             pHybrid->clearMemory();
             pHybrid->m_fgModel = m_foreground;
@@ -76,6 +75,9 @@ void storeStroke(int count, int* points) {
         outside += movedX || movedY ? 1 : 0;
         stored.push_back(points[i]);
         stored.push_back(points[i + 1]);
+    }
+    if (count >= 1 && !hasPhoto()) {
+        SEGCORE_LOG_ERROR("setCurrentMarkerVector: no photograph, points taken for the last one");
     }
     if (outside > 0) {
         SEGCORE_LOG_ERROR(
@@ -149,6 +151,8 @@ int processSegment(int /*unused1*/, int /*unused2*/, int /*unused3*/, std::uint3
         requireBuffer(blended, "blended buffer");
         runRequest(blended, mask);
     });
+    // The marks belong to this one call, whatever became of it.
+    releaseImage(g_markerImage);
     if (tearDownIfExitPending()) {
         return -1;
     }

@@ -82,7 +82,6 @@ void editMask(std::uint32_t* blended, std::uint8_t* mask) {
     if (mask != nullptr) {
         writeMask(mask);
     }
-    releaseImage(g_markerImage);
 }
 
 }  // namespace
@@ -177,6 +176,7 @@ void cutOutImage(int /*unused1*/, int /*unused2*/, int /*unused3*/, std::uint32_
                    197);
     guardedCall("cutOutImage", [&] { editMask(blended, mask); });
     releaseImage(g_resultMask);
+    releaseImage(g_markerImage);
     tearDownIfExitPending();
     g_exitStatus = 0;
 }

@@ -119,9 +119,9 @@ SEGCORE_API int setCurrentMarkerVector(int count, int* points);
 SEGCORE_API int setMarkerImage(int width, int height, const int* values, int strokeType);
 
 /*
- * Runs the request and delivers its result, which becomes the newest entry of the history. Without
- * marks, or when cancelled or out of time (10 s), the blended buffer receives the plain photograph
- * and the mask buffer is left alone.
+ * Runs the request and delivers its result, which becomes the newest entry of the history. The marks
+ * are used up, also by a request that fails. Without marks, or when cancelled or out of time (10 s),
+ * the blended buffer receives the plain photograph and the mask buffer is left alone.
  *   unused1..3  not read
  *   blended     blended words, not null
  *   mask        receives mask bytes, not null when marks are pending

@@ -25,11 +25,11 @@ void step(IplImage* (*move)(), bool deliversMask, std::uint32_t* blended, std::u
         writePhoto(blended);
     }
     transaction.commit();
-    releaseImage(g_markerImage);
 }
 
 void finish() {
     releaseImage(g_resultMask);
+    releaseImage(g_markerImage);
     tearDownIfExitPending();
     g_exitStatus = 0;
 }
