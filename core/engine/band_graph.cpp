@@ -1,6 +1,6 @@
-// The graph of the band along the outline, at photo resolution. Only the band is built: the nodes and
-// slots of its bounding rectangle that lie outside are numbered but never touched, which for a large
-// photograph is nearly all of them.
+// The graph of the band along the outline, at photo resolution. The long stretches of its bounding
+// rectangle that lie outside the band are numbered but never touched, which for a large photograph is
+// nearly all of it.
 //
 // Notation: the trimap codes of trimap.h. Source = object.
 #include <cmath>
@@ -17,6 +17,10 @@ namespace {
 
 constexpr int kTableLine = 1905;
 constexpr int kTableFreeLine = 2011;
+
+// Stretches outside the band up to this length are built like the band: they share their pages of
+// memory with it, and 128 node records or slot groups of 32 bytes fill a page.
+constexpr int kPageOfNodes = 128;
 
 constexpr int kGraphBuilt = 0;
 constexpr int kGraphFailed = 1;
@@ -72,8 +76,13 @@ int VORNSEHybrid::constructGraphTrimapVORN(IplImage* image, IplImage* /*texA*/, 
                 }
             }
         };
-        forEachStretch(codes, width, addStretch,
-                       [&](int start, int end) { graph.skipNodes(end - start); });
+        forEachStretch(codes, width, addStretch, [&](int start, int end) {
+            if (end - start <= kPageOfNodes) {
+                graph.addNode(end - start);
+            } else {
+                graph.skipNodes(end - start);
+            }
+        });
     }
 
     const ContrastTable table(m_beta, "constructGraphTrimapVORN", kTableLine, kTableFreeLine);
@@ -110,8 +119,15 @@ int VORNSEHybrid::constructGraphTrimapVORN(IplImage* image, IplImage* /*texA*/, 
                 link(upRight, upRight ? contrast(x, x + 1) * diagonal : 0.0F);
             }
         };
-        forEachStretch(codes, width, linkStretch,
-                       [&](int start, int end) { graph.skipEdges(end - start); });
+        forEachStretch(codes, width, linkStretch, [&](int start, int end) {
+            if (end - start > kPageOfNodes) {
+                graph.skipEdges(end - start);
+                return;
+            }
+            for (int slot = 0; slot < kSlotsPerNode / 2 * (end - start); ++slot) {
+                link(false, 0.0F);
+            }
+        });
     }
     return kGraphBuilt;
 }
