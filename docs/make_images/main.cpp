@@ -1,0 +1,83 @@
+// Makes the pictures of README.md and docs/algorithm.md from the sample photographs:
+//     make-doc-images SAMPLES IMAGES
+#include <cstdio>
+#include <exception>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "host_session.h"
+#include "painting.h"
+#include "stages.h"
+
+namespace {
+
+// The marks of samples/coffee.json and samples/astronaut.json.
+const cv::Rect kCupBox(cv::Point(70, 14), cv::Point(487, 391));
+const cv::Rect kSpoon(375, 50, 64, 64);
+const cv::Rect kPersonBox(cv::Point(20, 10), cv::Point(363, 512));
+const BrushStroke kCollar{
+    {{140, 180}, {175, 195}, {235, 205}, {285, 215}, {265, 248}, {215, 262}, {185, 240}}, 8, true};
+
+cv::Mat read(const std::string& path) {
+    cv::Mat photo = cv::imread(path);
+    if (photo.empty()) {
+        throw std::runtime_error("cannot read " + path);
+    }
+    return photo;
+}
+
+cv::Mat withBox(const cv::Mat& photo, const cv::Rect& box) {
+    cv::Mat picture = photo.clone();
+    cv::rectangle(picture, box, cv::Scalar(0, 255, 255), 2);
+    return picture;
+}
+
+void write(const std::string& images, const std::string& name,
+           const std::vector<cv::Mat>& pictures) {
+    constexpr double kScale = 0.6;  // a strip fits a page
+    cv::Mat strip;
+    cv::resize(sideBySide(pictures), strip, cv::Size(), kScale, kScale, cv::INTER_AREA);
+    writePicture(images, name, strip);
+}
+
+void paintCup(const cv::Mat& photo, const std::string& images) {
+    const cv::Mat mask = paintStages(photo, kCupBox, kSpoon, images);
+    // Pictures of something else than what a host gets are refused.
+    if (cv::countNonZero(HostSession(photo).box(kCupBox) != mask) != 0) {
+        throw std::runtime_error("the stages do not add up to the mask of the host calls");
+    }
+    write(images, "result",
+          {withBox(photo, kCupBox), paintOutline(photo, mask), paintCutOut(photo, mask)});
+}
+
+void paintPerson(const cv::Mat& photo, const std::string& images) {
+    HostSession session(photo);
+    const cv::Mat boxCutOut = paintCutOut(photo, session.box(kPersonBox));
+    cv::Mat stroke = boxCutOut.clone();
+    cv::polylines(stroke, kCollar.corners, false, cv::Scalar(60, 190, 60), 2 * kCollar.radius,
+                  cv::LINE_AA);
+    write(images, "brush",
+          {withBox(photo, kPersonBox), stroke, paintCutOut(photo, session.brush(kCollar))});
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: make-doc-images SAMPLES IMAGES\n");
+        return 2;
+    }
+    try {
+        const std::string samples = argv[1];
+        const std::string images = argv[2];
+        paintCup(read(samples + "/coffee.png"), images);
+        paintPerson(read(samples + "/astronaut.png"), images);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "make-doc-images: %s\n", error.what());
+        return 1;
+    }
+    return 0;
+}
