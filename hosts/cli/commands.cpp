@@ -1,0 +1,187 @@
+#include "commands.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <opencv2/imgproc.hpp>
+
+#include "errors.h"
+#include "output_files.h"
+#include "photo.h"
+#include "session.h"
+#include "snapped_loop.h"
+#include "stats.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+Bytes bytesOf(const std::string& text) {
+    return {text.begin(), text.end()};
+}
+
+std::vector<std::string> wantedPaths(std::vector<std::string> paths) {
+    paths.erase(std::remove(paths.begin(), paths.end(), std::string()), paths.end());
+    return paths;
+}
+
+bool isSameFile(const std::string& a, const std::string& b) {
+    std::error_code ignored;
+    return a == b ||
+           (a != kStandardStream && b != kStandardStream && fs::equivalent(a, b, ignored));
+}
+
+// Before any work: every output can be written, none over another or over an input.
+void checkTargets(const std::vector<std::string>& targets, const std::vector<std::string>& inputs) {
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+        OutputFiles::checkTarget(targets[i]);
+        for (std::size_t k = 0; k < i; ++k) {
+            if (isSameFile(targets[i], targets[k]) && targets[i] != "/dev/null") {
+                throw UserError("two outputs go to " + targets[i] +
+                                "; give each output a place of its own");
+            }
+        }
+        for (const std::string& input : inputs) {
+            if (targets[i] != kStandardStream && isSameFile(targets[i], input)) {
+                throw UserError("output " + targets[i] +
+                                " would replace an input; choose another name for the output");
+            }
+        }
+    }
+}
+
+void printStats(const Stats& stats, StatsForm form, const std::vector<std::string>& targets) {
+    if (form == StatsForm::kNone) {
+        return;
+    }
+    const bool taken = std::count(targets.begin(), targets.end(), kStandardStream) > 0;
+    (taken ? std::cerr : std::cout)
+        << (form == StatsForm::kJson ? stats.json() : stats.text()) << std::flush;
+}
+
+// The object on transparent black, so that nothing of the rest hides under full transparency.
+cv::Mat cutOut(Photo& photo, const cv::Mat& mask) {
+    cv::Mat image = cv::Mat::zeros(photo.size(), CV_8UC4);
+    asImage(photo.words, photo.size()).copyTo(image, mask);
+    return image;
+}
+
+std::string stepFileName(std::size_t number) {
+    char name[32];
+    std::snprintf(name, sizeof name, "step-%03zu.png", number);
+    return name;
+}
+
+void applySteps(Session& session, const std::vector<Step>& steps, const std::string& stepFolder,
+                OutputFiles& files) {
+    if (!stepFolder.empty()) {
+        files.addFolder(stepFolder);
+    }
+    std::size_t number = 0;
+    for (const Step& step : steps) {
+        session.apply(step);
+        ++number;
+        if (!stepFolder.empty()) {
+            files.add((fs::path(stepFolder) / stepFileName(number)).string(),
+                      encodePng(session.result()));
+        }
+    }
+}
+
+void requireObject(const Session& session) {
+    if (!session.hasResult()) {
+        throw UserError("there is no result to write; mark the object, for example by --box");
+    }
+    if (cv::countNonZero(session.result()) == 0) {
+        throw UserError(
+            "the marks found no object, the mask is empty; draw the box or loop around "
+            "the object or brush over it");
+    }
+}
+
+void addResults(Session& session, Photo& photo, const CutOutputs& outputs, OutputFiles& files) {
+    if (!outputs.mask.empty()) {
+        files.add(outputs.mask, encodePng(session.result()));
+    }
+    if (!outputs.cutout.empty()) {
+        files.add(outputs.cutout, encodePng(cutOut(photo, session.result())));
+    }
+    if (!outputs.preview.empty()) {
+        files.add(outputs.preview, encodePng(session.preview()));
+    }
+    if (!outputs.svg.empty() || !outputs.json.empty()) {
+        const Outline outline = session.takeOutline();
+        if (!outputs.svg.empty()) {
+            files.add(outputs.svg, bytesOf(asSvg(outline, photo.size())));
+        }
+        if (!outputs.json.empty()) {
+            files.add(outputs.json, bytesOf(asJson(outline, photo.size())));
+        }
+    }
+}
+
+std::vector<std::string> inputsOf(const SessionFile& session) {
+    std::vector<std::string> inputs{session.photo};
+    for (const Step& step : session.steps) {
+        inputs.push_back(step.marksFile);
+    }
+    return wantedPaths(inputs);
+}
+
+}  // namespace
+
+void runCut(const SessionFile& file, const CutOutputs& outputs) {
+    const std::vector<std::string> targets =
+        wantedPaths({outputs.mask, outputs.cutout, outputs.preview, outputs.svg, outputs.json,
+                     outputs.session});
+    if (targets.empty() && outputs.stepFolder.empty() && outputs.stats == StatsForm::kNone) {
+        throw UserError("nothing to write; name an output, for example --cutout cutout.png");
+    }
+    if (file.steps.empty()) {
+        throw UserError("no marks; mark the object, for example by --box left,top,right,bottom");
+    }
+    checkTargets(targets, inputsOf(file));
+    if (!outputs.stepFolder.empty()) {
+        OutputFiles::checkFolder(outputs.stepFolder);
+    }
+
+    Stats stats;
+    Photo photo = stats.measure("read photograph", [&] { return readPhoto(file.photo); });
+    Session session(photo, stats);
+    OutputFiles files;
+    applySteps(session, file.steps, outputs.stepFolder, files);
+    requireObject(session);
+    stats.measure("write outputs", [&] {
+        addResults(session, photo, outputs, files);
+        if (!outputs.session.empty()) {
+            files.add(outputs.session, encodeSessionFile(file, outputs.session));
+        }
+        files.commit();
+    });
+    printStats(stats, outputs.stats, targets);
+}
+
+void runSnap(const SnapRequest& request) {
+    // Without a place named, the path goes to standard output in both forms.
+    const bool toTerminal = request.svg.empty() && request.json.empty();
+    const std::vector<std::string> targets = toTerminal ? std::vector<std::string>{kStandardStream}
+                                                        : wantedPaths({request.svg, request.json});
+    checkTargets(targets, {request.photo});
+    Stats stats;
+    const Photo photo = stats.measure("read photograph", [&] { return readPhoto(request.photo); });
+    const std::vector<cv::Point> path = snappedPath(photo, request.points, request.alpha, stats);
+    OutputFiles files;
+    if (toTerminal) {
+        files.add(kStandardStream,
+                  bytesOf(pathAsJson(path, photo.size()) + pathAsSvg(path, photo.size())));
+    }
+    if (!request.json.empty()) {
+        files.add(request.json, bytesOf(pathAsJson(path, photo.size())));
+    }
+    if (!request.svg.empty()) {
+        files.add(request.svg, bytesOf(pathAsSvg(path, photo.size())));
+    }
+    stats.measure("write outputs", [&] { files.commit(); });
+    printStats(stats, request.stats, targets);
+}

@@ -1,0 +1,36 @@
+// What the program does once its arguments are understood.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "session_file.h"
+
+enum class StatsForm { kNone, kText, kJson };
+
+// Paths, empty when not wanted; "-" is standard output.
+struct CutOutputs {
+    std::string mask;
+    std::string cutout;
+    std::string preview;
+    std::string svg;
+    std::string json;
+    std::string session;     // the steps as a session file
+    std::string stepFolder;  // the mask after each step
+    StatsForm stats = StatsForm::kNone;
+};
+
+// Leads a session and writes its results.
+void runCut(const SessionFile& session, const CutOutputs& outputs);
+
+struct SnapRequest {
+    std::string photo;
+    std::vector<cv::Point> points;
+    double alpha = 0.0;
+    std::string svg;
+    std::string json;
+    StatsForm stats = StatsForm::kNone;
+};
+
+// Snaps a path to the edges of the photograph and writes it.
+void runSnap(const SnapRequest& request);

@@ -1,0 +1,64 @@
+// segcore: cuts the object out of a photograph from the command line.
+//
+// Exit codes: 0 done, 1 failed, 2 wrong use, 128 plus the signal's number when interrupted (130 for
+// Ctrl-C). Failures say in one line what is wrong and what to do, and leave no output behind.
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <opencv2/core.hpp>
+#include <opencv2/core/utils/logger.hpp>
+
+#include "arguments.h"
+#include "errors.h"
+#include "interrupt.h"
+
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kWrongUse = 2;
+constexpr int kSignalBase = 128;
+
+int report(const std::string& what, int code) {
+    std::cerr << "segcore: " << what << "\n";
+    return code;
+}
+
+std::string oneLine(std::string text) {
+    for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n')) {
+        text.replace(at, 1, " ");
+    }
+    return text;
+}
+
+int run(int argc, char** argv) {
+    CLI::App app("Cuts the object out of a photograph.", "segcore");
+    declareCommands(app);
+    try {
+        app.parse(argc, argv);
+        return 0;
+    } catch (const CLI::Success& asked) {  // help or version
+        return app.exit(asked);
+    } catch (const CLI::ParseError& error) {
+        return report(oneLine(error.what()) + "; see segcore --help", kWrongUse);
+    } catch (const Interrupted& error) {
+        return report(error.what(), kSignalBase + error.signal);
+    } catch (const std::bad_alloc&) {
+        return report("memory ran out; reduce the photograph", kFailed);
+    } catch (const cv::Exception& error) {
+        return report("imaging library: " + oneLine(error.err) + "; reduce the photograph",
+                      kFailed);
+    } catch (const std::exception& error) {
+        return report(error.what(), kFailed);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // A reader that goes away is an error like any other.
+    std::signal(SIGPIPE, SIG_IGN);
+    cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
+    const InterruptWatch watch;
+    return run(argc, argv);
+}

@@ -1,0 +1,117 @@
+#include "marks.h"
+
+#include <algorithm>
+#include <cmath>
+#include <opencv2/imgproc.hpp>
+
+#include "errors.h"
+#include "interface/segmentation_core.h"
+
+namespace {
+
+// A brush as thick as a finger on a photograph shown on a phone.
+constexpr double kDefaultRadiusShare = 0.01;  // of the photograph's mean side
+constexpr int kSmallestDefaultRadius = 2;
+// The imaging library draws lines of up to 32767 pixels.
+constexpr int kLargestRadius = 16383;
+
+int radiusOf(const Step& step, cv::Size photo) {
+    const double meanSide = std::sqrt(static_cast<double>(photo.area()));
+    const int radius = step.radius.value_or(std::max(
+        kSmallestDefaultRadius, static_cast<int>(std::lround(meanSide * kDefaultRadiusShare))));
+    if (radius < 0 || radius > kLargestRadius) {
+        throw UserError("brush radius " + std::to_string(radius) + " is not usable; give 0 to " +
+                        std::to_string(kLargestRadius) + " pixels");
+    }
+    return radius;
+}
+
+std::vector<cv::Point> outlineOf(const std::vector<cv::Point>& corners) {
+    const cv::Point& first = corners.front();
+    const cv::Point& last = corners.back();
+    return {first, {last.x, first.y}, last, {first.x, last.y}};
+}
+
+void requireShape(const Step& step) {
+    const std::string name = nameOf(step.operation);
+    if (step.operation == Operation::kBox) {
+        const bool upright = step.points.size() == 2 && step.points[0].x <= step.points[1].x &&
+                             step.points[0].y <= step.points[1].y;
+        if (!upright) {
+            throw UserError(
+                "the box is empty; give left,top,right,bottom with left <= right and "
+                "top <= bottom");
+        }
+    } else if (isLoop(step.operation) && step.points.size() < kLoopCorners) {
+        throw UserError(name + " needs at least three points; add corners around the object");
+    } else if (step.points.empty()) {
+        throw UserError(name + " needs at least one point; give x,y in photograph pixels");
+    }
+}
+
+// Every pixel of the path there and back again, the turning point and the start not repeated.
+std::vector<cv::Point> pathThereAndBack(const cv::Mat& image, const std::vector<cv::Point>& path) {
+    std::vector<cv::Point> stroke{path.front()};
+    for (std::size_t i = 1; i < path.size(); ++i) {
+        cv::LineIterator line(image, path[i - 1], path[i]);
+        for (int k = 1; k < line.count; ++k) {
+            ++line;
+            stroke.push_back(line.pos());
+        }
+    }
+    for (std::size_t i = stroke.size() - 1; i-- > 1;) {
+        stroke.push_back(stroke[i]);
+    }
+    return stroke;
+}
+
+void drawBrush(cv::Mat& markers, const std::vector<cv::Point>& path, int radius, int code) {
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        cv::circle(markers, path[i], radius, cv::Scalar(code), cv::FILLED);
+        if (i > 0) {
+            cv::line(markers, path[i - 1], path[i], cv::Scalar(code), 2 * radius + 1);
+        }
+    }
+}
+
+int strokeTypeOf(Operation operation) {
+    if (isBrush(operation)) {
+        return removes(operation) ? SEGCORE_BRUSH_REMOVE : SEGCORE_BRUSH_ADD;
+    }
+    return removes(operation) ? SEGCORE_LOOP_REMOVE : SEGCORE_LOOP_ADD;
+}
+
+}  // namespace
+
+void requireInside(const std::vector<cv::Point>& points, cv::Size photo, const char* what) {
+    for (const cv::Point& point : points) {
+        if (!cv::Rect({0, 0}, photo).contains(point)) {
+            throw UserError(std::string(what) + ": point " + std::to_string(point.x) + "," +
+                            std::to_string(point.y) +
+                            " lies outside the photograph; x must be 0 to " +
+                            std::to_string(photo.width - 1) + " and y 0 to " +
+                            std::to_string(photo.height - 1));
+        }
+    }
+}
+
+Request requestFor(const Step& step, cv::Size photo) {
+    requireShape(step);
+    requireInside(step.points, photo, nameOf(step.operation));
+    Request request;
+    request.strokeType = strokeTypeOf(step.operation);
+    request.markers = cv::Mat::zeros(photo, CV_32SC1);
+    const int certain = removes(step.operation) ? SEGCORE_MARK_BACKGROUND : SEGCORE_MARK_OBJECT;
+    if (isBrush(step.operation)) {
+        drawBrush(request.markers, step.points, radiusOf(step, photo), certain);
+        request.stroke = pathThereAndBack(request.markers, step.points);
+    } else {
+        request.stroke = step.operation == Operation::kBox ? outlineOf(step.points) : step.points;
+        cv::fillPoly(request.markers, std::vector<std::vector<cv::Point>>{request.stroke},
+                     cv::Scalar(step.edit ? certain : SEGCORE_MARK_CANDIDATE));
+    }
+    if (step.edit) {
+        request.stroke.clear();
+    }
+    return request;
+}

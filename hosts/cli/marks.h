@@ -1,0 +1,32 @@
+// Marks become host calls.
+//
+//   box      its inside, border included, is a candidate for the object; the stroke is its outline
+//   loop     its inside, border included, is a candidate for what is added or removed; the stroke
+//            is the polygon of its corners
+//   brush    the discs along its path are object or background; the stroke is the path, a point for
+//            every pixel, since the engine keeps a change only where the stroke touches it. The
+//            stroke runs back to its start: the engine frees the line from the last point to the
+//            first, and that line would cut across whatever an open path bends around
+//   edit     the inside of the loop or the discs of the brush become object or background, without
+//            segmenting; there is no stroke
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "step.h"
+
+constexpr std::size_t kLoopCorners = 3;  // fewest that enclose anything
+
+// What setCurrentMarkerVector and setMarkerImage take.
+struct Request {
+    std::vector<cv::Point> stroke;
+    cv::Mat markers;  // CV_32SC1 of the photograph's size, marker codes
+    int strokeType = 0;
+};
+
+// For boxes, loops and brushes. Points outside the photograph and shapes with too few points are
+// errors.
+Request requestFor(const Step& step, cv::Size photo);
+
+void requireInside(const std::vector<cv::Point>& points, cv::Size photo, const char* what);

@@ -1,0 +1,157 @@
+#include "painted_marks.h"
+
+#include <opencv2/imgproc.hpp>
+#include <vector>
+
+#include "errors.h"
+#include "interface/segmentation_core.h"
+#include "photo.h"
+
+namespace {
+
+// Apart enough that the soft edge of a painting program's brush is either mark or ground.
+constexpr int kStrong = 192;
+constexpr int kWeak = 63;
+constexpr int kOpaque = 128;
+
+cv::Mat pixelsBetween(const cv::Mat& image, const cv::Scalar& lowest, const cv::Scalar& highest) {
+    cv::Mat found;
+    cv::inRange(image, lowest, highest, found);
+    return found;
+}
+
+bool isColourless(const cv::Mat& image) {
+    std::vector<cv::Mat> channels;
+    cv::split(image, channels);
+    return cv::countNonZero(channels[0] != channels[1]) == 0 &&
+           cv::countNonZero(channels[1] != channels[2]) == 0;
+}
+
+cv::Mat codesOfColours(const cv::Mat& image) {
+    cv::Mat codes = cv::Mat::zeros(image.size(), CV_8UC1);
+    codes.setTo(SEGCORE_MARK_OBJECT,
+                pixelsBetween(image, {0, kStrong, 0, kOpaque}, {kWeak, 255, kWeak, 255}));
+    codes.setTo(SEGCORE_MARK_BACKGROUND,
+                pixelsBetween(image, {0, 0, kStrong, kOpaque}, {kWeak, kWeak, 255, 255}));
+    codes.setTo(SEGCORE_MARK_CANDIDATE,
+                pixelsBetween(image, {kStrong, 0, 0, kOpaque}, {255, kWeak, kWeak, 255}));
+    return codes;
+}
+
+void requireCodes(const cv::Mat& codes, const std::string& path) {
+    const cv::Mat known = (codes == SEGCORE_MARK_NONE) | (codes == SEGCORE_MARK_BACKGROUND) |
+                          (codes == SEGCORE_MARK_OBJECT) | (codes == SEGCORE_MARK_CANDIDATE);
+    if (cv::countNonZero(known) != static_cast<int>(codes.total())) {
+        throw UserError(path +
+                        " has no colour and other values than 0, 1, 2 and 4; paint object "
+                        "green, background red and candidates blue");
+    }
+}
+
+cv::Mat asMarkers(const cv::Mat& codes) {
+    cv::Mat markers;
+    codes.convertTo(markers, CV_32S);
+    return markers;
+}
+
+std::vector<cv::Point> hullOf(const cv::Mat& marked) {
+    std::vector<cv::Point> pixels;
+    cv::findNonZero(marked, pixels);
+    std::vector<cv::Point> hull;
+    cv::convexHull(pixels, hull);
+    return hull;
+}
+
+// The first pixel of every connected piece, in the order of a scan by rows.
+std::vector<cv::Point> onePointInEachPiece(const cv::Mat& marked) {
+    cv::Mat pieces;
+    const int count = cv::connectedComponents(marked, pieces);
+    std::vector<bool> seen(static_cast<std::size_t>(count), false);
+    seen[0] = true;
+    std::vector<cv::Point> points;
+    for (int y = 0; y < pieces.rows; ++y) {
+        const int* row = pieces.ptr<int>(y);
+        for (int x = 0; x < pieces.cols; ++x) {
+            const auto piece = static_cast<std::size_t>(row[x]);
+            if (!seen[piece]) {
+                seen[piece] = true;
+                points.emplace_back(x, y);
+            }
+        }
+    }
+    return points;
+}
+
+Request brushRequest(const cv::Mat& codes, int code, std::vector<cv::Point> stroke) {
+    const int strokeType = code == SEGCORE_MARK_OBJECT ? SEGCORE_BRUSH_ADD : SEGCORE_BRUSH_REMOVE;
+    cv::Mat own = cv::Mat::zeros(codes.size(), CV_8UC1);
+    own.setTo(code, codes == code);
+    return {std::move(stroke), asMarkers(own), strokeType};
+}
+
+Request loopRequest(const cv::Mat& codes) {
+    return {hullOf(codes == SEGCORE_MARK_CANDIDATE), asMarkers(codes), SEGCORE_LOOP_ADD};
+}
+
+}  // namespace
+
+cv::Mat readPaintedMarks(const std::string& path, cv::Size photo) {
+    cv::Mat image = readImageUnchanged(path);
+    if (image.size() != photo) {
+        throw UserError(path + " is " + std::to_string(image.cols) + " x " +
+                        std::to_string(image.rows) +
+                        " pixels; paint the marks at the size of the " + "photograph, " +
+                        std::to_string(photo.width) + " x " + std::to_string(photo.height));
+    }
+    if (image.depth() != CV_8U) {
+        throw UserError(path + " does not have 8 bits a channel; save it as an 8-bit image");
+    }
+    cv::Mat codes;
+    if (image.channels() < 3) {
+        cv::extractChannel(image, codes, 0);
+        requireCodes(codes, path);
+    } else if (image.channels() == 3 && isColourless(image)) {
+        cv::extractChannel(image, codes, 0);
+        requireCodes(codes, path);
+    } else {
+        if (image.channels() == 3) {
+            cv::cvtColor(image, image, cv::COLOR_BGR2BGRA);
+        }
+        codes = codesOfColours(image);
+    }
+    if (cv::countNonZero(codes) == 0) {
+        throw UserError(path +
+                        " holds no mark; paint object green (0,255,0), background red "
+                        "(255,0,0) or candidates blue (0,0,255)");
+    }
+    return codes;
+}
+
+Request firstPaintedRequest(const cv::Mat& painted) {
+    cv::Mat codes = painted.clone();
+    const bool hasBackground = cv::countNonZero(codes == SEGCORE_MARK_BACKGROUND) > 0;
+    const bool hasCandidates = cv::countNonZero(codes == SEGCORE_MARK_CANDIDATE) > 0;
+    if (!hasBackground && !hasCandidates) {
+        return brushRequest(codes, SEGCORE_MARK_OBJECT,
+                            onePointInEachPiece(codes == SEGCORE_MARK_OBJECT));
+    }
+    if (!hasCandidates) {
+        codes.setTo(SEGCORE_MARK_CANDIDATE, codes == SEGCORE_MARK_NONE);
+    }
+    return loopRequest(codes);
+}
+
+std::optional<Request> paintedRequest(const cv::Mat& codes, int code, const cv::Mat& result) {
+    if (code == SEGCORE_MARK_CANDIDATE) {
+        if (cv::countNonZero(codes == code) == 0) {
+            return std::nullopt;
+        }
+        return loopRequest(codes);
+    }
+    const int wrong = code == SEGCORE_MARK_OBJECT ? 0 : 255;
+    const cv::Mat disagreeing = (codes == code) & (result == wrong);
+    if (cv::countNonZero(disagreeing) == 0) {
+        return std::nullopt;
+    }
+    return brushRequest(codes, code, onePointInEachPiece(disagreeing));
+}

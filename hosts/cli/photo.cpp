@@ -1,0 +1,89 @@
+#include "photo.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "errors.h"
+#include "interface/segmentation_core.h"
+
+namespace {
+
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
+              "the bytes of a pixel word are taken for blue, green, red, alpha");
+
+// The decoders' own libraries print about damaged files; the program says it in one line itself.
+class QuietStandardError {
+  public:
+    QuietStandardError() : m_saved(dup(STDERR_FILENO)) {
+        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+        if (m_saved >= 0 && nowhere >= 0) {
+            dup2(nowhere, STDERR_FILENO);
+        }
+        close(nowhere);
+    }
+    ~QuietStandardError() {
+        if (m_saved >= 0) {
+            dup2(m_saved, STDERR_FILENO);
+            close(m_saved);
+        }
+    }
+    QuietStandardError(const QuietStandardError&) = delete;
+    QuietStandardError& operator=(const QuietStandardError&) = delete;
+
+  private:
+    int m_saved;
+};
+
+cv::Mat decode(const std::string& path, int mode) {
+    const Bytes bytes = readAll(path);
+    cv::Mat image;
+    try {
+        const QuietStandardError quiet;
+        if (!bytes.empty()) {
+            image = cv::imdecode(bytes, mode);
+        }
+    } catch (const cv::Exception&) {
+        image.release();
+    }
+    if (image.empty()) {
+        throw UserError((path == kStandardStream ? "standard input" : path) +
+                        " is not an image that can be decoded; give a PNG, JPEG or BMP file");
+    }
+    return image;
+}
+
+}  // namespace
+
+Photo readPhoto(const std::string& path) {
+    const cv::Mat image = decode(path, cv::IMREAD_COLOR);
+    if (image.total() > SEGCORE_MAX_PIXELS) {
+        throw UserError(path + " has more than " + std::to_string(SEGCORE_MAX_PIXELS) +
+                        " pixels; reduce it first");
+    }
+    Photo photo;
+    photo.width = image.cols;
+    photo.height = image.rows;
+    photo.words.resize(image.total());
+    cv::Mat words = asImage(photo.words, photo.size());
+    cv::cvtColor(image, words, cv::COLOR_BGR2BGRA);
+    return photo;
+}
+
+cv::Mat readImageUnchanged(const std::string& path) {
+    return decode(path, cv::IMREAD_UNCHANGED);
+}
+
+cv::Mat asImage(std::vector<std::uint32_t>& words, cv::Size size) {
+    return {size, CV_8UC4, words.data()};
+}
+
+Bytes encodePng(const cv::Mat& image) {
+    Bytes bytes;
+    if (!cv::imencode(".png", image, bytes)) {
+        throw UserError("the image cannot be encoded as PNG; reduce the photograph");
+    }
+    return bytes;
+}
