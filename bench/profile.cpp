@@ -1,18 +1,19 @@
 // Where the time of one box request goes: each stage in the driver's order, the whole call, and its
 // peak memory. Every figure is the median of several runs.
 //
-//     segcore-bench-profile PHOTO [--megapixels N | --working] [--runs N] [--csv FILE] [--once]
+//     segcore-bench-profile [--photo FILE] [--megapixels N | --working] [--runs N] [--csv FILE]
+//                           [--once]
 //
 // --working reduces the photograph to 320 x 240, where the working image is the photograph itself.
 // --once makes a single doSegmentationBB and nothing else, for counting instructions.
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <map>
 #include <stdexcept>
 
 #include "interface/segmentation_core.h"
+#include "support/arguments.h"
 #include "support/marks.h"
 #include "support/measurements.h"
 #include "support/process_memory.h"
@@ -22,47 +23,15 @@ namespace {
 
 struct Options {
     std::string photo;
-    double megapixels = 0.0;
-    bool working = false;
-    bool once = false;
-    int runs = 5;
+    double megapixels;
+    bool working;
+    bool once;
+    int runs;
     std::string csv;
 };
 
-Options parse(int count, char** arguments) {
-    Options options;
-    for (int i = 1; i < count; ++i) {
-        const std::string argument = arguments[i];
-        const auto value = [&] {
-            if (i + 1 == count) {
-                throw std::runtime_error(argument + " needs a value");
-            }
-            return arguments[++i];
-        };
-        if (argument == "--megapixels") {
-            options.megapixels = std::atof(value());
-        } else if (argument == "--working") {
-            options.working = true;
-        } else if (argument == "--once") {
-            options.once = true;
-        } else if (argument == "--runs") {
-            options.runs = std::max(1, std::atoi(value()));
-        } else if (argument == "--csv") {
-            options.csv = value();
-        } else {
-            options.photo = argument;
-        }
-    }
-    if (options.photo.empty()) {
-        throw std::runtime_error(
-            "usage: segcore-bench-profile PHOTO [--megapixels N | --working] [--runs N] "
-            "[--csv FILE] [--once]");
-    }
-    return options;
-}
-
 Photograph photographOf(const Options& options) {
-    Photograph photo = loadPhotograph(options.photo);
+    const Photograph photo = loadPhotograph(options.photo);
     if (options.working) {
         return resized(photo, 320, 240);
     }
@@ -153,9 +122,18 @@ void profile(const Options& options) {
 
 }  // namespace
 
-int main(int count, char** arguments) {
+int main(int count, char** list) {
     try {
-        profile(parse(count, arguments));
+        Arguments arguments(count, list);
+        Options options;
+        options.photo = arguments.text("--photo", SEGCORE_BENCH_PHOTO);
+        options.megapixels = arguments.number("--megapixels", 0.0);
+        options.working = arguments.flag("--working");
+        options.once = arguments.flag("--once");
+        options.runs = static_cast<int>(arguments.number("--runs", 5));
+        options.csv = arguments.text("--csv", "");
+        arguments.requireAllTaken();
+        profile(options);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
         return EXIT_FAILURE;
