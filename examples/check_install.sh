@@ -1,14 +1,16 @@
 #!/bin/sh
 # check_install.sh BUILD_DIR: installs a build to a prefix of its own, builds the examples against it
 # by find_package and by pkg-config, and cuts a disc out of a picture with each of them.
-#   CC, CXX    compilers, SANITIZE   sanitizers that the build was made with, if any
+#   CC, CXX    compilers
+#   SANITIZE   sanitizers that the build was made with, if any
+#   CLI        ON: the command line has to be there, too, and to replay the sample sessions
 set -eu
 build=$1
 here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
-: "${CC:=cc}" "${CXX:=c++}"
+: "${CC:=cc}" "${CXX:=c++}" "${CLI:=OFF}"
 flags="-Wall -Wextra -Werror ${SANITIZE:+-fsanitize=$SANITIZE}"
 # Leaks are looked for in the library's own tests; the examples leave their buffers to the system.
 export ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}detect_leaks=0"
@@ -54,6 +56,10 @@ done
 "$work/examples/cut_box_cpp" "$work/disc.ppm" 14 6 66 54 "$work/cutout.png"
 [ -s "$work/cutout.png" ]
 
-if [ -x "$prefix/bin/segcore" ]; then
-    "$prefix/bin/segcore" --version
+if [ "$CLI" = ON ]; then
+    for session in "$here"/../samples/*.json; do
+        "$prefix/bin/segcore" replay "$session" --mask "$work/mask.png"
+        [ -s "$work/mask.png" ]
+        rm "$work/mask.png"
+    done
 fi

@@ -4,4 +4,5 @@ add_test(NAME examples.readme_quotes_them
 add_test(NAME examples.built_against_the_installed_library
   COMMAND "${CMAKE_CURRENT_LIST_DIR}/check_install.sh" "${PROJECT_BINARY_DIR}")
 set_tests_properties(examples.built_against_the_installed_library PROPERTIES
-  ENVIRONMENT "CC=${CMAKE_C_COMPILER};CXX=${CMAKE_CXX_COMPILER};SANITIZE=${SEGCORE_SANITIZE}")
+  ENVIRONMENT "CC=${CMAKE_C_COMPILER};CXX=${CMAKE_CXX_COMPILER};\
+SANITIZE=${SEGCORE_SANITIZE};CLI=${SEGCORE_CLI}")

@@ -10,6 +10,7 @@ cmake --build --preset release --target segcore
 
 out=demo-output
 mkdir -p "$out"
-build/release/hosts/cli/segcore cut samples/coffee.png --box 70,20,490,395 \
+build/release/hosts/cli/segcore cut samples/coffee.png --box 70,14,486,390 \
     --mask "$out/mask.png" --cutout "$out/cutout.png" --preview "$out/preview.png" --stats
-ls -l "$out"
+echo
+echo "The cup, cut out of samples/coffee.png: $out/mask.png, $out/cutout.png, $out/preview.png"

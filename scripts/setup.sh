@@ -8,7 +8,7 @@ packages="build-essential cmake ninja-build pkg-config git clang-format
     libcli11-dev nlohmann-json3-dev libgtest-dev"
 case "${1-}" in
     '') ;;
-    --dev) packages="$packages clang clang-tidy libbenchmark-dev valgrind" ;;
+    --dev) packages="$packages clang clang-tidy libbenchmark-dev libboost-dev valgrind" ;;
     *) echo "usage: $0 [--dev]" >&2; exit 2 ;;
 esac
 
