@@ -4,7 +4,11 @@
 // mask on display or null.
 #include <opencv2/imgproc/imgproc_c.h>
 
+#include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <opencv2/imgproc.hpp>
+#include <vector>
 
 #include "engine/hybrid.h"
 #include "history/marker.h"
@@ -18,56 +22,125 @@ constexpr double kBandFraction = 0.05;  // width of a brush's band, of the photo
 constexpr int kStrokeThickness = 3;
 constexpr int kEightConnected = 8;
 
+// The photograph's row or column that each working row or column takes its nearest-neighbour value
+// from, asked of the imaging library itself by reducing a row of indices.
+std::vector<int> sampledPositions(int photoSize, int workingSize) {
+    std::vector<int> all(static_cast<std::size_t>(photoSize));
+    std::iota(all.begin(), all.end(), 0);
+    std::vector<int> sampled(static_cast<std::size_t>(workingSize));
+    cv::Mat from(1, photoSize, CV_32SC1, all.data());
+    cv::Mat to(1, workingSize, CV_32SC1, sampled.data());
+    cv::resize(from, to, to.size(), 0, 0, cv::INTER_NEAREST);
+    return sampled;
+}
+
+// The marker image at the positions that the working image samples, all that labels depend on.
+class SampledMarkers {
+  public:
+    SampledMarkers(const IplImage* markers, int width, int height)
+        : m_markers(cv::cvarrToMat(markers)),
+          m_columns(sampledPositions(markers->width, width)),
+          m_rows(sampledPositions(markers->height, height)) {}
+
+    const std::vector<int>& columns() const { return m_columns; }
+    const std::vector<int>& rows() const { return m_rows; }
+
+    cv::Mat values() const {
+        cv::Mat sampled(static_cast<int>(m_rows.size()), static_cast<int>(m_columns.size()),
+                        CV_8UC1);
+        for (std::size_t y = 0; y < m_rows.size(); ++y) {
+            const auto* row = m_markers.ptr<std::uint8_t>(m_rows[y]);
+            auto* out = sampled.ptr<std::uint8_t>(static_cast<int>(y));
+            for (std::size_t x = 0; x < m_columns.size(); ++x) {
+                out[x] = row[m_columns[x]];
+            }
+        }
+        return sampled;
+    }
+
+    // What `radius` dilations by the 3 x 3 square leave there: the maximum of the square window.
+    cv::Mat dilated(int radius) const {
+        const cv::Mat horizontal = rowMaxima(radius);
+        cv::Mat sampled = cv::Mat::zeros(static_cast<int>(m_rows.size()),
+                                         static_cast<int>(m_columns.size()), CV_8UC1);
+        for (int y = 0; y < sampled.rows; ++y) {
+            const int centre = m_rows[static_cast<std::size_t>(y)];
+            const int last = std::min(centre + radius, m_markers.rows - 1);
+            cv::Mat out = sampled.row(y);
+            for (int row = std::max(centre - radius, 0); row <= last; ++row) {
+                cv::max(out, horizontal.row(row), out);
+            }
+        }
+        return sampled;
+    }
+
+  private:
+    // For every photo row, the maximum of the horizontal window at the sampled columns.
+    cv::Mat rowMaxima(int radius) const {
+        cv::Mat maxima =
+            cv::Mat::zeros(m_markers.rows, static_cast<int>(m_columns.size()), CV_8UC1);
+        for (int y = 0; y < m_markers.rows; ++y) {
+            const auto* row = m_markers.ptr<std::uint8_t>(y);
+            const auto marked = [](std::uint8_t value) { return value != 0; };
+            if (std::none_of(row, row + m_markers.cols, marked)) {
+                continue;
+            }
+            auto* out = maxima.ptr<std::uint8_t>(y);
+            for (std::size_t x = 0; x < m_columns.size(); ++x) {
+                const int first = std::max(m_columns[x] - radius, 0);
+                const int last = std::min(m_columns[x] + radius, m_markers.cols - 1);
+                std::uint8_t largest = 0;
+                for (int i = first; i <= last; ++i) {
+                    largest = std::max(largest, row[i]);
+                }
+                out[x] = largest;
+            }
+        }
+        return maxima;
+    }
+
+    cv::Mat m_markers;
+    std::vector<int> m_columns;
+    std::vector<int> m_rows;
+};
+
 // Surrounds a brush stroke with a band of probable object (or background) by dilating the marks.
-void growBrushBand(IplImage* markers, int strokeType) {
+cv::Mat withBrushBand(const SampledMarkers& markers, const cv::Mat& values, int strokeType,
+                      cv::Size photo) {
     const bool adds = stroke::adds(strokeType);
     const std::uint8_t own = adds ? label::kObject : label::kBackground;
     const std::uint8_t band = adds ? label::kProbableObject : label::kProbableBackground;
-    const int width = markers->width;
-    const int height = markers->height;
-    const ImagePtr undilated = cloneImage(markers);
-    const auto iterations = static_cast<int>(
-        std::sqrt(static_cast<double>(width) * static_cast<double>(height)) * kBandFraction);
-    cvDilate(undilated.get(), markers, nullptr, iterations);
-    for (int y = 0; y < height; ++y) {
-        std::uint8_t* row = rowOf(markers, y);
-        const std::uint8_t* before = rowOf(undilated.get(), y);
-        for (int x = 0; x < width; ++x) {
+    const auto radius = static_cast<int>(
+        std::sqrt(static_cast<double>(photo.width) * static_cast<double>(photo.height)) *
+        kBandFraction);
+    cv::Mat banded = markers.dilated(radius);
+    for (int y = 0; y < banded.rows; ++y) {
+        auto* row = banded.ptr<std::uint8_t>(y);
+        const auto* before = values.ptr<std::uint8_t>(y);
+        for (int x = 0; x < banded.cols; ++x) {
             if (row[x] == own && before[x] == 0) {
                 row[x] = band;
             }
         }
     }
+    return banded;
 }
 
-void labelWithoutResult(IplImage* labels) {
-    for (int y = 0; y < labels->height; ++y) {
-        std::uint8_t* row = rowOf(labels, y);
-        for (int x = 0; x < labels->width; ++x) {
-            if (row[x] == 0) {
-                row[x] = label::kBackground;
-            }
-        }
-    }
+// The label of a mark before the first result: everything unmarked is background.
+std::uint8_t labelWithoutResult(std::uint8_t mark) {
+    return mark == 0 ? label::kBackground : mark;
 }
 
-// Unmarked pixels keep what is shown; marks that repeat what is shown become fixed.
-void labelOverResult(IplImage* labels, const IplImage* shown, int strokeType) {
-    const bool adds = stroke::adds(strokeType);
-    const bool known = adds || stroke::removes(strokeType);
-    const std::uint8_t repeated = adds ? 255 : 0;
-    const std::uint8_t fixed = adds ? label::kObject : label::kBackground;
-    for (int y = 0; y < labels->height; ++y) {
-        std::uint8_t* row = rowOf(labels, y);
-        const std::uint8_t* shownRow = rowOf(shown, y);
-        for (int x = 0; x < labels->width; ++x) {
-            if (row[x] == 0) {
-                row[x] = shownRow[x] == 0 ? label::kBackground : label::kObject;
-            } else if (known && shownRow[x] == repeated) {
-                row[x] = fixed;
-            }
-        }
+// The label of a mark over a result: unmarked pixels keep what is shown, and marks that repeat what
+// is shown become fixed.
+std::uint8_t labelOverResult(std::uint8_t mark, std::uint8_t shown, int strokeType) {
+    if (mark == 0) {
+        return shown == 0 ? label::kBackground : label::kObject;
     }
+    if (stroke::adds(strokeType) && shown == 255) {
+        return label::kObject;
+    }
+    return stroke::removes(strokeType) && shown == 0 ? label::kBackground : mark;
 }
 
 }  // namespace
@@ -76,24 +149,34 @@ void VORNSEHybrid::setLabelImage(IplImage* markers) {
     releaseImage(VORNSEMarker::m_labelImage);
     releaseImage(VORNSEMarker::m_prevResult);
     const int strokeType = VORNSEMarker::currentStroke.m_strokeType;
-    if (stroke::isBrush(strokeType)) {
-        growBrushBand(markers, strokeType);
-    }
-    ImagePtr labels = cloneImage(markers);
-    VORNSEMarker::m_prevResult = VORNSEManageUndoRedo::prevMask();
-    if (VORNSEMarker::m_prevResult == nullptr) {
-        labelWithoutResult(labels.get());
-    } else {
-        labelOverResult(labels.get(), VORNSEMarker::m_prevResult, strokeType);
-    }
-    if (g_imageResizeFactor == 1.0F) {
-        VORNSEMarker::m_labelImage = labels.release();
-    } else {
+    const bool reduced = g_imageResizeFactor != 1.0F;
+    if (reduced) {
         checkImageSize(m_width, m_height, "setLabelImage", 223);
-        ImagePtr reduced = createImage(m_width, m_height, 1);
-        cvResize(labels.get(), reduced.get(), CV_INTER_NN);
-        VORNSEMarker::m_labelImage = reduced.release();
     }
+    const SampledMarkers sampled(markers, reduced ? m_width : markers->width,
+                                 reduced ? m_height : markers->height);
+    cv::Mat marks = sampled.values();
+    if (stroke::isBrush(strokeType)) {
+        marks =
+            withBrushBand(sampled, marks, strokeType, cv::Size(markers->width, markers->height));
+    }
+    VORNSEMarker::m_prevResult = VORNSEManageUndoRedo::prevMask();
+    const IplImage* shown = VORNSEMarker::m_prevResult;
+    ImagePtr labels = createImage(marks.cols, marks.rows, 1);
+    for (int y = 0; y < marks.rows; ++y) {
+        const auto* row = marks.ptr<std::uint8_t>(y);
+        std::uint8_t* out = rowOf(labels.get(), y);
+        const std::uint8_t* shownRow =
+            shown != nullptr ? rowOf(shown, sampled.rows()[static_cast<std::size_t>(y)]) : nullptr;
+        for (int x = 0; x < marks.cols; ++x) {
+            out[x] = shownRow == nullptr
+                         ? labelWithoutResult(row[x])
+                         : labelOverResult(row[x],
+                                           shownRow[sampled.columns()[static_cast<std::size_t>(x)]],
+                                           strokeType);
+        }
+    }
+    VORNSEMarker::m_labelImage = labels.release();
     addUnknownRegion();
 }
 

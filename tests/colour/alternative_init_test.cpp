@@ -13,6 +13,10 @@
 #include "support/image.h"
 #include "support/log_capture.h"
 
+static bool operator==(pixelVal a, pixelVal b) {
+    return a.ch0 == b.ch0 && a.ch1 == b.ch1 && a.ch2 == b.ch2;
+}
+
 namespace {
 
 class AlternativeInit : public testing::Test {
@@ -20,20 +24,17 @@ class AlternativeInit : public testing::Test {
     void SetUp() override { VORNSEMarker::m_noiseLevel = 0.1; }
 };
 
-bool operator==(pixelVal a, pixelVal b) {
-    return a.ch0 == b.ch0 && a.ch1 == b.ch1 && a.ch2 == b.ch2;
-}
-
 bool sameBytes(const VORNSEColorModel& a, const VORNSEColorModel& b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-Samples threeClouds(unsigned seed) {
+// Five overlapping clouds, for as many components.
+Samples clouds(unsigned seed) {
     std::mt19937 random(seed);
-    std::normal_distribution<double> spread(0.0, 12.0);
+    std::normal_distribution<double> spread(0.0, 15.0);
     Samples samples;
-    for (int i = 0; i < 600; ++i) {
-        const double centre = 60.0 * (1 + i % 3);
+    for (int i = 0; i < 1000; ++i) {
+        const double centre = 40.0 * (1 + i % kComponents);
         samples.push_back({centre + spread(random), 200.0 - centre + 2.0 * spread(random),
                            90.0 + spread(random)});
     }
@@ -48,13 +49,9 @@ double logLikelihood(const VORNSEColorModel& model, const Samples& samples) {
     return sum;
 }
 
-// Means spread along the channels, unit weights' share and wide covariances.
-VORNSEColorModel roughModel() {
+VORNSEColorModel clusteredModel(const Samples& samples) {
     VORNSEColorModel model;
-    for (int k = 0; k < kComponents; ++k) {
-        setComponent(model, k, 0.2, 40.0 + 35.0 * k, 900.0);
-    }
-    model.setDeterminant();
+    initModelWithKmeansVORN(samples, model);
     model.setInverseCovariance();
     return model;
 }
@@ -63,8 +60,8 @@ VORNSEColorModel roughModel() {
 
 TEST_F(AlternativeInit, EmNeverLowersTheLikelihood) {
     for (unsigned seed = 1; seed <= 3; ++seed) {
-        const Samples samples = threeClouds(seed);
-        VORNSEColorModel model = roughModel();
+        const Samples samples = clouds(seed);
+        VORNSEColorModel model = clusteredModel(samples);
         double before = logLikelihood(model, samples);
         const double start = before;
         for (int pass = 0; pass < 40; ++pass) {
@@ -73,8 +70,8 @@ TEST_F(AlternativeInit, EmNeverLowersTheLikelihood) {
             EXPECT_GE(after, before - 1e-9 * std::fabs(before)) << seed << ' ' << pass;
             before = after;
         }
-        EXPECT_GT(before, start + 100.0);
-        VORNSEColorModel atOnce = roughModel();
+        EXPECT_GT(before, start + 10.0);
+        VORNSEColorModel atOnce = clusteredModel(samples);
         atOnce.EM(samples, 40);
         EXPECT_TRUE(sameBytes(atOnce, model));
     }
@@ -108,7 +105,7 @@ TEST_F(AlternativeInit, EmWithoutPassesOnlyPreparesTheModel) {
     VORNSEColorModel model;
     setComponent(model, 1, 1.0, 50.0, 4.0);
     VORNSEColorModel expected = model;
-    model.EM(threeClouds(1), 0);
+    model.EM(clouds(1), 0);
     expected.setDeterminant();
     expected.setInverseCovariance();
     EXPECT_TRUE(sameBytes(model, expected));
@@ -239,12 +236,13 @@ TEST_F(AlternativeInit, UnlabelledPixelsAreSharedOutByTheirLikelihood) {
 TEST_F(AlternativeInit, ThirdInitialisationNeedsLabelsThatFit) {
     const ImagePtr image = createImage(4, 4, 3);
     const ImagePtr labels = createImage(4, 3, 1);
-    VORNSEColorModel first = roughModel();
+    VORNSEColorModel first = clusteredModel(clouds(1));
     VORNSEColorModel second = first;
+    const VORNSEColorModel before = first;
     clearLog();
     initThirdInitalization(image.get(), nullptr, first, second);
     EXPECT_TRUE(takeErrors().empty());
     initThirdInitalization(image.get(), labels.get(), first, second);
     EXPECT_EQ(takeErrors().size(), 1U);
-    EXPECT_TRUE(sameBytes(first, roughModel()) && sameBytes(second, first));
+    EXPECT_TRUE(sameBytes(first, before) && sameBytes(second, before));
 }

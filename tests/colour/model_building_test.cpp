@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <numeric>
+#include <opencv2/core.hpp>
+
 #include "colour/model_init.h"
 #include "colour/model_update.h"
 #include "colour/plain_k_means.h"
@@ -8,40 +11,30 @@
 
 namespace {
 
-// Expects the model to hold the plain estimate of every labelled component and `before` elsewhere.
+// Expects the plain two-pass estimate in every labelled component and `before` in the others.
 void expectEstimate(const VORNSEColorModel& model, const VORNSEColorModel& before,
                     const Samples& samples, const std::vector<int>& labels) {
     for (int k = 0; k < kComponents; ++k) {
-        double count = 0.0;
-        double mean[3] = {};
-        double covariance[9] = {};
-        const auto forEach = [&](auto visit) {
-            for (std::size_t s = 0; s < samples.size(); ++s) {
-                if (labels[s] == k) {
-                    const double x[3] = {samples[s].ch0, samples[s].ch1, samples[s].ch2};
-                    visit(x);
-                }
+        std::vector<cv::Vec3d> members;
+        for (std::size_t s = 0; s < samples.size(); ++s) {
+            if (labels[s] == k) {
+                members.emplace_back(samples[s].ch0, samples[s].ch1, samples[s].ch2);
             }
-        };
-        forEach([&](const double* x) {
-            ++count;
-            std::transform(x, x + 3, mean, mean, std::plus<>());
-        });
-        std::transform(mean, mean + 3, mean, [count](double sum) { return sum / count; });
-        forEach([&](const double* x) {
-            for (int p = 0; p < 9; ++p) {
-                covariance[p] += (x[p / 3] - mean[p / 3]) * (x[p % 3] - mean[p % 3]) / count;
-            }
-        });
-        const bool absent = count == 0.0;
-        EXPECT_EQ(model.m_weight[k],
-                  absent ? before.m_weight[k] : count / static_cast<double>(samples.size()));
-        for (int p = 0; p < 9; ++p) {
-            EXPECT_NEAR(model.m_mean[k][p / 3], absent ? before.m_mean[k][p / 3] : mean[p / 3],
-                        1e-9);
-            EXPECT_NEAR(model.m_covariance[k][p],
-                        absent ? before.m_covariance[k][p] : covariance[p], 1e-8);
         }
+        double weight = before.m_weight[k];
+        cv::Vec3d mean(before.m_mean[k]);
+        cv::Matx33d covariance(before.m_covariance[k]);
+        if (const auto count = static_cast<double>(members.size()); count > 0.0) {
+            weight = count / static_cast<double>(samples.size());
+            mean = std::accumulate(members.begin(), members.end(), cv::Vec3d()) / count;
+            covariance = cv::Matx33d::zeros();
+            for (const cv::Vec3d& x : members) {
+                covariance += (x - mean) * (x - mean).t() * (1.0 / count);
+            }
+        }
+        EXPECT_EQ(model.m_weight[k], weight);
+        EXPECT_LT(cv::norm(cv::Vec3d(model.m_mean[k]) - mean), 1e-9);
+        EXPECT_LT(cv::norm(cv::Matx33d(model.m_covariance[k]) - covariance), 1e-8);
         VORNSEColorModel again = model;
         again.setDeterminant();
         EXPECT_EQ(model.m_determinant[k], again.m_determinant[k]);

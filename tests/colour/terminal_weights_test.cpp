@@ -59,8 +59,8 @@ class TerminalWeights : public testing::Test {
                 static_cast<float>(-std::log(first.GMMProb(sample)))};
     }
 
-    cv::Mat image{kHeight, kWidth, CV_8UC3};
-    cv::Mat labels{kHeight, kWidth, CV_8UC1};
+    cv::Mat image = cv::Mat(kHeight, kWidth, CV_8UC3);
+    cv::Mat labels = cv::Mat(kHeight, kWidth, CV_8UC1);
     VORNSEColorModel first;
     VORNSEColorModel second;
     VORNSEGraph graph{kNodes, 8 * kNodes, kWidth, kHeight, 0};

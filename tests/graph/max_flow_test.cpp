@@ -133,14 +133,22 @@ class Adoption : public MaxFlow, public testing::WithParamInterface<int> {
 TEST_F(MaxFlow, CutsAsCheaplyAsATextbookSolver) {
     std::mt19937 random(1);
     for (int round = 0; round < 500; ++round) {
-        // Whole capacities from mostly empty and tied to widely spread, then fractions.
+        // Whole capacities from mostly empty and tied to widely spread, then fractions; some rounds
+        // with infinite terminals in two corners, which bind like very large ones.
         const unsigned range = 2 + static_cast<unsigned>(round) % 10;
         const bool whole = range < 11;
         Grid grid = randomGrid(random, 6, [&] {
             return whole ? static_cast<float>(random() % range)
                          : static_cast<float>(random()) * 1e-9F;
         });
-        const auto graph = grid.build();
+        Grid infinite = grid;
+        if (round % 4 == 0 && grid.size() > 1) {
+            grid.source.front() = grid.sink.back() = 1e6F;
+            grid.sink.front() = grid.source.back() = 0.0F;
+            infinite = grid;
+            infinite.source.front() = infinite.sink.back() = kInfinity;
+        }
+        const auto graph = infinite.build();
         const double expected = plainMaxFlow(grid);
         const double tolerance = whole ? 0.0 : 1e-4;
         ASSERT_NEAR(static_cast<double>(graph->maxFlow()), expected, tolerance) << round;
@@ -148,24 +156,6 @@ TEST_F(MaxFlow, CutsAsCheaplyAsATextbookSolver) {
         for (const nodes* node = graph->m_nodes; node < graph->m_nodeLast; ++node) {
             ASSERT_TRUE(node->nextActive == nullptr && node->nextOrphan == nullptr) << round;
         }
-    }
-}
-
-TEST_F(MaxFlow, InfiniteTerminalsActAsHardConstraints) {
-    std::mt19937 random(3);
-    for (int round = 0; round < 100; ++round) {
-        Grid grid = randomGrid(random, 6, [&] { return static_cast<float>(random() % 6); });
-        if (grid.size() < 2) {
-            continue;
-        }
-        grid.source.front() = grid.sink.back() = 1e6F;
-        grid.sink.front() = grid.source.back() = 0.0F;
-        const double expected = plainMaxFlow(grid);
-        Grid infinite = grid;
-        infinite.source.front() = infinite.sink.back() = kInfinity;
-        const auto graph = infinite.build();
-        ASSERT_EQ(static_cast<double>(graph->maxFlow()), expected) << round;
-        ASSERT_EQ(grid.cutWeight(*graph), expected) << round;
     }
 }
 
@@ -227,24 +217,6 @@ TEST_F(MaxFlow, OrphansAreQueuedFromTheMeetingPointToTheRootsSinkSideFirst) {
         EXPECT_EQ(orphan->nextOrphan, nullptr);
     }
     EXPECT_EQ(graph->GetTopOrphanQueueNode(), nullptr);
-}
-
-TEST_F(MaxFlow, BlockInitialisationTouchesItsOwnNodesOnly) {
-    Grid grid(5, 3);
-    grid.source.assign(15, 1.0F);
-    grid.sink[14] = 2.0F;
-    const auto graph = grid.build();
-    alignas(VORNSEGraph) unsigned char room[sizeof(VORNSEGraph)];
-    auto* view = new (room) VORNSEGraph(graph.get(), 1, 1, 3, 2);  // columns 3.., rows 2..
-    view->InitBlock();
-    EXPECT_EQ(view->m_flow, 0.0F);
-    EXPECT_EQ(view->GetTopActiveQueueNode(), graph->m_nodes + 13);
-    EXPECT_EQ(view->GetTopActiveQueueNode(), graph->m_nodes + 14);
-    EXPECT_EQ(view->GetTopActiveQueueNode(), nullptr);
-    std::vector<int> labels(15, tree::kFree);
-    labels[13] = tree::kSource;
-    labels[14] = tree::kSink;
-    EXPECT_EQ(labelsOf(*graph), labels);
 }
 
 TEST_P(Adoption, TheEarliestOfEqualParentsInScanOrderWins) {
