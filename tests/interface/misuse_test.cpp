@@ -1,0 +1,149 @@
+// Calls that cannot be carried out: one error line each besides the size checks' own, and the
+// context as it was.
+#include <gtest/gtest.h>
+
+#include "interface/context_snapshot.h"
+#include "support/host_session.h"
+#include "support/log_capture.h"
+
+namespace {
+
+LogLine sizeCheck(const char* function, int line) {
+    return {6, "Error", "MEMORY_CRASH : " + std::string(function) + ' ' + std::to_string(line)};
+}
+
+template <typename Call>
+void expectRefused(const std::string& name, Call call, const Log& sizeChecks = {}) {
+    SCOPED_TRACE(name);
+    const ContextSnapshot before;
+    clearLog();
+    call();
+    Log errors = takeErrors();
+    EXPECT_EQ(errors.size(), sizeChecks.size() + 1) << testing::PrintToString(errors);
+    if (!errors.empty()) {
+        EXPECT_EQ(errors.back().text.rfind(name + ": ", 0), 0U) << errors.back().text;
+        errors.pop_back();
+        EXPECT_EQ(errors, sizeChecks);
+    }
+    EXPECT_TRUE(ContextSnapshot() == before);
+}
+
+class Misuse : public testing::Test {
+  protected:
+    ~Misuse() override {
+        deinitSegmentation();
+        freeLocalBuffers();
+        clearLog();
+    }
+    std::uint32_t* words() { return m_words.data(); }
+    std::uint8_t* bytes() { return m_bytes.data(); }
+    int* markers() { return m_markers.data(); }
+
+    std::vector<std::uint32_t> m_words = std::vector<std::uint32_t>(160 * 120, 5);
+    std::vector<std::uint8_t> m_bytes = std::vector<std::uint8_t>(160 * 120, 7);
+    std::vector<int> m_markers = std::vector<int>(160 * 120, SEGCORE_MARK_CANDIDATE);
+};
+
+TEST_F(Misuse, BeforeThePhotograph) {
+    for (const bool afterTeardown : {false, true}) {
+        deinitSegmentation();
+        // A teardown leaves the size behind.
+        VORNSEMarker::m_originalWidth = afterTeardown ? 160 : 0;
+        VORNSEMarker::m_originalHeight = afterTeardown ? 120 : 0;
+        const Log editCheck = afterTeardown ? Log{} : Log{sizeCheck("cutOutImage", 197)};
+        expectRefused("initSegmentationEngine", [] { EXPECT_EQ(initSegmentationEngine(0), 0); });
+        expectRefused("copySourceImage", [this] { copySourceImage(words()); });
+        expectRefused("setCurrentMarkerVector", [this] { setCurrentMarkerVector(4, markers()); });
+        expectRefused("setMarkerImage", [this] { setMarkerImage(160, 120, markers(), 0); });
+        expectRefused("processSegment",
+                      [this] { EXPECT_EQ(processSegment(0, 0, 0, words(), bytes()), 0); });
+        expectRefused(
+            "cutOutImage", [this] { cutOutImage(0, 0, 0, words(), bytes()); }, editCheck);
+        expectRefused("undo", [this] { undo(words(), bytes()); });
+        expectRefused("redo", [this] { redo(words(), bytes()); });
+        EXPECT_FALSE(canUndo() || canRedo());
+    }
+    EXPECT_EQ(m_words, std::vector<std::uint32_t>(m_words.size(), 5));
+    EXPECT_EQ(m_bytes, std::vector<std::uint8_t>(m_bytes.size(), 7));
+}
+
+TEST_F(Misuse, BeforeTheEngine) {
+    setSourceImage(160, 120, discScene().pixels.data());
+    setMarkerImage(160, 120, markers(), SEGCORE_LOOP_ADD);
+    expectRefused("processSegment", [this] { processSegment(0, 0, 0, words(), bytes()); });
+    initSegmentationEngine(0);
+    // A photograph of another size leaves the engine and its marks behind.
+    setMarkerImage(160, 120, markers(), SEGCORE_LOOP_ADD);
+    setSourceImage(80, 100, words());
+    expectRefused("processSegment", [this] { processSegment(0, 0, 0, words(), bytes()); });
+    setMarkerImage(80, 100, markers(), SEGCORE_LOOP_ADD);
+    expectRefused("processSegment", [this] { processSegment(0, 0, 0, words(), bytes()); });
+    EXPECT_EQ(m_bytes, std::vector<std::uint8_t>(m_bytes.size(), 7));
+}
+
+TEST_F(Misuse, DuringAnEdit) {
+    HostSession session(discScene());
+    session.box(40, 25, 120, 95);
+    session.brush({80, 60, 90, 60}, 5, SEGCORE_BRUSH_ADD);
+    session.undo();
+    session.redo();
+    const std::vector<std::uint32_t> photo = session.photo;
+
+    expectRefused("setSourceImage", [&] { setSourceImage(0, 5, photo.data()); },
+                  {sizeCheck("setSourceImage", 115)});
+    expectRefused("setSourceImage", [&] { setSourceImage(9, -1, photo.data()); },
+                  {sizeCheck("setSourceImage", 115)});
+    expectRefused("setSourceImage", [&] { setSourceImage(1 << 16, 1 << 16, photo.data()); });
+    expectRefused("setSourceImage", [&] { setSourceImage(160, 120, nullptr); });
+    expectRefused("setMarkerImage", [&] { setMarkerImage(0, 0, markers(), 0); },
+                  {sizeCheck("setMarkerImage", 164), sizeCheck("setMarkerImage", 173)});
+    expectRefused("setMarkerImage", [&] { setMarkerImage(160, 120, nullptr, 0); });
+    expectRefused("setMarkerImage", [&] { setMarkerImage(120, 160, markers(), 0); });
+    expectRefused("setMarkerImage", [&] { setMarkerImage(1 << 30, 1 << 30, markers(), 0); });
+    expectRefused("setCurrentMarkerVector", [] { setCurrentMarkerVector(2, nullptr); });
+    std::vector<int> outside{-1, 500, 7, 7};
+    expectRefused("setCurrentMarkerVector", [&] { setCurrentMarkerVector(4, outside.data()); });
+    expectRefused("copySourceImage", [] { copySourceImage(nullptr); });
+    expectRefused("processSegment", [this] { processSegment(0, 0, 0, nullptr, bytes()); });
+    setMarkerImage(160, 120, markers(), 0);
+    expectRefused("processSegment", [this] { processSegment(0, 0, 0, words(), nullptr); });
+    expectRefused("cutOutImage", [this] { cutOutImage(0, 0, 0, words(), bytes()); });
+    expectRefused("undo", [this] { undo(nullptr, bytes()); });
+    expectRefused("undo", [this] { undo(words(), nullptr); });
+    expectRefused("redo", [this] { redo(nullptr, bytes()); });
+    expectRefused("redo", [this] { redo(words(), nullptr); });
+    expectRefused("loadMaskImageInfo", [this] { loadMaskImageInfo(bytes()); });
+    expectRefused("loadBlendedImageInfo", [this] { loadBlendedImageInfo(words()); });
+    int count = 0;
+    int* array = nullptr;
+    expectRefused("fetch_path_array", [&] { fetch_path_array(nullptr, &count); });
+    expectRefused("fetch_path_array", [&] { fetch_path_array(&array, nullptr); });
+    release_path_array(nullptr);
+    const auto box = [&](int width, int height, const std::uint32_t* pixels, std::uint8_t* mask) {
+        return [=] { EXPECT_EQ(doSegmentationBB(width, height, pixels, 1, 1, 50, 50, mask), 0); };
+    };
+    expectRefused("doSegmentationBB", box(0, 9, words(), bytes()),
+                  {sizeCheck("setSourceImage", 115)});
+    expectRefused("doSegmentationBB", box(1 << 20, 1 << 20, words(), bytes()));
+    expectRefused("doSegmentationBB", box(160, 120, nullptr, bytes()));
+    expectRefused("doSegmentationBB", box(160, 120, words(), nullptr));
+    EXPECT_EQ(m_words, std::vector<std::uint32_t>(m_words.size(), 5));
+    EXPECT_EQ(m_bytes, std::vector<std::uint8_t>(m_bytes.size(), 7));
+}
+
+TEST_F(Misuse, PhotographTooNarrowForAWorkingImage) {
+    // Reduced to the working area, the line would be less than a pixel wide.
+    HostSession session(discScene());
+    session.box(40, 25, 120, 95);
+    const std::vector<std::uint32_t> line(100000, 3);
+    std::vector<std::uint8_t> mask(line.size(), 7);
+    expectRefused("doSegmentationBB",
+                  [&] { doSegmentationBB(1, 100000, line.data(), 0, 0, 0, 9, mask.data()); },
+                  {sizeCheck("intializer", 103)});
+    EXPECT_EQ(mask, std::vector<std::uint8_t>(mask.size(), 7));
+    setSourceImage(1, 100000, line.data());
+    expectRefused("initSegmentationEngine", [] { initSegmentationEngine(0); },
+                  {sizeCheck("intializer", 103)});
+}
+
+}  // namespace

@@ -1,0 +1,59 @@
+// Stroke and marks on their way in.
+#include <gtest/gtest.h>
+
+#include "interface/engine_state.h"
+#include "interface/segmentation_core.h"
+#include "support/host_session.h"
+#include "support/log_capture.h"
+
+namespace {
+
+const std::vector<int>& storedPoints() {
+    return VORNSEMarker::currentStroke.m_points;
+}
+
+TEST(Request, PointsOutsideMoveToTheBorderInTheHostsArrayToo) {
+    const HostSession session(discScene());
+    std::vector<int> points{-5, 7, session.width + 3, session.height, 159, 119};
+    const std::vector<int> clamped{0, 7, 159, 119, 159, 119};
+    EXPECT_EQ(setCurrentMarkerVector(6, points.data()), 0);
+    EXPECT_EQ(points, clamped);
+    EXPECT_EQ(storedPoints(), clamped);
+    EXPECT_EQ(takeErrors().size(), 1U);
+    EXPECT_EQ(setCurrentMarkerVector(0, points.data()), 0);
+    EXPECT_TRUE(storedPoints().empty());
+}
+
+TEST(Request, OddCountTakesTheYBehindIt) {
+    const HostSession session(discScene());
+    std::vector<int> points{1, 2, 3, 4};
+    setCurrentMarkerVector(3, points.data());
+    EXPECT_EQ(storedPoints(), points);
+}
+
+TEST(Request, MarkerValuesSaturateToBytes) {
+    const std::vector<std::uint32_t> photo(6);
+    setSourceImage(3, 2, photo.data());
+    const std::vector<int> values{300, -1, 4, 255, 256, 0};
+    setMarkerImage(3, 2, values.data(), SEGCORE_BRUSH_REMOVE);
+    setMarkerImage(3, 2, values.data(), SEGCORE_LOOP_REMOVE);  // replaces the pending one
+    EXPECT_EQ(rowOf(g_markerImage, 0)[0], 255);
+    EXPECT_EQ(rowOf(g_markerImage, 0)[1], 0);
+    EXPECT_EQ(rowOf(g_markerImage, 0)[2], 4);
+    EXPECT_EQ(rowOf(g_markerImage, 1)[0], 255);
+    EXPECT_EQ(rowOf(g_markerImage, 1)[1], 255);
+    EXPECT_EQ(VORNSEMarker::currentStroke.m_strokeType, SEGCORE_LOOP_REMOVE);
+    EXPECT_EQ(freeLocalBuffers(), 0);
+    EXPECT_EQ(g_markerImage, nullptr);
+    deinitSegmentation();
+}
+
+TEST(Request, WithoutMarksItDeliversThePhotograph) {
+    HostSession session(discScene());
+    session.blended.assign(session.blended.size(), 0);
+    EXPECT_EQ(processSegment(1, 2, 3, session.blended.data(), nullptr), 0);
+    EXPECT_EQ(session.blended, session.photo);
+    EXPECT_EQ(takeErrors(), Log{});
+}
+
+}  // namespace

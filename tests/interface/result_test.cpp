@@ -1,0 +1,112 @@
+// Results on their way out: mask, painted outline, outline points, and direct edits.
+#include <gtest/gtest.h>
+
+#include "history/undo_redo_history.h"
+#include "interface/engine_state.h"
+#include "interface/segmentation_core.h"
+#include "support/host_session.h"
+#include "support/log_capture.h"
+
+namespace {
+
+constexpr std::uint32_t kYellow = 0xFFFFFF00U;
+
+class ResultTest : public testing::Test {
+  protected:
+    ~ResultTest() override { clearLog(); }
+
+    // Markers that set one rectangle as object.
+    std::vector<int> square(int x0, int y0, int size, int code = SEGCORE_MARK_OBJECT) const {
+        std::vector<int> markers = m_session.noMarkers();
+        for (int y = y0; y < y0 + size; ++y) {
+            for (int x = x0; x < x0 + size; ++x) {
+                markers[at(x, y)] = code;
+            }
+        }
+        return markers;
+    }
+    std::size_t at(int x, int y) const { return static_cast<std::size_t>(y * 160 + x); }
+
+    HostSession m_session{discScene()};
+};
+
+TEST_F(ResultTest, MaskBytesAreInvertedAndOnly255IsObject) {
+    g_resultMask = createImage(4, 1, 1).release();
+    const std::uint8_t bytes[] = {0, 255, 1, 254};
+    std::copy(bytes, bytes + 4, rowOf(g_resultMask, 0));
+    std::vector<std::uint8_t> mask(4);
+    loadMaskImageInfo(mask.data());
+    EXPECT_EQ(mask, (std::vector<std::uint8_t>{255, 0, 255, 255}));
+}
+
+TEST_F(ResultTest, SquareHasAnOutlineOfFourCornersFetchedOnce) {
+    m_session.cutOut(square(20, 30, 10));
+    EXPECT_EQ(m_session.mask[at(20, 30)], 0);
+    EXPECT_EQ(m_session.mask[at(30, 30)], 255);
+    const std::vector<int> outline = m_session.fetchOutline();
+    EXPECT_EQ(outline, (std::vector<int>{1, 4, 20, 30, 20, 39, 29, 39, 29, 30, -1}));
+    EXPECT_EQ(m_session.fetchOutline(), std::vector<int>{0});
+    // Painted along the border, not in the middle and not apart from it.
+    EXPECT_EQ(m_session.blended[at(20, 35)], kYellow);
+    EXPECT_EQ(m_session.blended[at(25, 35)], m_session.photo[at(25, 35)]);
+    EXPECT_EQ(m_session.blended[at(40, 35)], m_session.photo[at(40, 35)]);
+    for (std::size_t i = 0; i < m_session.photo.size(); ++i) {
+        ASSERT_TRUE(m_session.blended[i] == kYellow || m_session.blended[i] == m_session.photo[i]);
+    }
+}
+
+TEST_F(ResultTest, HolesAndSeparateObjectsHaveOutlinesOfTheirOwn) {
+    std::vector<int> markers = square(20, 30, 10);
+    markers[at(25, 35)] = 0;
+    markers[at(100, 100)] = SEGCORE_MARK_OBJECT;
+    m_session.cutOut(markers);
+    const std::vector<int> outline = m_session.fetchOutline();
+    EXPECT_EQ(outline[0], 3);
+    std::size_t points = 0;
+    std::size_t next = 1;
+    for (int contour = 0; contour < outline[0]; ++contour) {
+        const auto count = static_cast<std::size_t>(outline[next]);
+        points += count;
+        next += 2 + 2 * count;
+        EXPECT_EQ(outline[next - 1], -1);
+    }
+    EXPECT_EQ(outline.size(), 2 * (3 + points) + 1);
+}
+
+TEST_F(ResultTest, EmptyMaskHasNoOutline) {
+    m_session.cutOut(square(20, 30, 10));
+    m_session.cutOut(square(0, 0, 60, SEGCORE_MARK_BACKGROUND));
+    EXPECT_EQ(m_session.mask, std::vector<std::uint8_t>(m_session.mask.size(), 255));
+    EXPECT_EQ(m_session.blended, m_session.photo);
+    EXPECT_EQ(contours, nullptr);
+    EXPECT_EQ(m_session.fetchOutline(), std::vector<int>{0});
+}
+
+TEST_F(ResultTest, EditsStartFromTheMaskOnDisplay) {
+    m_session.cutOut(square(20, 30, 10));
+    const std::vector<std::uint8_t> first = m_session.mask;
+    // Other codes change nothing, and the unchanged copy is an entry of its own.
+    m_session.cutOut(square(10, 10, 40, SEGCORE_MARK_CANDIDATE));
+    EXPECT_EQ(m_session.mask, first);
+    EXPECT_EQ(VORNSEManageUndoRedo::m_current, 2);
+    std::vector<int> markers = square(25, 30, 2, SEGCORE_MARK_BACKGROUND);
+    markers[at(50, 50)] = SEGCORE_MARK_OBJECT;
+    m_session.cutOut(markers);
+    std::vector<std::uint8_t> expected = first;
+    expected[at(25, 30)] = expected[at(26, 30)] = expected[at(25, 31)] = expected[at(26, 31)] = 255;
+    expected[at(50, 50)] = 0;
+    EXPECT_EQ(m_session.mask, expected);
+    EXPECT_EQ(g_markerImage, nullptr);
+    EXPECT_EQ(takeErrors(), Log{});
+}
+
+TEST_F(ResultTest, EditsWithoutBuffersAreRecorded) {
+    const std::vector<int> markers = square(20, 30, 10);
+    setMarkerImage(160, 120, markers.data(), SEGCORE_BRUSH_ADD);
+    cutOutImage(0, 0, 0, nullptr, nullptr);
+    EXPECT_EQ(takeErrors(), Log{});
+    m_session.redo();
+    EXPECT_EQ(m_session.mask[at(29, 39)], 0);
+}
+
+}  // namespace
