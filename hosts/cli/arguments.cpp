@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "commands.h"
+#include "engine_log.h"
 #include "snapped_loop.h"
 
 namespace {
@@ -83,6 +84,9 @@ struct CutArguments {
     CutOutputs outputs;
     std::optional<int> radius;    // of the brushes that follow
     std::optional<double> alpha;  // of the snapped loops that follow
+    // Options that no mark has come after yet.
+    bool radiusWaits = false;
+    bool alphaWaits = false;
 };
 
 // Options whose order counts run as they are parsed.
@@ -104,6 +108,8 @@ void declarePointMarks(CLI::App& command, CutArguments& arguments) {
                 step.points = pointsOf(words);
                 step.radius = isBrush(operation) ? arguments.radius : std::nullopt;
                 step.alpha = isSnappedLoop(operation) ? arguments.alpha : std::nullopt;
+                arguments.radiusWaits = arguments.radiusWaits && !isBrush(operation);
+                arguments.alphaWaits = arguments.alphaWaits && !isSnappedLoop(operation);
                 arguments.session.steps.push_back(step);
             },
             description)
@@ -111,8 +117,8 @@ void declarePointMarks(CLI::App& command, CutArguments& arguments) {
     };
     mark(Operation::kLoopAdd, "Loop around what is to be added");
     mark(Operation::kLoopRemove, "Loop around what is to be removed");
-    mark(Operation::kSnapLoopAdd, "The same with corners and sides snapped to edges");
-    mark(Operation::kSnapLoopRemove, "The same with corners and sides snapped to edges");
+    mark(Operation::kSnapLoopAdd, "Like --loop-add, snapped to the edges nearby");
+    mark(Operation::kSnapLoopRemove, "Like --loop-remove, snapped to the edges nearby");
     mark(Operation::kBrushAdd, "Brush path over the object");
     mark(Operation::kBrushRemove, "Brush path over the background");
 }
@@ -131,11 +137,19 @@ void declareMarks(CLI::App& command, CutArguments& arguments) {
         ->option_text("LEFT,TOP,RIGHT,BOTTOM");
     declarePointMarks(command, arguments);
     inOrder<int>(
-        command, "--brush-radius", [&arguments](int radius) { arguments.radius = radius; },
+        command, "--brush-radius",
+        [&arguments](int radius) {
+            arguments.radius = radius;
+            arguments.radiusWaits = true;
+        },
         "Radius in photograph pixels of the brushes that follow [1 % of the mean side]")
         ->option_text("R");
     inOrder<double>(
-        command, "--snap-alpha", [&arguments](double alpha) { arguments.alpha = alpha; },
+        command, "--snap-alpha",
+        [&arguments](double alpha) {
+            arguments.alpha = alpha;
+            arguments.alphaWaits = true;
+        },
         "Share of length, 0 to 1, in the path cost of the snapped loops that follow")
         ->option_text("A");
     inOrder<std::string>(
@@ -168,6 +182,8 @@ void declareMarks(CLI::App& command, CutArguments& arguments) {
 CLI::App& subcommand(CLI::App& app, const char* name, const char* description) {
     CLI::App* command = app.add_subcommand(name, description);
     command->set_version_flag("--version", kVersion);
+    command->add_flag_callback("-v,--verbose", showEngineLog,
+                               "Show the library's log on standard error");
     return *command;
 }
 
@@ -178,7 +194,14 @@ void declareCut(CLI::App& app) {
         ->required();
     declareMarks(command, *arguments);
     declareOutputs(command, arguments->outputs);
-    command.callback([arguments] { runCut(arguments->session, arguments->outputs); });
+    command.callback([arguments] {
+        if (arguments->radiusWaits || arguments->alphaWaits) {
+            throw CLI::ValidationError(
+                arguments->radiusWaits ? "--brush-radius" : "--snap-alpha",
+                "holds for the marks after it and there is none; put it before the mark");
+        }
+        runCut(arguments->session, arguments->outputs);
+    });
 }
 
 void declareReplay(CLI::App& app) {
@@ -216,10 +239,9 @@ void declareSnap(CLI::App& app) {
         ->option_text("X,Y ...");
     command.add_option("--alpha", request->alpha, "Share of length, 0 to 1, in the path's cost")
         ->capture_default_str();
-    command.add_option("--svg", request->svg, "Write the path as SVG to a file or to - only")
+    command.add_option("--svg", request->svg, "Path as SVG; without --svg and --json both go to -")
         ->option_text("FILE");
-    command.add_option("--json", request->json, "Write the path as JSON to a file or to - only")
-        ->option_text("FILE");
+    command.add_option("--json", request->json, "Path as JSON")->option_text("FILE");
     declareStats(command, request->stats);
     command.callback([request, through] {
         request->points = pointsOf(through->first);

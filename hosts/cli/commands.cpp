@@ -121,6 +121,16 @@ void addResults(Session& session, Photo& photo, const CutOutputs& outputs, Outpu
     }
 }
 
+// A folder that is not there yet holds nothing that a step's mask could replace.
+std::vector<std::string> withStepFiles(std::vector<std::string> targets, const std::string& folder,
+                                       std::size_t steps) {
+    OutputFiles::checkFolder(folder);
+    for (std::size_t number = 1; fs::is_directory(folder) && number <= steps; ++number) {
+        targets.push_back((fs::path(folder) / stepFileName(number)).string());
+    }
+    return targets;
+}
+
 std::vector<std::string> inputsOf(const SessionFile& session) {
     std::vector<std::string> inputs{session.photo};
     for (const Step& step : session.steps) {
@@ -141,10 +151,10 @@ void runCut(const SessionFile& file, const CutOutputs& outputs) {
     if (file.steps.empty()) {
         throw UserError("no marks; mark the object, for example by --box left,top,right,bottom");
     }
-    checkTargets(targets, inputsOf(file));
-    if (!outputs.stepFolder.empty()) {
-        OutputFiles::checkFolder(outputs.stepFolder);
-    }
+    checkTargets(outputs.stepFolder.empty()
+                     ? targets
+                     : withStepFiles(targets, outputs.stepFolder, file.steps.size()),
+                 inputsOf(file));
 
     Stats stats;
     Photo photo = stats.measure("read photograph", [&] { return readPhoto(file.photo); });

@@ -10,6 +10,7 @@
 #include <opencv2/core/utils/logger.hpp>
 
 #include "arguments.h"
+#include "engine_log.h"
 #include "errors.h"
 #include "interrupt.h"
 
@@ -59,6 +60,7 @@ int main(int argc, char** argv) {
     // A reader that goes away is an error like any other.
     std::signal(SIGPIPE, SIG_IGN);
     cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
+    keepEngineLog();
     const InterruptWatch watch;
     return run(argc, argv);
 }

@@ -90,6 +90,32 @@ class TemporaryFile {
     bool m_renamed = false;
 };
 
+// A folder made unless it is there; removed again when its files do not come about.
+class NewFolder {
+  public:
+    explicit NewFolder(std::string path) : m_path(std::move(path)) {
+        std::error_code error;
+        m_made = fs::create_directory(m_path, error);
+        if (error) {
+            throw UserError("cannot make the folder " + m_path + ": " + error.message() +
+                            "; choose another place");
+        }
+    }
+    ~NewFolder() {
+        if (m_made) {
+            rmdir(m_path.c_str());
+        }
+    }
+    NewFolder(const NewFolder&) = delete;
+    NewFolder& operator=(const NewFolder&) = delete;
+
+    void keep() { m_made = false; }
+
+  private:
+    std::string m_path;
+    bool m_made = false;
+};
+
 void writeInPlace(const std::string& path, const Bytes& bytes) {
     if (path == kStandardStream) {
         writeAll(STDOUT_FILENO, bytes, "standard output");
@@ -143,13 +169,9 @@ void OutputFiles::addFolder(const std::string& path) {
 }
 
 void OutputFiles::commit() {
+    std::list<NewFolder> folders;  // outlives its files
     for (const std::string& folder : m_folders) {
-        std::error_code error;
-        fs::create_directory(folder, error);
-        if (error) {
-            throw UserError("cannot make the folder " + folder + ": " + error.message() +
-                            "; choose another place");
-        }
+        folders.emplace_back(folder);
     }
     std::list<TemporaryFile> finished;
     for (const File& file : m_files) {
@@ -165,5 +187,8 @@ void OutputFiles::commit() {
     throwIfInterrupted();
     for (TemporaryFile& file : finished) {
         file.rename();
+    }
+    for (NewFolder& folder : folders) {
+        folder.keep();
     }
 }

@@ -4,6 +4,7 @@
 #include <numeric>
 #include <opencv2/imgproc.hpp>
 
+#include "engine_log.h"
 #include "errors.h"
 #include "interface/segmentation_core.h"
 #include "interrupt.h"
@@ -32,6 +33,11 @@ Session::Session(const Photo& photo, Stats& stats)
                     [&] { setSourceImage(m_photo.width, m_photo.height, m_photo.words.data()); });
     m_stats.measure("prepare engine", [] { initSegmentationEngine(0); });
     throwIfInterrupted();
+    const std::string error = takeEngineError();
+    if (!error.empty()) {
+        throw UserError("the photograph cannot be segmented (" + error +
+                        "); reduce the photograph");
+    }
 }
 
 Session::~Session() {
@@ -39,6 +45,8 @@ Session::~Session() {
 }
 
 void Session::apply(const Step& step) {
+    m_stage = "step " + std::to_string(++m_stepsApplied) + ", " + (step.edit ? "edit " : "") +
+              nameOf(step.operation);
     switch (step.operation) {
         case Operation::kUndo:
             stepBack();
@@ -103,9 +111,9 @@ void Session::request(const Request& request, bool edit) {
         coordinates.push_back(point.x);
         coordinates.push_back(point.y);
     }
-    const std::string stage = "step " + std::to_string(m_stepsShown) + (edit ? ", edit" : "");
+    takeEngineError();
     const auto start = std::chrono::steady_clock::now();
-    const bool delivered = m_stats.measure(stage, [&] {
+    const bool delivered = m_stats.measure(m_stage, [&] {
         setCurrentMarkerVector(static_cast<int>(coordinates.size()), coordinates.data());
         setMarkerImage(m_photo.width, m_photo.height, request.markers.ptr<int>(),
                        request.strokeType);
@@ -130,9 +138,8 @@ void Session::failRequest(double seconds) {
             "the segmentation took longer than 10 seconds and was given up; reduce the "
             "photograph or mark a smaller region");
     }
-    throw UserError(
-        "the segmentation failed, its log line says why; reduce the photograph if "
-        "memory ran out");
+    throw UserError("the segmentation failed (" + takeEngineError() +
+                    "); reduce the photograph if memory ran out");
 }
 
 void Session::stepBack() {
@@ -143,7 +150,7 @@ void Session::stepBack() {
     const auto firstUndone = m_requestsOfStep.begin() + static_cast<std::ptrdiff_t>(m_stepsShown);
     const int requestsLeft = std::accumulate(m_requestsOfStep.begin(), firstUndone, 0);
     for (int left = requestsLeft + *firstUndone; left > requestsLeft; --left) {
-        const bool delivered = m_stats.measure("undo", [&] { return deliver(undo); });
+        const bool delivered = m_stats.measure(m_stage, [&] { return deliver(undo); });
         if (!delivered && left > 1) {
             throw UserError(
                 "there is nothing left to undo, the history holds 31 results; undo "
@@ -159,7 +166,7 @@ void Session::stepForward() {
     const int requests = m_requestsOfStep[m_stepsShown];
     ++m_stepsShown;
     for (int i = 0; i < requests; ++i) {
-        m_stats.measure("redo", [&] { return deliver(redo); });
+        m_stats.measure(m_stage, [&] { return deliver(redo); });
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <opencv2/core.hpp>
+#include <string>
 #include <vector>
 
 #include "marks.h"
@@ -51,4 +52,6 @@ class Session {
     bool m_hasResult = false;
     std::vector<int> m_requestsOfStep;  // of every step that can be undone or redone
     std::size_t m_stepsShown = 0;
+    std::size_t m_stepsApplied = 0;  // undo and redo count, too
+    std::string m_stage;             // of the step being applied, in the statistics
 };

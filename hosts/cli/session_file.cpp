@@ -59,7 +59,8 @@ class Fields {
     // Arrays of whole numbers; `width` numbers each.
     std::vector<int> row(const Json& values, std::size_t width, const char* key) const {
         if (!values.is_array() || values.size() != width) {
-            fail(std::string("\"") + key + "\" needs " + std::to_string(width) + " numbers each");
+            fail(std::string("\"") + key + "\" holds something else than " + std::to_string(width) +
+                 " numbers");
         }
         std::vector<int> numbers;
         for (const Json& value : values) {

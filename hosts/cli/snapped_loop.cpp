@@ -7,6 +7,7 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
+#include "engine_log.h"
 #include "errors.h"
 #include "interrupt.h"
 #include "marks.h"
@@ -47,9 +48,8 @@ class EdgeMap {
         const std::vector<int> parents =
             find_parent_info(&image, &labels, start.y, start.x, m_alpha);
         if (parents.empty()) {
-            throw UserError(
-                "the search for edges failed, its log line says why; reduce the "
-                "photograph if memory ran out");
+            throw UserError("the search for edges failed (" + takeEngineError() +
+                            "); reduce the photograph if memory ran out");
         }
         return mappedBack(parents, from, to);
     }

@@ -15,7 +15,7 @@ class Stats {
         return std::forward<Body>(body)();
     }
 
-    // A line a stage: milliseconds, then the peak of resident memory up to its end in megabytes.
+    // A line a stage: milliseconds, then the peak of resident memory while it ran in megabytes.
     std::string text() const;
     std::string json() const;
 
@@ -27,8 +27,7 @@ class Stats {
     };
     class Stage {
       public:
-        Stage(Stats& stats, std::string name)
-            : m_stats(stats), m_name(std::move(name)), m_start(std::chrono::steady_clock::now()) {}
+        Stage(Stats& stats, std::string name);
         ~Stage();
         Stage(const Stage&) = delete;
         Stage& operator=(const Stage&) = delete;
