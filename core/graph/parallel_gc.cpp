@@ -13,8 +13,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <new>
 
+#include "history/marker.h"
 #include "support/thread_batch.h"
 
 namespace {
@@ -39,6 +41,20 @@ void deleteEdges(blockEdges* pair) {
         pair->head = edge->next;
         delete edge;
     }
+}
+
+// Whether flow could still enter the sink tree at `node` from outside the tree.
+bool isOpenSinkEnd(const VORNSEGraph& graph, int node) {
+    if (graph.m_nodes[node].treeLabel != tree::kSink) {
+        return false;
+    }
+    int slots[kSlotsPerNode];
+    graph.outgoingSlots(node, slots);
+    return std::any_of(std::begin(slots), std::end(slots), [&graph](int slot) {
+        return slot != kOutside && graph.m_edgeCaps[slot ^ 1] != 0.0F &&
+               graph.m_edgeCaps[slot ^ 1] != kNoEdge &&
+               graph.m_nodes[graph.headOf(slot)].treeLabel != tree::kSink;
+    });
 }
 
 void assignBlockIDs(void* argument) {
@@ -166,6 +182,7 @@ float ParallelGC::maxFlow() {
     }
     threads.join();
     mergeAllBlocks(tasks, threads);
+    closeSinkTree();
     return 0.0F;
 }
 
@@ -197,6 +214,26 @@ void ParallelGC::mergeAllBlocks(std::vector<blockThread>& tasks, ThreadBatch& th
         }
         remaining -= merges;
         std::fill(m_blockBusy.begin(), m_blockBusy.end(), static_cast<unsigned char>(0));
+    }
+}
+
+// The search may leave an edge into the sink tree open (see max_flow.cpp), and more often so when
+// it goes on from merged trees. Going on from the sink ends of such edges until there are none
+// makes the cut a minimum one.
+void ParallelGC::closeSinkTree() {
+    VORNSEGraph& view = *m_blockGraphs.front();
+    while (!VORNSEMarker::m_exitApp) {
+        for (const NodeRange& range : m_wholeGraph->ranges()) {
+            for (int node = range.first; node < range.last; ++node) {
+                if (isOpenSinkEnd(*m_wholeGraph, node)) {
+                    view.AddToActiveQueue(m_nodes + node);
+                }
+            }
+        }
+        if (view.m_activeHead == nullptr) {
+            return;
+        }
+        view.maxFlowSerialCall();
     }
 }
 
@@ -272,22 +309,15 @@ void ParallelGC::registerPair(int block, int other, int firstX, int firstY, int 
     }
 }
 
+// Inner nodes of the block still carry the label of a search tree, which may look like the other
+// block's number. Their edges then wait in the record as well and come back with the rest.
 int ParallelGC::RemoveAndStoreEdges(nodes* node, blockEdges* pair) {
-    const int self = static_cast<int>(node - m_nodes);
-    const int blockCol = self % m_width / m_blockWidth;
-    const int blockRow = self / m_width / m_blockHeight;
-    const auto crosses = [&](int head) {
-        // Inner nodes still carry the label of a search tree, which may look like a block's number.
-        return m_nodes[head].treeLabel == pair->blockB &&
-               (head % m_width / m_blockWidth != blockCol ||
-                head / m_width / m_blockHeight != blockRow);
-    };
     int slots[kSlotsPerNode];
-    m_wholeGraph->outgoingSlots(self, slots);
+    m_wholeGraph->outgoingSlots(static_cast<int>(node - m_nodes), slots);
     int removed = 0;
     for (const int slot : slots) {
         // The head comes first: the capacities towards a third block belong to another thread.
-        if (slot == kOutside || !crosses(m_wholeGraph->headOf(slot)) ||
+        if (slot == kOutside || m_nodes[m_wholeGraph->headOf(slot)].treeLabel != pair->blockB ||
             m_edgeCaps[slot] == kNoEdge) {
             continue;
         }

@@ -126,6 +126,7 @@ class SEGCORE_API ParallelGC {
     void forgetPair(blockEdges* pair);
     void putBackAllEdges();
     void mergeAllBlocks(std::vector<blockThread>& tasks, ThreadBatch& threads);
+    void closeSinkTree();
 
     std::atomic<bool> m_storeFailed{false};  // a worker had no memory to take out an edge
 };

@@ -54,8 +54,8 @@ bool carriesFlow(float capacity) {
 }
 
 template <typename T>
-T* allocateZeroed(int count) {
-    return static_cast<T*>(std::calloc(static_cast<std::size_t>(count), sizeof(T)));
+T* allocateZeroed(std::size_t count) {
+    return static_cast<T*>(std::calloc(count, sizeof(T)));
 }
 
 // The request's clock against its limit. A stopped timer reads the same at every scan.
@@ -111,13 +111,17 @@ TwoTreeSolver::TwoTreeSolver(VORNSEGraph& graph)
                    kSlotsPerNode * graph.m_width + 11,
                    kSlotsPerNode * graph.m_width + 5,
                    kSlotsPerNode * graph.m_width - 1},
-      m_state(allocateZeroed<std::uint8_t>(graph.m_nodeCount)),
-      m_marks(allocateZeroed<std::uint32_t>(graph.m_nodeCount)) {}
+      m_margin(static_cast<std::size_t>(graph.m_width) + 1),
+      m_stateStore(
+          allocateZeroed<std::uint8_t>(static_cast<std::size_t>(m_nodeCount) + 2 * m_margin)),
+      m_state(m_stateStore == nullptr ? nullptr : m_stateStore.get() + m_margin),
+      m_marks(allocateZeroed<std::uint32_t>(static_cast<std::size_t>(m_nodeCount))) {}
 
 bool TwoTreeSolver::canSolve() const {
     if (m_state == nullptr || m_marks == nullptr ||
         m_nodeCount != m_graph.m_width * m_graph.m_height ||
-        m_graph.m_edgeCount != kSlotsPerNode * m_nodeCount) {
+        m_graph.m_edgeCount != kSlotsPerNode * m_nodeCount ||
+        m_graph.m_edgeMax - m_caps < kSlotsPerNode + m_graph.m_edgeCount) {
         return false;
     }
     const int width = m_graph.m_width;
@@ -177,7 +181,7 @@ void TwoTreeSolver::importRecords() {
                 state = static_cast<std::uint8_t>(
                     state | (record.treeLabel == tree::kSink ? kInSink : kInSource));
             }
-            m_state[static_cast<std::size_t>(node)] = state;
+            m_state[node] = state;
         }
     }
     while (nodes* record = m_graph.GetTopActiveQueueNode()) {
@@ -189,7 +193,7 @@ void TwoTreeSolver::importRecords() {
 void TwoTreeSolver::exportRecords() {
     for (const NodeRange& range : m_graph.ranges()) {
         for (int node = range.first; node < range.last; ++node) {
-            const std::uint8_t state = m_state[static_cast<std::size_t>(node)];
+            const std::uint8_t state = m_state[node];
             const int code = state & kParentMask;
             nodes& record = m_records[node];
             if (code >= kFirstDirection) {
@@ -212,7 +216,7 @@ void TwoTreeSolver::exportRecords() {
 }
 
 void TwoTreeSolver::activate(int node) {
-    std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
+    std::uint8_t& state = m_state[node];
     if ((state & kActive) == 0) {
         state = static_cast<std::uint8_t>(state | kActive);
         m_active.push(node);
@@ -220,7 +224,7 @@ void TwoTreeSolver::activate(int node) {
 }
 
 void TwoTreeSolver::makeOrphan(int node) {
-    std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
+    std::uint8_t& state = m_state[node];
     state = static_cast<std::uint8_t>(state & ~kParentMask);
     if ((state & kOrphan) == 0) {
         state = static_cast<std::uint8_t>(state | kOrphan);
@@ -234,7 +238,7 @@ void TwoTreeSolver::run() {
     bool stopped = VORNSEMarker::m_exitApp;
     while (!stopped && !m_active.empty()) {
         const int node = m_active.pop();
-        std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
+        std::uint8_t& state = m_state[node];
         state = static_cast<std::uint8_t>(state & ~kActive);
         bool augmented = true;
         while (augmented && !stopped) {
@@ -253,7 +257,7 @@ void TwoTreeSolver::run() {
 template <int kTree>
 bool TwoTreeSolver::growOrAugment(int node) {
     constexpr int kSisterBit = kTree == kInSink ? 1 : 0;
-    std::uint8_t* const states = m_state.get();
+    std::uint8_t* const states = m_state;
     const float* const caps = m_caps;
     const int directions = directionCount(node);
     for (int direction = 0; direction < directions; ++direction) {
@@ -307,7 +311,7 @@ void TwoTreeSolver::augment(int slot, int sourceEnd, int sinkEnd) {
 // Records the edges from `node` up to its root; flow runs along a child's parent edge in the sink
 // tree and along its sister in the source tree. Returns the smallest capacity met.
 float TwoTreeSolver::walkToRoot(Path& path, int node, int sisterBit, float bottleneck) {
-    const std::uint8_t* const states = m_state.get();
+    const std::uint8_t* const states = m_state;
     const float* const caps = m_caps;
     std::size_t length = 0;
     std::size_t room = path.steps.size();
@@ -350,7 +354,7 @@ void TwoTreeSolver::adoptOrphans() {
     startStage();
     while (!m_orphans.empty() && !VORNSEMarker::m_exitApp.load(std::memory_order_relaxed)) {
         const int node = m_orphans.pop();
-        std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
+        std::uint8_t& state = m_state[node];
         state = static_cast<std::uint8_t>(state & ~kOrphan);
         if ((state & kTreeMask) == kInSink) {
             adopt<kInSink>(node);
@@ -373,7 +377,7 @@ void TwoTreeSolver::startStage() {
 template <int kTree>
 void TwoTreeSolver::adopt(int node) {
     constexpr int kSisterBit = kTree == kInSource ? 1 : 0;
-    std::uint8_t* const states = m_state.get();
+    std::uint8_t* const states = m_state;
     const float* const caps = m_caps;
     const int directions = directionCount(node);
     int bestDirection = -1;
@@ -422,7 +426,7 @@ void TwoTreeSolver::adopt(int node) {
 // Number of edges from an orphan through its neighbour `node` to the terminal; kUnreachable when the
 // chain is broken or not shorter than `limit`.
 int TwoTreeSolver::distance(int node, int limit) {
-    const std::uint8_t* const states = m_state.get();
+    const std::uint8_t* const states = m_state;
     std::uint32_t* const marks = m_marks.get();
     const std::uint32_t stage = m_stage << kDistanceBits;
     int end = node;

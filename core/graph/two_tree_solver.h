@@ -15,8 +15,9 @@ class TwoTreeSolver {
     // `graph` is initialised (VORNSEGraph::maxflowInit) and outlives the solver.
     explicit TwoTreeSolver(VORNSEGraph& graph);
 
-    // False without memory, for a graph that is not completely built, and for one with an edge that
-    // leaves the image, whose wrap-around the dense scan would follow.
+    // False without memory, for a graph that is not completely built or without spare slots behind
+    // the last node's, and for one with an edge that leaves the image, whose wrap-around the dense
+    // scan would follow.
     bool canSolve() const;
 
     // Runs the search and writes trees and queues back into the graph's records, also when it is
@@ -90,7 +91,10 @@ class TwoTreeSolver {
     const int m_lastRow;  // first node of the bottom row, which has no neighbours below
     int m_headOffset[kSlotsPerNode];
     int m_slotOffset[kSlotsPerNode];
-    Zeroed<std::uint8_t> m_state;
+    // Scans of nodes at the rim of the grid look past it, where every state reads as free.
+    const std::size_t m_margin;
+    const Zeroed<std::uint8_t> m_stateStore;
+    std::uint8_t* const m_state;    // node 0's entry of the store
     Zeroed<std::uint32_t> m_marks;  // stage and distance, see distance()
     std::uint32_t m_stage = 0;
     Queue m_active;
