@@ -2,8 +2,12 @@
 // are found by geometry here, not by slot arithmetic.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cmath>
+#include <limits>
 #include <memory>
+#include <queue>
 #include <random>
 #include <stdexcept>
 #include <vector>
@@ -89,6 +93,59 @@ struct Grid {
     std::vector<float> source;
     std::vector<float> sink;
 };
+
+// The textbook solver: shortest augmenting paths (Edmonds and Karp 1972).
+inline double textbookMaxFlow(Grid& grid) {
+    struct Edge {
+        std::size_t to;
+        double residual;
+    };
+    const auto s = static_cast<std::size_t>(grid.size());
+    const std::size_t t = s + 1;
+    constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
+    std::vector<Edge> edges;  // e ^ 1 leads back
+    std::vector<std::vector<std::size_t>> leaving(t + 1);
+    const auto join = [&](std::size_t from, std::size_t to, float capacity, float back) {
+        leaving[from].push_back(edges.size());
+        leaving[to].push_back(edges.size() + 1);
+        edges.push_back({to, static_cast<double>(capacity)});
+        edges.push_back({from, static_cast<double>(back)});
+    };
+    for (std::size_t node = 0; node < s; ++node) {
+        join(s, node, grid.source[node], 0.0F);
+        join(node, t, grid.sink[node], 0.0F);
+    }
+    grid.forEachEdge([&](int from, int to) {
+        if (from < to) {
+            join(static_cast<std::size_t>(from), static_cast<std::size_t>(to),
+                 grid.capacity(from, to), grid.capacity(to, from));
+        }
+    });
+    for (double flow = 0.0;;) {
+        std::vector<std::size_t> via(t + 1, kNone);
+        std::queue<std::size_t> reached({s});
+        for (; !reached.empty() && via[t] == kNone; reached.pop()) {
+            for (const std::size_t e : leaving[reached.front()]) {
+                if (edges[e].to != s && via[edges[e].to] == kNone && edges[e].residual > 1e-9) {
+                    via[edges[e].to] = e;
+                    reached.push(edges[e].to);
+                }
+            }
+        }
+        if (via[t] == kNone) {
+            return flow;
+        }
+        double bottleneck = HUGE_VAL;
+        for (std::size_t node = t; node != s; node = edges[via[node] ^ 1].to) {
+            bottleneck = std::min(bottleneck, edges[via[node]].residual);
+        }
+        for (std::size_t node = t; node != s; node = edges[via[node] ^ 1].to) {
+            edges[via[node]].residual -= bottleneck;
+            edges[via[node] ^ 1].residual += bottleneck;
+        }
+        flow += bottleneck;
+    }
+}
 
 // A grid of 1 to `longest` nodes a side; a third of its nodes has no terminals.
 template <typename Capacity>

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <queue>
 #include <random>
 
 #include "graph/grid.h"
@@ -12,47 +11,6 @@
 namespace {
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
-
-// The textbook solver: shortest augmenting paths on a dense matrix (Edmonds and Karp 1972).
-double plainMaxFlow(Grid& grid) {
-    const auto s = static_cast<std::size_t>(grid.size());
-    const std::size_t t = s + 1;
-    std::vector<std::vector<double>> residual(t + 1, std::vector<double>(t + 1, 0.0));
-    for (std::size_t node = 0; node < s; ++node) {
-        residual[s][node] = static_cast<double>(grid.source[node]);
-        residual[node][t] = static_cast<double>(grid.sink[node]);
-    }
-    grid.forEachEdge([&](int from, int to) {
-        residual[static_cast<std::size_t>(from)][static_cast<std::size_t>(to)] =
-            static_cast<double>(grid.capacity(from, to));
-    });
-    double flow = 0.0;
-    for (;;) {
-        std::vector<std::size_t> from(t + 1, t + 1);
-        std::queue<std::size_t> reached({s});
-        from[s] = s;
-        for (; !reached.empty() && from[t] > t; reached.pop()) {
-            for (std::size_t next = 0; next <= t; ++next) {
-                if (from[next] > t && residual[reached.front()][next] > 1e-9) {
-                    from[next] = reached.front();
-                    reached.push(next);
-                }
-            }
-        }
-        if (from[t] > t) {
-            return flow;
-        }
-        double bottleneck = residual[from[t]][t];
-        for (std::size_t node = t; node != s; node = from[node]) {
-            bottleneck = std::min(bottleneck, residual[from[node]][node]);
-        }
-        for (std::size_t node = t; node != s; node = from[node]) {
-            residual[from[node]][node] -= bottleneck;
-            residual[node][from[node]] += bottleneck;
-        }
-        flow += bottleneck;
-    }
-}
 
 std::vector<int> labelsOf(const VORNSEGraph& graph) {
     std::vector<int> labels;
@@ -149,7 +107,7 @@ TEST_F(MaxFlow, CutsAsCheaplyAsATextbookSolver) {
             infinite.source.front() = infinite.sink.back() = kInfinity;
         }
         const auto graph = infinite.build();
-        const double expected = plainMaxFlow(grid);
+        const double expected = textbookMaxFlow(grid);
         const double tolerance = whole ? 0.0 : 1e-4;
         ASSERT_NEAR(static_cast<double>(graph->maxFlow()), expected, tolerance) << round;
         ASSERT_NEAR(grid.cutWeight(*graph), expected, tolerance) << round;
