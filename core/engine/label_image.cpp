@@ -182,18 +182,18 @@ void VORNSEHybrid::setLabelImage(IplImage* markers) {
 
 void VORNSEHybrid::addUnknownRegion() {
     const std::vector<int>& points = VORNSEMarker::currentStroke.m_points;
-    const auto workingPoint = [&points](std::size_t i) {
-        return cvPoint(static_cast<int>(static_cast<float>(points[i]) / g_imageResizeFactor),
-                       static_cast<int>(static_cast<float>(points[i + 1]) / g_imageResizeFactor));
+    const auto workingPoint = [](const int* xy) {
+        return cvPoint(static_cast<int>(static_cast<float>(xy[0]) / g_imageResizeFactor),
+                       static_cast<int>(static_cast<float>(xy[1]) / g_imageResizeFactor));
     };
     const auto freeLine = [](CvPoint from, CvPoint to) {
         cvLine(VORNSEMarker::m_labelImage, from, to, cvScalarAll(label::kFree), kStrokeThickness,
                kEightConnected, 0);
     };
     for (std::size_t i = 0; i + 3 < points.size(); i += 2) {
-        freeLine(workingPoint(i), workingPoint(i + 2));
+        freeLine(workingPoint(&points[i]), workingPoint(&points[i + 2]));
     }
     if (points.size() > 3) {
-        freeLine(workingPoint(points.size() - 2), workingPoint(0));
+        freeLine(workingPoint(&points[points.size() - 2]), workingPoint(points.data()));
     }
 }
