@@ -1,0 +1,86 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "command.h"
+
+namespace {
+
+struct Fault {
+    const char* line;
+    int code;
+    const char* says;  // what is wrong; the line has to go on with what to do
+};
+
+std::ostream& operator<<(std::ostream& out, const Fault& fault) {
+    return out << fault.says;
+}
+
+class Fails : public testing::TestWithParam<Fault> {};
+
+TEST_P(Fails, InOneLineAndWritesNothing) {
+    const Workplace place;
+    const Outcome outcome = place.run(GetParam().line);
+    EXPECT_EQ(outcome.code, GetParam().code);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err.rfind("segcore: ", 0), 0U) << outcome.err;
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+    EXPECT_NE(outcome.err.find(GetParam().says), std::string::npos) << outcome.err;
+    EXPECT_NE(outcome.err.find("; "), std::string::npos) << outcome.err;
+    EXPECT_TRUE(place.isUntouched());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, Fails,
+    testing::Values(
+        Fault{"segcore cut absent.png --box 30,10,130,110 --mask old.png", 1, "read absent.png"},
+        Fault{"segcore cut old.png --box 30,10,130,110 --mask m.png", 1, "not an image"},
+        Fault{"segcore cut photo.png --brush-add 20,20 160,20 --mask old.png", 1,
+              "160,20 lies out"},
+        Fault{"segcore cut photo.png --box 2,2,2,2 --mask old.png", 1, "the mask is empty"},
+        Fault{"segcore cut photo.png --box 30,10,130,110 --undo --mask old.png", 1, "no result"},
+        Fault{"segcore cut photo.png --undo --box 30,10,130,110 --mask old.png", 1, "to undo"},
+        Fault{"segcore cut photo.png --box 30,10,130,110 --redo --mask old.png", 1, "to redo"},
+        Fault{"segcore cut photo.png --brush-remove 9,9 --mask old.png", 1, "nothing to remove"},
+        Fault{"segcore cut photo.png --marks old.png --mask m.png", 1, "old.png is not an image"},
+        Fault{"segcore cut photo.png --mask old.png", 1, "no marks"},
+        Fault{"segcore cut photo.png --box 30,10,130,110", 1, "nothing to write"},
+        Fault{"segcore cut photo.png --box 30,10,130,110 --mask gone/m.png", 1, "write gone/m.png"},
+        Fault{"segcore cut photo.png --box 30,10,130,110 --mask ./photo.png", 1,
+              "replace an input"},
+        Fault{"segcore cut photo.png --box 30,10,130,110 --dump-steps s --svg old.png --mask "
+              "/dev/full",
+              1, "No space left"},
+        Fault{"segcore cut photo.png --brush-add 80,60 --brush-radius 5 --mask old.png", 2,
+              "--brush-radius"},
+        Fault{"segcore cut photo.png --box 1,2,3 --mask old.png", 2, "1,2,3"},
+        Fault{"segcore cut photo.png --frobnicate --mask old.png", 2, "--frobnicate"},
+        Fault{R"(echo '{"photo": "photo.png", "steps": [{"op": "box", "box": [1]}]}' |
+                 segcore replay - --mask old.png)",
+              1, "step 1"},
+        Fault{"segcore snap photo.png --from 1,1 --to 9,120 --svg old.png", 1, "9,120 lies out"}));
+
+// How long the program has been able to handle an interrupt when it comes, and what it reads.
+class Interrupt : public testing::TestWithParam<std::tuple<std::string, std::string>> {};
+
+TEST_P(Interrupt, EndsTheRunWithoutATrace) {
+    const Workplace place(largeDiscScene());
+    const auto& [seconds, photo] = GetParam();
+    // Two hundred boxes are many seconds' work, and standard input never delivers anything. The
+    // interrupt waits for the program to block the signal: bit 1 of the mask in hexadecimal.
+    const Outcome outcome = place.run(
+        std::string(
+            "exec 3< <(exec sleep 9); for i in {1..200}; do b+=' --box 40,30,600,450'; done\n") +
+        SEGCORE_PROGRAM + " cut " + photo + " $b --mask old.png --dump-steps s <&3 & p=$!\n" +
+        "until grep -q 'SigBlk:.*[2367abef]$' /proc/$p/status; do :; done\n" + "sleep " + seconds +
+        "; kill -INT $p; wait $p");
+    EXPECT_EQ(outcome.code, 130);
+    EXPECT_EQ(outcome.err, "segcore: interrupted, nothing was written\n");
+    EXPECT_TRUE(place.isUntouched());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Interrupt,
+                         testing::Combine(testing::Values("0", "0.09", "0.31"),
+                                          testing::Values("photo.png", "-")));
+
+}  // namespace

@@ -1,0 +1,160 @@
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "command.h"
+#include "interface/segmentation_core.h"
+#include "support/host_session.h"
+
+namespace {
+
+using Json = nlohmann::json;
+
+const std::vector<int> kLoop{30, 10, 130, 20, 120, 110, 25, 100};
+const std::string kCutLoop = "segcore cut photo.png --loop-add 30,10 130,20 '120,110 25,100' ";
+
+// Rings drawn as filled polygons, each taking away what lies inside the one before.
+cv::Mat filled(const Json& outline) {
+    cv::Mat mask = cv::Mat::zeros(outline["height"], outline["width"], CV_8UC1);
+    std::vector<std::vector<cv::Point>> rings;
+    for (const Json& contour : outline["contours"]) {
+        rings.emplace_back();
+        for (const Json& pair : contour) {
+            rings.back().emplace_back(pair[0], pair[1]);
+        }
+    }
+    cv::drawContours(mask, rings, -1, cv::Scalar(255), cv::FILLED);
+    return mask;
+}
+
+TEST(Outputs, AreWhatTheLibraryDelivers) {
+    const Workplace place;
+    const Outcome outcome = place.run(
+        kCutLoop + "--mask m.png --cutout c.png --preview p.png --json o.json --svg o.svg");
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
+    HostSession session(discScene());
+    session.loop(kLoop, SEGCORE_LOOP_ADD);
+    const cv::Mat mask = programMask(session.mask, {session.width, session.height});
+    EXPECT_TRUE(same(place.image("m.png"), mask));
+
+    cv::Mat cutout = cv::Mat::zeros(mask.size(), CV_8UC4);
+    cv::Mat(mask.size(), CV_8UC4, session.photo.data()).copyTo(cutout, mask);
+    EXPECT_TRUE(same(place.image("c.png"), cutout));
+
+    cv::Mat preview;
+    cv::cvtColor(cv::Mat(mask.size(), CV_8UC4, session.blended.data()), preview,
+                 cv::COLOR_BGRA2BGR);
+    EXPECT_TRUE(same(place.image("p.png"), preview));
+
+    const Json outline = Json::parse(place.read("o.json"));
+    EXPECT_TRUE(same(filled(outline), mask));
+    const std::string svg = place.read("o.svg");
+    const Json& first = outline["contours"][0][0];
+    EXPECT_NE(svg.find(" d=\"M" + first[0].dump() + " " + first[1].dump() + "L"),
+              std::string::npos);
+}
+
+TEST(Marks, ApplyInTheirOrder) {
+    const Workplace place;
+    // The brush bites into the disc's left edge, at (50, 60).
+    const Outcome outcome = place.run(
+        kCutLoop + "--brush-radius 4 --brush-remove 46,60 56,60 --undo --redo --dump-steps steps");
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
+
+    const cv::Mat looped = place.image("steps/step-001.png");
+    const cv::Mat brushed = place.image("steps/step-002.png");
+    EXPECT_EQ(looped.at<std::uint8_t>(60, 56), 255);
+    for (int x = 46; x <= 56; ++x) {
+        EXPECT_EQ(brushed.at<std::uint8_t>(60, x), 0) << x;
+    }
+    EXPECT_EQ(brushed.at<std::uint8_t>(60, 80), 255);
+    EXPECT_TRUE(same(place.image("steps/step-003.png"), looped));
+    EXPECT_TRUE(same(place.image("steps/step-004.png"), brushed));
+}
+
+TEST(PaintedMarks, AreRequestsOfTheirCodes) {
+    const Workplace place;
+    cv::Mat colours = cv::Mat::zeros(discScene().height, discScene().width, CV_8UC4);
+    cv::Mat codes = cv::Mat::zeros(colours.size(), CV_8UC1);
+    const auto paint = [&](const cv::Rect& area, const cv::Scalar& colour, int code) {
+        colours(area).setTo(colour);
+        codes(area).setTo(code);
+    };
+    paint({30, 10, 100, 100}, {255, 0, 0, 255}, SEGCORE_MARK_CANDIDATE);
+    paint({70, 50, 20, 20}, {0, 255, 0, 255}, SEGCORE_MARK_OBJECT);
+    paint({32, 12, 90, 4}, {0, 0, 255, 255}, SEGCORE_MARK_BACKGROUND);
+    for (const auto& [name, image] : {std::pair{"colours.png", colours}, {"codes.png", codes}}) {
+        std::vector<std::uint8_t> png;
+        cv::imencode(".png", image, png);
+        place.write(name, {png.begin(), png.end()});
+        place.run(std::string("segcore cut - <photo.png --marks ") + name + " --mask - >m-" + name);
+    }
+    const cv::Mat mask = place.image("m-colours.png");
+    EXPECT_TRUE(same(place.image("m-codes.png"), mask));
+
+    HostSession session(discScene());
+    const std::vector<int> markers(codes.begin<std::uint8_t>(), codes.end<std::uint8_t>());
+    session.request({30, 10, 129, 10, 129, 109, 30, 109}, markers, SEGCORE_LOOP_ADD);
+    EXPECT_TRUE(same(mask, programMask(session.mask, mask.size())));
+}
+
+TEST(Snap, GoesStraightWhereOnlyLengthCounts) {
+    const Outcome snapped = Workplace().run(
+        "segcore snap photo.png --from 20,60 --to 110,60 110,20 --alpha 1 --json -");
+    EXPECT_EQ(Json::parse(snapped.out)["path"], Json({{20, 60}, {110, 60}, {110, 20}}));
+}
+
+TEST(Statistics, NameEveryStage) {
+    const Workplace place;
+    const Json stats = Json::parse(place.run(kCutLoop + "--stats json").out);
+    std::vector<std::string> names;
+    for (const Json& stage : stats["stages"]) {
+        names.push_back(stage["stage"]);
+        EXPECT_GT(stage["peak_megabytes"].get<double>(), 1.0);
+    }
+    EXPECT_EQ(names,
+              (std::vector<std::string>{"read photograph", "set photograph", "prepare engine",
+                                        "step 1, loop-add", "write outputs"}));
+}
+
+TEST(Replay, EditsTheMaskAsMarked) {
+    const Workplace place;
+    place.write("session.json", R"({"photo": "photo.png", "steps": [
+        {"op": "box", "box": [30, 10, 130, 110]},
+        {"op": "brush-remove", "points": [[80, 60]], "radius": 6, "edit": true},
+        {"op": "loop-add", "points": [[2, 2], [12, 2], [12, 12], [2, 12]], "edit": true},
+        {"op": "undo"}]})");
+    const Outcome outcome = place.run("segcore replay session.json --dump-steps steps");
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
+    const cv::Mat box = place.image("steps/step-001.png");
+    const cv::Mat hole = place.image("steps/step-002.png");
+    const cv::Mat corner = place.image("steps/step-003.png");
+    for (int y = 0; y < box.rows; ++y) {
+        for (int x = 0; x < box.cols; ++x) {
+            const double distance = std::hypot(x - 80, y - 60);
+            if (distance <= 5 || distance >= 7) {  // how the disc's edge is drawn is left open
+                ASSERT_EQ(hole.at<std::uint8_t>(y, x),
+                          distance <= 5 ? 0 : box.at<std::uint8_t>(y, x));
+            }
+            const bool inCorner = x >= 2 && x <= 12 && y >= 2 && y <= 12;
+            ASSERT_EQ(corner.at<std::uint8_t>(y, x), inCorner ? 255 : hole.at<std::uint8_t>(y, x));
+        }
+    }
+    EXPECT_TRUE(same(place.image("steps/step-004.png"), hole));
+}
+
+TEST(Replay, RepeatsASavedSession) {
+    const Workplace place;
+    const Outcome outcome = place.run(
+        "mkdir kept && segcore cut photo.png --snap-alpha 0.2 --snap-loop-add 40,20 120,20 120,100 "
+        "40,100 --brush-radius 3 --brush-remove 46,60 56,60 --undo --redo --mask cut.png "
+        "--save-session kept/session.json && segcore replay kept/session.json --mask replayed.png "
+        "&& segcore replay - --photo photo.png --mask piped.png <kept/session.json");
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_TRUE(same(place.image("replayed.png"), place.image("cut.png")));
+    EXPECT_TRUE(same(place.image("piped.png"), place.image("cut.png")));
+}
+
+}  // namespace
