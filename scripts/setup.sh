@@ -1,15 +1,18 @@
 #!/bin/sh
 # Installs what the project needs to build and test itself and is not there yet (Debian 12).
-#   --dev   also what only contributors need: clang, clang-tidy, benchmarks, valgrind
+#   --fuzz  also what the fuzzers need: clang with its run-time libraries
+#   --dev   also everything that only contributors need: clang, clang-tidy, benchmarks, valgrind
 set -eu
 
 packages="build-essential cmake ninja-build pkg-config git clang-format
     libopencv-core-dev libopencv-imgproc-dev libopencv-imgcodecs-dev android-liblog-dev
     libcli11-dev nlohmann-json3-dev libgtest-dev"
+fuzz_packages="clang libclang-rt-dev llvm"
 case "${1-}" in
     '') ;;
-    --dev) packages="$packages clang clang-tidy libbenchmark-dev libboost-dev valgrind" ;;
-    *) echo "usage: $0 [--dev]" >&2; exit 2 ;;
+    --fuzz) packages="$packages $fuzz_packages" ;;
+    --dev) packages="$packages $fuzz_packages clang-tidy libbenchmark-dev libboost-dev valgrind" ;;
+    *) echo "usage: $0 [--fuzz | --dev]" >&2; exit 2 ;;
 esac
 
 if ! command -v dpkg-query >/dev/null; then

@@ -1,0 +1,71 @@
+// A host that makes whatever calls the fuzzer's bytes say and checks what it can tell from outside:
+// a mask buffer is either untouched or a whole mask, a blended buffer holds the outline or what was
+// there or the photograph, and the history delivers what a plain list of masks would.
+//
+// Buffers have exactly the size of the call's contract, so that the address sanitizer sees a byte
+// too many.
+#pragma once
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "history_model.h"
+
+class FuzzedHost {
+  public:
+    FuzzedHost(const std::uint8_t* data, std::size_t size) : m_data(data, size) {}
+    ~FuzzedHost();
+    FuzzedHost(const FuzzedHost&) = delete;
+    FuzzedHost& operator=(const FuzzedHost&) = delete;
+
+    // Makes calls until the bytes are used up.
+    void run();
+
+  private:
+    struct Size {
+        int width;
+        int height;
+
+        bool valid() const;
+        std::size_t pixels() const;
+    };
+
+    Size drawSize();
+    int drawCoordinate(int size);
+    std::vector<std::uint32_t> drawPhoto(Size size);
+    std::vector<int> drawMarks(Size size);
+    // Null now and then.
+    template <typename T>
+    T* drawBuffer(std::vector<T>& buffer);
+
+    void makeCall();
+    void newPhoto();
+    void boxAtOnce();
+    void passStroke();
+    void passMarks();
+    void request();
+    void edit();
+    void step(bool back);
+    void fetchOutline();
+    void refusedDeliveries();
+
+    // Runs a call, perhaps with a cancel from a second thread, and keeps the errors that it logs.
+    template <typename Call>
+    void call(Call&& body);
+    bool failed(const char* name) const;
+    // After a call that may deliver; true when a mask came.
+    bool checkDelivery(bool maskPassed);
+    void checkHistory();
+
+    Size storedSize() const;
+
+    FuzzedDataProvider m_data;
+    std::vector<std::uint32_t> m_blended;
+    Mask m_mask;
+    std::vector<int> m_marks;  // pending, of the photograph's size
+    std::vector<std::string> m_errors;
+    HistoryModel m_history;
+};
