@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <limits>
 #include <memory>
 #include <queue>
 #include <random>
@@ -13,6 +11,8 @@
 #include <vector>
 
 #include "graph/graph.h"
+
+constexpr float kDust = 1e-6F;  // what rounding leaves of a saturated edge
 
 struct Grid {
     Grid(int gridWidth, int gridHeight)
@@ -29,6 +29,18 @@ struct Grid {
         const int x = node % width + std::array{-1, -1, 0, 1}[static_cast<std::size_t>(direction)];
         const int y = node / width - (direction == 0 ? 0 : 1);
         return x < 0 || x >= width || y < 0 ? -1 : y * width + x;
+    }
+
+    // The neighbours in scan order, -1 outside.
+    std::vector<int> around(int node) const {
+        std::vector<int> heads;
+        for (const auto& [dx, dy] : std::initializer_list<std::pair<int, int>>{
+                 {-1, 0}, {-1, -1}, {0, -1}, {1, -1}, {1, 0}, {1, 1}, {0, 1}, {-1, 1}}) {
+            const int x = node % width + dx;
+            const int y = node / width + dy;
+            heads.push_back(x >= 0 && x < width && y >= 0 && y < height ? y * width + x : -1);
+        }
+        return heads;
     }
 
     float& capacity(int from, int to) {
@@ -95,55 +107,50 @@ struct Grid {
 };
 
 // The textbook solver: shortest augmenting paths (Edmonds and Karp 1972).
-inline double textbookMaxFlow(Grid& grid) {
-    struct Edge {
-        std::size_t to;
-        double residual;
-    };
-    const auto s = static_cast<std::size_t>(grid.size());
-    const std::size_t t = s + 1;
-    constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
-    std::vector<Edge> edges;  // e ^ 1 leads back
-    std::vector<std::vector<std::size_t>> leaving(t + 1);
-    const auto join = [&](std::size_t from, std::size_t to, float capacity, float back) {
-        leaving[from].push_back(edges.size());
-        leaving[to].push_back(edges.size() + 1);
-        edges.push_back({to, static_cast<double>(capacity)});
-        edges.push_back({from, static_cast<double>(back)});
-    };
-    for (std::size_t node = 0; node < s; ++node) {
-        join(s, node, grid.source[node], 0.0F);
-        join(node, t, grid.sink[node], 0.0F);
+inline double textbookMaxFlow(Grid grid) {
+    const auto at = [](int node) { return static_cast<std::size_t>(node); };
+    double flow = 0.0;
+    for (std::size_t n = 0; n < grid.source.size(); ++n) {
+        const float common = std::min(grid.source[n], grid.sink[n]);
+        grid.source[n] -= common;
+        grid.sink[n] -= common;
+        flow += static_cast<double>(common);
     }
-    grid.forEachEdge([&](int from, int to) {
-        if (from < to) {
-            join(static_cast<std::size_t>(from), static_cast<std::size_t>(to),
-                 grid.capacity(from, to), grid.capacity(to, from));
+    for (;;) {
+        std::vector<int> from(grid.source.size(), -1);  // a start comes from itself
+        std::queue<int> reached;
+        for (int node = 0; node < grid.size(); ++node) {
+            if (grid.source[at(node)] > kDust) {
+                from[at(node)] = node;
+                reached.push(node);
+            }
         }
-    });
-    for (double flow = 0.0;;) {
-        std::vector<std::size_t> via(t + 1, kNone);
-        std::queue<std::size_t> reached({s});
-        for (; !reached.empty() && via[t] == kNone; reached.pop()) {
-            for (const std::size_t e : leaving[reached.front()]) {
-                if (edges[e].to != s && via[edges[e].to] == kNone && edges[e].residual > 1e-9) {
-                    via[edges[e].to] = e;
-                    reached.push(edges[e].to);
+        for (; !reached.empty() && grid.sink[at(reached.front())] <= kDust; reached.pop()) {
+            const int node = reached.front();
+            for (const int next : grid.around(node)) {
+                if (next >= 0 && from[at(next)] < 0 && grid.capacity(node, next) > kDust) {
+                    from[at(next)] = node;
+                    reached.push(next);
                 }
             }
         }
-        if (via[t] == kNone) {
+        if (reached.empty()) {
             return flow;
         }
-        double bottleneck = HUGE_VAL;
-        for (std::size_t node = t; node != s; node = edges[via[node] ^ 1].to) {
-            bottleneck = std::min(bottleneck, edges[via[node]].residual);
+        const int end = reached.front();
+        int start = end;
+        float bottleneck = grid.sink[at(end)];
+        for (; from[at(start)] != start; start = from[at(start)]) {
+            bottleneck = std::min(bottleneck, grid.capacity(from[at(start)], start));
         }
-        for (std::size_t node = t; node != s; node = edges[via[node] ^ 1].to) {
-            edges[via[node]].residual -= bottleneck;
-            edges[via[node] ^ 1].residual += bottleneck;
+        bottleneck = std::min(bottleneck, grid.source[at(start)]);
+        for (int node = end; node != start; node = from[at(node)]) {
+            grid.capacity(from[at(node)], node) -= bottleneck;
+            grid.capacity(node, from[at(node)]) += bottleneck;
         }
-        flow += bottleneck;
+        grid.sink[at(end)] -= bottleneck;
+        grid.source[at(start)] -= bottleneck;
+        flow += static_cast<double>(bottleneck);
     }
 }
 
