@@ -80,7 +80,7 @@ class SEGCORE_API VORNSEGraph {
     // Adds `count` free nodes; below 1 does nothing.
     void addNode(int count);
     // Writes the next pair of slots; the node numbers are not used, the position is the edge.
-    void addEdge(int from, int to, float cap, float revCap, bool absent) {
+    SEGCORE_INLINE_API void addEdge(int from, int to, float cap, float revCap, bool absent) {
         static_cast<void>(from);
         static_cast<void>(to);
         m_edgeLast[0] = absent ? kNoEdge : cap;
@@ -96,7 +96,7 @@ class SEGCORE_API VORNSEGraph {
     // Adds to an existing edge between two neighbours; anything else changes nothing.
     void addToEdge(int from, int to, float cap, float revCap);
     // Adds terminal capacities; what source and sink have in common flows at once.
-    void addtWeights(int node, float capSource, float capSink) {
+    SEGCORE_INLINE_API void addtWeights(int node, float capSource, float capSink) {
         float& residual = m_nodes[node].residualTerminalCap;
         if (residual > 0.0F) {
             capSource += residual;
@@ -107,7 +107,9 @@ class SEGCORE_API VORNSEGraph {
         residual = capSource - capSink;
     }
     // 1 when the node is cut to the sink side, else 0 (free nodes included).
-    int getTreeofNode(int node) const { return m_nodes[node].treeLabel == tree::kSink ? 1 : 0; }
+    SEGCORE_INLINE_API int getTreeofNode(int node) const {
+        return m_nodes[node].treeLabel == tree::kSink ? 1 : 0;
+    }
 
     // Computes the maximum flow and leaves the cut in the tree labels. Ends early, with a partial
     // flow, when VORNSEMarker::m_exitApp is set or g_cancelTimer passes 10000 ms (which sets the

@@ -5,3 +5,9 @@
 #ifndef SEGCORE_API
 #define SEGCORE_API __attribute__((visibility("default")))
 #endif
+
+// For inline functions: the engine's loops get their body, hosts that look symbols up a callable
+// copy in the library.
+#ifndef SEGCORE_INLINE_API
+#define SEGCORE_INLINE_API SEGCORE_API __attribute__((used))
+#endif
