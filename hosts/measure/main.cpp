@@ -32,6 +32,7 @@ struct Options {
     std::vector<std::string> only;
     std::string contactSheet;
     std::string maskFolder;
+    bool regions = false;
     bool json = false;
 };
 
@@ -41,6 +42,8 @@ struct Result {
     bool large = false;
     std::optional<Score> score;  // none without a true mask
     double milliseconds = 0.0;
+    cv::Rect region;         // of the last request, in pixels of the photograph
+    int objectOutside = -1;  // pixels of the true object that it leaves out
 };
 
 std::vector<std::string> split(const std::string& joined, char separator) {
@@ -81,15 +84,19 @@ bool apply(Session& session, const Photo& photo, const std::string& mark) {
     return true;
 }
 
-// The mask of a case; empty when the photograph lacks one of its marks.
-cv::Mat cut(const Photo& photo, const cv::Mat& image, const std::string& markCase) {
+struct Cutting {
+    cv::Mat mask;  // empty when the photograph lacks one of the case's marks
+    cv::Rect region;
+};
+
+Cutting cut(const Photo& photo, const cv::Mat& image, const std::string& markCase) {
     Session session(image);
     for (const std::string& mark : split(markCase, '+')) {
         if (!apply(session, photo, mark)) {
             return {};
         }
     }
-    return session.mask();
+    return {session.mask(), session.region()};
 }
 
 cv::Mat scribblesOf(const Photo& photo, const std::string& markCase) {
@@ -121,7 +128,7 @@ std::vector<Result> measure(const Options& options, ContactSheet& sheet) {
         sheet.startRow();
         for (const std::string& markCase : options.cases) {
             const auto start = std::chrono::steady_clock::now();
-            const cv::Mat mask = cut(photo, image, markCase);
+            const auto [mask, region] = cut(photo, image, markCase);
             const std::chrono::duration<double, std::milli> elapsed =
                 std::chrono::steady_clock::now() - start;
             if (mask.empty()) {
@@ -132,8 +139,11 @@ std::vector<Result> measure(const Options& options, ContactSheet& sheet) {
             result.markCase = markCase;
             result.large = static_cast<double>(image.total()) > kLargePhotoPixels;
             result.milliseconds = elapsed.count();
+            result.region = region;
             if (!truth.empty()) {
                 result.score = scoreOf(mask, truth);
+                const cv::Mat object = truth == 255;
+                result.objectOutside = cv::countNonZero(object) - cv::countNonZero(object(region));
             }
             sheet.add(image, mask, scribblesOf(photo, markCase), captionOf(result));
             if (!options.maskFolder.empty()) {
@@ -173,8 +183,17 @@ std::map<std::pair<std::string, bool>, Mean> meansOf(const std::vector<Result>& 
     return means;
 }
 
-void printTable(const std::vector<Result>& results) {
-    std::printf("%-18s %-10s %8s %8s %9s\n", "photograph", "case", "error %", "IoU", "ms");
+void printRegion(const Result& result) {
+    const cv::Rect& region = result.region;
+    std::printf("  %dx%d+%d+%d", region.width, region.height, region.x, region.y);
+    if (result.score) {
+        std::printf(" leaves out %d", result.objectOutside);
+    }
+}
+
+void printTable(const std::vector<Result>& results, bool regions) {
+    std::printf("%-18s %-10s %8s %8s %9s%s\n", "photograph", "case", "error %", "IoU", "ms",
+                regions ? "  region" : "");
     for (const Result& result : results) {
         std::printf("%-18s %-10s ", result.photo.c_str(), result.markCase.c_str());
         if (result.score) {
@@ -182,7 +201,11 @@ void printTable(const std::vector<Result>& results) {
         } else {
             std::printf("%8s %8s", "-", "-");
         }
-        std::printf(" %9.0f\n", result.milliseconds);
+        std::printf(" %9.0f", result.milliseconds);
+        if (regions) {
+            printRegion(result);
+        }
+        std::printf("\n");
     }
     for (const auto& [key, mean] : meansOf(results)) {
         const std::string label =
@@ -199,8 +222,14 @@ void printJson(const std::vector<Result>& results) {
         nlohmann::json entry{{"photograph", result.photo},
                              {"case", result.markCase},
                              {"large", result.large},
-                             {"milliseconds", result.milliseconds}};
+                             {"milliseconds", result.milliseconds},
+                             {"region",
+                              {{"left", result.region.x},
+                               {"top", result.region.y},
+                               {"width", result.region.width},
+                               {"height", result.region.height}}}};
         if (result.score) {
+            entry["objectPixelsOutsideRegion"] = result.objectOutside;
             entry["errorRate"] = result.score->errorRate;
             entry["iou"] = result.score->iou;
         }
@@ -244,6 +273,9 @@ int main(int argc, char** argv) {
     app.add_option("--contact-sheet", options.contactSheet, "Picture of all results");
     app.add_option("--masks", options.maskFolder, "Folder to write the masks to")
         ->check(CLI::ExistingDirectory);
+    app.add_flag("--regions", options.regions,
+                 "Show what the last request of a case worked on, as WxH+X+Y of the photograph,\n"
+                 "and how many pixels of the true object that leaves out");
     app.add_flag("--json", options.json, "Print JSON instead of a table");
     CLI11_PARSE(app, argc, argv);
     try {
@@ -253,7 +285,7 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "%s: no photograph with these marks\n", options.folder.c_str());
             return 1;
         }
-        options.json ? printJson(results) : printTable(results);
+        options.json ? printJson(results) : printTable(results, options.regions);
         if (!options.contactSheet.empty()) {
             sheet.write(options.contactSheet);
         }

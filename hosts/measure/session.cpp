@@ -1,5 +1,8 @@
 #include "session.h"
 
+#include <engine/hybrid.h>
+#include <history/marker.h>
+#include <interface/engine_state.h>
 #include <interface/segmentation_core.h>
 
 #include <algorithm>
@@ -74,4 +77,13 @@ cv::Mat Session::mask() const {
     std::transform(m_mask.begin(), m_mask.end(), mask.ptr<std::uint8_t>(),
                    [](std::uint8_t byte) { return static_cast<std::uint8_t>(255 - byte); });
     return mask;
+}
+
+cv::Rect Session::region() const {
+    const auto factor = static_cast<double>(g_imageResizeFactor);
+    const auto inPhoto = [factor](int working) { return static_cast<int>(working * factor); };
+    const cv::Point first(inPhoto(VORNSEMarker::m_xMinBBox), inPhoto(VORNSEMarker::m_yMinBBox));
+    const cv::Point end(inPhoto(VORNSEMarker::m_xMinBBox + pHybrid->m_cropWidth),
+                        inPhoto(VORNSEMarker::m_yMinBBox + pHybrid->m_cropHeight));
+    return cv::Rect(first, end) & cv::Rect(0, 0, m_width, m_height);
 }

@@ -23,6 +23,10 @@ class Session {
     // The result so far: 255 object, 0 the rest.
     cv::Mat mask() const;
 
+    // The part of the photograph that the last request decided: its working region without the
+    // borders and margins that were cut off.
+    cv::Rect region() const;
+
   private:
     void request(const cv::Mat& marked, int code, std::vector<cv::Point> points, int strokeType);
 

@@ -74,9 +74,7 @@ constexpr std::uint32_t kBlueWord = 0x2030A0U;
 class EngineTest : public testing::Test {
   protected:
     ~EngineTest() override {
-        if (pHybrid != nullptr) {
-            pHybrid->clearMemory();
-        }
+        dropRequest();
         deinitSegmentation();
         freeLocalBuffers();
         resetSegmentationInterface();
@@ -92,10 +90,17 @@ class EngineTest : public testing::Test {
                 words.push_back(colour(x, y));
             }
         }
+        dropRequest();
         setSourceImage(width, height, words.data());
         initSegmentationEngine(0);
         clearLog();
         return *pHybrid;
+    }
+    // What a test made up of a request that is under way.
+    static void dropRequest() {
+        if (pHybrid != nullptr) {
+            pHybrid->clearMemory();
+        }
     }
     VORNSEHybrid& startBlue(int width, int height) {
         return start(width, height, [](int, int) { return kBlueWord; });

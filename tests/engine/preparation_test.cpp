@@ -10,8 +10,9 @@ using PreparationTest = EngineTest;
 
 TEST_F(PreparationTest, LargePhotographIsReducedToTheWorkingSize) {
     // Blocks of 2 x 2 pixels with the blue values 10, 20, 30, 40: bilinear reduction by 2 averages.
-    const VORNSEHybrid& engine = start(
-        640, 480, [](int x, int y) { return 0xFF0000U + 10U + 10U * (x % 2) + 20U * (y % 2); });
+    const VORNSEHybrid& engine = start(640, 480, [](int x, int y) {
+        return 0xFF0000U + static_cast<std::uint32_t>(10 + 10 * (x % 2) + 20 * (y % 2));
+    });
     EXPECT_EQ(g_imageResizeFactor, 2.0F);
     EXPECT_EQ(engine.m_width, 320);
     EXPECT_EQ(engine.m_height, 240);

@@ -1,0 +1,116 @@
+// Flat margins that the working region loses, and those that it keeps.
+#include <random>
+
+#include "engine/engine_test.h"
+
+namespace {
+
+// A bright block on a grey ground, in a box of candidates ten pixels inside the photograph. Only
+// the margin on its left is wide: the gradient of its edge begins at column 39, so the patch of
+// columns 38 and 39 ends the margin, and 8 columns before that are kept: 30 are cut off.
+class MarginSearchTest : public EngineTest {
+  protected:
+    static constexpr int kWidth = 100;
+    static constexpr int kHeight = 80;
+
+    MarginSearchTest() {
+        fill({0, 0, kWidth, kHeight}, 100);
+        fill({40, 12, 40, 56}, 200);
+        for (Area row{10, 10, 80, 1}; row.y < 70; ++row.y) {
+            std::fill_n(rowOf(m_labels.get(), row.y) + row.x, row.width, label::kProbableObject);
+        }
+    }
+    void fill(const Area& area, int value) {
+        for (int y = area.y; y < area.y + area.height; ++y) {
+            std::fill_n(rowOf(m_grey.get(), y) + area.x, area.width,
+                        static_cast<std::uint8_t>(value));
+        }
+    }
+    // The region left of the whole photograph.
+    cv::Rect kept(int strokeType = stroke::kLoopAdd) {
+        const IplImage* grey = m_grey.get();
+        start(grey->width, grey->height, [=](int x, int y) { return greyWord(rowOf(grey, y)[x]); });
+        setLabels(ImagePtr(cvCloneImage(m_labels.get())));
+        setStroke(strokeType, {});
+        setRegion({0, 0, grey->width, grey->height});
+        pHybrid->preProcess();
+        return {VORNSEMarker::m_xMinBBox, VORNSEMarker::m_yMinBBox, pHybrid->m_cropWidth,
+                pHybrid->m_cropHeight};
+    }
+    static cv::Rect from(int column) { return {column, 0, kWidth - column, kHeight}; }
+
+    ImagePtr m_grey = createImage(kWidth, kHeight, 1);
+    ImagePtr m_labels = imageWith(kWidth, kHeight, {{0, 0, kWidth, kHeight}}, 1);
+};
+
+TEST_F(MarginSearchTest, PlainMarginIsCutOffOnItsSide) {
+    EXPECT_EQ(kept(), from(30));
+    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 40)[30], label::kBackground);
+    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 40)[31], label::kProbableObject);
+    const auto turn = [](ImagePtr& image, bool sideways, int flip) {
+        const cv::Mat source = cv::cvarrToMat(image.get());
+        cv::Mat turned = sideways ? cv::Mat(source.t()) : source.clone();
+        cv::flip(turned, turned, flip);
+        ImagePtr result = createImage(turned.cols, turned.rows, 1);
+        turned.copyTo(cv::cvarrToMat(result.get()));
+        image = std::move(result);
+    };
+    const auto turnBoth = [&](bool sideways, int flip) {
+        turn(m_grey, sideways, flip);
+        turn(m_labels, sideways, flip);
+        return kept();
+    };
+    EXPECT_EQ(turnBoth(false, 1), cv::Rect(0, 0, 70, 80));   // right
+    EXPECT_EQ(turnBoth(true, 1), cv::Rect(0, 0, 80, 70));    // bottom
+    EXPECT_EQ(turnBoth(false, 0), cv::Rect(0, 30, 80, 70));  // top
+}
+
+TEST_F(MarginSearchTest, MarkedPixelEndsTheMargin) {
+    for (int x = 11; x < 38; ++x) {
+        rowOf(m_labels.get(), 40)[x] = label::kObject;
+        EXPECT_EQ(kept(), from(x < 24 ? 0 : x - 8)) << x;  // less than 16 columns do not pay
+        EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 40)[x], label::kObject);
+        rowOf(m_labels.get(), 40)[x] = label::kProbableObject;
+    }
+}
+
+TEST_F(MarginSearchTest, ThinAndSoftThingsEndTheMargin) {
+    // A spoke: around its tip the gradient's mean is 36 in columns 26 and 27, 98 in 27 and 28.
+    fill({28, 40, 12, 1}, 160);
+    EXPECT_EQ(kept(), from(19));
+    fill({28, 40, 12, 1}, 100);
+    for (int x = 20; x < 40; ++x) {
+        fill({x, 30, 1, 20}, 100 + 2 * (x - 19));  // a slope: columns 24, 25 are 11 levels away
+    }
+    EXPECT_EQ(kept(), from(16));
+}
+
+TEST_F(MarginSearchTest, NothingIsCutInDoubt) {
+    for (const int type : {stroke::kLoopRemove, stroke::kBrushAdd, stroke::kBrushRemove}) {
+        EXPECT_EQ(kept(type), from(0));
+    }
+    for (const auto code : {label::kFree, label::kObject}) {  // on the side that is not cut
+        rowOf(m_labels.get(), 40)[kWidth - 1] = code;
+        EXPECT_EQ(kept(), from(0));
+    }
+    rowOf(m_labels.get(), 40)[kWidth - 1] = label::kBackground;
+    fill({40, 12, 40, 56}, 100);  // no object to be seen
+    EXPECT_EQ(kept(), from(0));
+    std::mt19937 random{1};
+    for (int i = 0; i < kWidth * kHeight; ++i) {
+        rowOf(m_grey.get(), i / kWidth)[i % kWidth] = static_cast<std::uint8_t>(random() % 256);
+    }
+    EXPECT_EQ(kept(), from(0));
+}
+
+TEST_F(MarginSearchTest, RegionWithoutInsideStays) {
+    for (const auto& [width, height] : {std::pair{1, 60}, {60, 1}, {2, 60}, {60, 2}, {3, 60}}) {
+        m_grey = imageWith(width, height, {{0, 0, width, height}}, 100);
+        m_labels = imageWith(width, height, {{0, 0, width, height}}, 1);
+        rowOf(m_grey.get(), height / 2)[width / 2] = 250;
+        rowOf(m_labels.get(), height / 2)[width / 2] = label::kProbableObject;
+        EXPECT_EQ(kept(), cv::Rect(0, 0, width, height));
+    }
+}
+
+}  // namespace
