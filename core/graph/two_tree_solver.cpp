@@ -3,8 +3,12 @@
 // augmentation to the next.
 //
 // A state byte holds the node's parent (0 none, 1 the terminal, 2 + d the neighbour in direction d),
-// its tree and whether it is queued. All zero is a free node, so nodes that the graph skipped need no
-// initialisation.
+// its tree and whether it is queued. All zero is a free node, so nodes that the graph skipped, and
+// the border around the grid, need no initialisation. A cell is a node's number in the graph, row by
+// row, which its capacities and its record go by; everything else goes by the tiled number.
+//
+// Invariant: m_open tells of every edge inside the image whether it carries flow, so that scans of
+// neighbours do not read capacities.
 //
 // Why distances can be remembered: within a stage only orphans change their parent, and only children
 // of a node that is set free become orphans. A node with an unbroken chain to its root has no orphan
@@ -12,6 +16,7 @@
 #include "graph/two_tree_solver.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 
@@ -38,9 +43,6 @@ constexpr int kDistanceBits = 12;
 constexpr std::uint32_t kDistanceMask = (1U << kDistanceBits) - 1;
 constexpr std::uint32_t kLastStage = std::numeric_limits<std::uint32_t>::max() >> kDistanceBits;
 
-constexpr int kDirectionsInBottomRow = 5;
-constexpr int kDirectionsOfLastNode = 4;
-
 constexpr int opposite(int direction) {
     return (direction + 4) % kSlotsPerNode;
 }
@@ -48,6 +50,12 @@ constexpr int opposite(int direction) {
 constexpr std::uint8_t parentCode(int direction) {
     return static_cast<std::uint8_t>(kFirstDirection + direction);
 }
+
+// Tiled numbers per node that a large graph may cost; a very narrow one would cost eight.
+constexpr std::size_t kMostNumbersPerNode = 2;
+constexpr std::size_t kSmallGrid = 1U << 16;
+constexpr int kNobody = -1;
+constexpr std::size_t kFirstPathLength = 1024;
 
 bool carriesFlow(float capacity) {
     return capacity != 0.0F && capacity != kNoEdge;
@@ -99,9 +107,8 @@ TwoTreeSolver::TwoTreeSolver(VORNSEGraph& graph)
     : m_graph(graph),
       m_caps(graph.m_edgeCaps),
       m_records(graph.m_nodes),
-      m_nodeCount(graph.m_nodeCount),
-      m_lastRow(graph.m_width * (graph.m_height - 1)),
-      m_headOffset{-1, -graph.m_width - 1, -graph.m_width, -graph.m_width + 1,
+      m_grid(graph.m_width, graph.m_height),
+      m_cellOffset{-1, -graph.m_width - 1, -graph.m_width, -graph.m_width + 1,
                    1,  graph.m_width + 1,  graph.m_width,  graph.m_width - 1},
       m_slotOffset{0,
                    2,
@@ -110,113 +117,109 @@ TwoTreeSolver::TwoTreeSolver(VORNSEGraph& graph)
                    9,
                    kSlotsPerNode * graph.m_width + 11,
                    kSlotsPerNode * graph.m_width + 5,
-                   kSlotsPerNode * graph.m_width - 1},
-      m_margin(static_cast<std::size_t>(graph.m_width) + 1),
-      m_stateStore(
-          allocateZeroed<std::uint8_t>(static_cast<std::size_t>(m_nodeCount) + 2 * m_margin)),
-      m_state(m_stateStore == nullptr ? nullptr : m_stateStore.get() + m_margin),
-      m_marks(allocateZeroed<std::uint32_t>(static_cast<std::size_t>(m_nodeCount))) {}
+                   kSlotsPerNode * graph.m_width - 1} {
+    m_known.fill({kNobody, 0});
+    if (fits()) {
+        m_state.reset(allocateZeroed<std::uint8_t>(m_grid.size()));
+        m_open.reset(allocateZeroed<Directions>(m_grid.size()));
+    }
+}
+
+bool TwoTreeSolver::fits() const {
+    return m_graph.m_nodeCount == m_graph.m_width * m_graph.m_height &&
+           m_graph.m_edgeCount == kSlotsPerNode * m_graph.m_nodeCount &&
+           m_grid.size() <=
+               kSmallGrid + kMostNumbersPerNode * static_cast<std::size_t>(m_graph.m_nodeCount);
+}
 
 bool TwoTreeSolver::canSolve() const {
-    if (m_state == nullptr || m_marks == nullptr ||
-        m_nodeCount != m_graph.m_width * m_graph.m_height ||
-        m_graph.m_edgeCount != kSlotsPerNode * m_nodeCount ||
-        m_graph.m_edgeMax - m_caps < kSlotsPerNode + m_graph.m_edgeCount) {
-        return false;
-    }
+    return m_state != nullptr && m_open != nullptr;
+}
+
+template <typename Visit>
+void TwoTreeSolver::forEachNode(Visit visit) const {
     const int width = m_graph.m_width;
-    const auto edgeLeaves = [this](int node, std::initializer_list<int> directions) {
-        return std::any_of(directions.begin(), directions.end(), [&](int direction) {
-            const int slot = kSlotsPerNode * node + m_slotOffset[direction];
-            return direction < directionCount(node) &&
-                   (carriesFlow(m_caps[slot]) || carriesFlow(m_caps[slot ^ 1]));
-        });
-    };
     for (const NodeRange& range : m_graph.ranges()) {
-        for (int node = range.first; node < std::min(range.last, width); ++node) {
-            if (edgeLeaves(node, {1, 2, 3})) {
-                return false;
-            }
-        }
-        const int firstColumn = (range.first + width - 1) / width * width;
-        for (int node = firstColumn; node < range.last; node += width) {
-            if (edgeLeaves(node, {0, 1, 7})) {
-                return false;
-            }
-        }
-        const int lastColumn = range.first / width * width + width - 1;
-        for (int node = lastColumn; node < range.last; node += width) {
-            if (edgeLeaves(node, {3, 4, 5})) {
-                return false;
+        int x = range.first % width;
+        int y = range.first / width;
+        for (int cell = range.first; cell < range.last; ++cell) {
+            visit(cell, m_grid.at(x, y), x, y);
+            if (++x == width) {
+                x = 0;
+                ++y;
             }
         }
     }
-    return true;
 }
 
-int TwoTreeSolver::directionCount(int node) const {
-    if (node < m_lastRow) {
-        return kSlotsPerNode;
-    }
-    return node < m_nodeCount - 1 ? kDirectionsInBottomRow : kDirectionsOfLastNode;
-}
-
-int TwoTreeSolver::directionOf(int node, int slot) const {
+int TwoTreeSolver::directionOf(int cell, int slot) const {
     const int* const end = m_slotOffset + kSlotsPerNode;
-    return static_cast<int>(std::find(m_slotOffset, end, slot - kSlotsPerNode * node) -
+    return static_cast<int>(std::find(m_slotOffset, end, slot - kSlotsPerNode * cell) -
                             m_slotOffset);
 }
 
-void TwoTreeSolver::importRecords() {
-    for (const NodeRange& range : m_graph.ranges()) {
-        for (int node = range.first; node < range.last; ++node) {
-            const nodes& record = m_records[node];
-            std::uint8_t state = kNoParent;
-            if (record.parentEdge == parent::kTerminal) {
-                state = kTerminalParent;
-            } else if (record.parentEdge != parent::kNone) {
-                state = parentCode(directionOf(node, record.parentEdge));
-            }
-            if (record.treeLabel != tree::kFree) {
-                state = static_cast<std::uint8_t>(
-                    state | (record.treeLabel == tree::kSink ? kInSink : kInSource));
-            }
-            m_state[node] = state;
+// Every edge belongs to the later of its nodes in row order, whose directions 0 .. 3 it takes.
+void TwoTreeSolver::importEdges(int cell, int node, int x, int y) {
+    const bool left = x > 0;
+    const bool up = y > 0;
+    const bool present[] = {left, left && up, up, up && x < m_graph.m_width - 1};
+    const float* caps = m_caps + static_cast<std::ptrdiff_t>(kSlotsPerNode) * cell;
+    const int* steps = m_grid.steps(node);
+    for (int direction = 0; direction < kSlotsPerNode / 2; ++direction) {
+        if (present[direction]) {
+            openOrClose(node, node + steps[direction], direction, caps + 2 * direction);
         }
     }
+}
+
+void TwoTreeSolver::importRecords() {
+    forEachNode([this](int cell, int node, int x, int y) {
+        const nodes& record = m_records[cell];
+        std::uint8_t state = kNoParent;
+        if (record.parentEdge == parent::kTerminal) {
+            state = kTerminalParent;
+        } else if (record.parentEdge != parent::kNone) {
+            state = parentCode(directionOf(cell, record.parentEdge));
+        }
+        if (record.treeLabel != tree::kFree) {
+            state = static_cast<std::uint8_t>(
+                state | (record.treeLabel == tree::kSink ? kInSink : kInSource));
+        }
+        m_state[static_cast<std::size_t>(node)] = state;
+        importEdges(cell, node, x, y);
+    });
     while (nodes* record = m_graph.GetTopActiveQueueNode()) {
         record->nextActive = nullptr;
-        activate(static_cast<int>(record - m_records));
+        const auto cell = static_cast<int>(record - m_records);
+        activate(m_grid.at(cell % m_graph.m_width, cell / m_graph.m_width));
     }
 }
 
 void TwoTreeSolver::exportRecords() {
-    for (const NodeRange& range : m_graph.ranges()) {
-        for (int node = range.first; node < range.last; ++node) {
-            const std::uint8_t state = m_state[node];
-            const int code = state & kParentMask;
-            nodes& record = m_records[node];
-            if (code >= kFirstDirection) {
-                record.parentEdge = kSlotsPerNode * node + m_slotOffset[code - kFirstDirection];
-            } else {
-                record.parentEdge = code == kTerminalParent ? parent::kTerminal : parent::kNone;
-            }
-            const int treeBits = state & kTreeMask;
-            record.treeLabel = treeBits == kInSink     ? tree::kSink
-                               : treeBits == kInSource ? tree::kSource
-                                                       : tree::kFree;
+    forEachNode([this](int cell, int node, int /*x*/, int /*y*/) {
+        const std::uint8_t state = m_state[static_cast<std::size_t>(node)];
+        const int code = state & kParentMask;
+        nodes& record = m_records[cell];
+        if (code >= kFirstDirection) {
+            record.parentEdge = kSlotsPerNode * cell + m_slotOffset[code - kFirstDirection];
+        } else {
+            record.parentEdge = code == kTerminalParent ? parent::kTerminal : parent::kNone;
         }
-    }
+        const int treeBits = state & kTreeMask;
+        record.treeLabel = treeBits == kInSink     ? tree::kSink
+                           : treeBits == kInSource ? tree::kSource
+                                                   : tree::kFree;
+    });
     while (!m_active.empty()) {
-        m_graph.AddToActiveQueue(m_records + m_active.pop());
+        m_graph.AddToActiveQueue(m_records + m_grid.rowMajor(m_active.pop()));
     }
     while (!m_orphans.empty()) {
-        m_graph.AddToOrphanQueue(m_records + m_orphans.pop());
+        m_graph.AddToOrphanQueue(m_records + m_grid.rowMajor(m_orphans.pop()));
     }
 }
 
 void TwoTreeSolver::activate(int node) {
-    std::uint8_t& state = m_state[node];
+    std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
     if ((state & kActive) == 0) {
         state = static_cast<std::uint8_t>(state | kActive);
         m_active.push(node);
@@ -224,12 +227,30 @@ void TwoTreeSolver::activate(int node) {
 }
 
 void TwoTreeSolver::makeOrphan(int node) {
-    std::uint8_t& state = m_state[node];
+    std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
     state = static_cast<std::uint8_t>(state & ~kParentMask);
     if ((state & kOrphan) == 0) {
         state = static_cast<std::uint8_t>(state | kOrphan);
         m_orphans.push(node);
     }
+}
+
+// Brings the directions of both ends up to date with an edge's pair of capacities: from `node` in
+// `direction` to `neighbour`, and back.
+void TwoTreeSolver::openOrClose(int node, int neighbour, int direction, const float* pair) {
+    const auto set = [](std::uint8_t& directions, int bit, bool open) {
+        const auto cleared = static_cast<std::uint8_t>(directions & ~(1U << bit));
+        directions =
+            static_cast<std::uint8_t>(cleared | static_cast<std::uint8_t>((open ? 1U : 0U) << bit));
+    };
+    const bool there = carriesFlow(pair[0]);
+    const bool back = carriesFlow(pair[1]);
+    Directions& from = m_open[static_cast<std::size_t>(node)];
+    Directions& to = m_open[static_cast<std::size_t>(neighbour)];
+    set(from.out, direction, there);
+    set(from.in, direction, back);
+    set(to.in, opposite(direction), there);
+    set(to.out, opposite(direction), back);
 }
 
 void TwoTreeSolver::run() {
@@ -238,7 +259,7 @@ void TwoTreeSolver::run() {
     bool stopped = VORNSEMarker::m_exitApp;
     while (!stopped && !m_active.empty()) {
         const int node = m_active.pop();
-        std::uint8_t& state = m_state[node];
+        std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
         state = static_cast<std::uint8_t>(state & ~kActive);
         bool augmented = true;
         while (augmented && !stopped) {
@@ -256,16 +277,12 @@ void TwoTreeSolver::run() {
 // augments through that one; false when there is none.
 template <int kTree>
 bool TwoTreeSolver::growOrAugment(int node) {
-    constexpr int kSisterBit = kTree == kInSink ? 1 : 0;
-    std::uint8_t* const states = m_state;
-    const float* const caps = m_caps;
-    const int directions = directionCount(node);
-    for (int direction = 0; direction < directions; ++direction) {
-        const int slot = (kSlotsPerNode * node + m_slotOffset[direction]) ^ kSisterBit;
-        if (!carriesFlow(caps[slot])) {
-            continue;
-        }
-        const int neighbour = node + m_headOffset[direction];
+    std::uint8_t* const states = m_state.get();
+    const Directions open = m_open[static_cast<std::size_t>(node)];
+    const int* const steps = m_grid.steps(node);
+    for (unsigned left = kTree == kInSource ? open.out : open.in; left != 0; left &= left - 1) {
+        const int direction = __builtin_ctz(left);
+        const int neighbour = node + steps[direction];
         const std::uint8_t state = states[neighbour];
         if ((state & kTreeMask) == 0) {
             states[neighbour] = static_cast<std::uint8_t>((state & (kActive | kOrphan)) | kTree |
@@ -275,8 +292,11 @@ bool TwoTreeSolver::growOrAugment(int node) {
             // Marked active, the node is not queued while its orphans are adopted: it is scanned
             // again right after.
             states[node] = static_cast<std::uint8_t>(states[node] | kActive);
-            augment(slot, kTree == kInSource ? node : neighbour,
-                    kTree == kInSource ? neighbour : node);
+            if (kTree == kInSource) {
+                augment(node, neighbour, direction);
+            } else {
+                augment(neighbour, node, opposite(direction));
+            }
             adoptOrphans();
             states[node] = static_cast<std::uint8_t>(states[node] & ~kActive);
             return true;
@@ -285,22 +305,28 @@ bool TwoTreeSolver::growOrAugment(int node) {
     return false;
 }
 
-void TwoTreeSolver::augment(int slot, int sourceEnd, int sinkEnd) {
-    float bottleneck = walkToRoot(m_sinkPath, sinkEnd, 0, m_caps[slot]);
-    float& sinkResidual = m_records[m_sinkPath.root].residualTerminalCap;
-    bottleneck = -sinkResidual < bottleneck ? -sinkResidual : bottleneck;
-    bottleneck = walkToRoot(m_sourcePath, sourceEnd, 1, bottleneck);
-    float& sourceResidual = m_records[m_sourcePath.root].residualTerminalCap;
-    bottleneck = sourceResidual < bottleneck ? sourceResidual : bottleneck;
+// Pushes what the path through the edge from `sourceEnd` in `direction` to `sinkEnd` can carry.
+void TwoTreeSolver::augment(int sourceEnd, int sinkEnd, int direction) {
+    const int cell = m_grid.rowMajor(sourceEnd);
+    const int slot = kSlotsPerNode * cell + m_slotOffset[direction];
+    walkToRoots(sourceEnd, cell, sinkEnd, cell + m_cellOffset[direction]);
+    float& sinkResidual = m_records[m_sinkPath.rootCell].residualTerminalCap;
+    float& sourceResidual = m_records[m_sourcePath.rootCell].residualTerminalCap;
+    float bottleneck = m_caps[slot];
+    for (const float room :
+         {m_sinkPath.smallest, -sinkResidual, m_sourcePath.smallest, sourceResidual}) {
+        bottleneck = room < bottleneck ? room : bottleneck;
+    }
 
     m_caps[slot] -= bottleneck;
     m_caps[slot ^ 1] += bottleneck;
-    pushFlow(m_sinkPath, bottleneck);
+    openOrCloseSlot(sourceEnd, sinkEnd, direction, slot);
+    pushFlow<kInSink>(m_sinkPath, bottleneck);
     sinkResidual += bottleneck;
     if (sinkResidual == 0.0F) {
         makeOrphan(m_sinkPath.root);
     }
-    pushFlow(m_sourcePath, bottleneck);
+    pushFlow<kInSource>(m_sourcePath, bottleneck);
     sourceResidual -= bottleneck;
     if (sourceResidual == 0.0F) {
         makeOrphan(m_sourcePath.root);
@@ -308,44 +334,107 @@ void TwoTreeSolver::augment(int slot, int sourceEnd, int sinkEnd) {
     m_graph.m_flow += bottleneck;
 }
 
-// Records the edges from `node` up to its root; flow runs along a child's parent edge in the sink
-// tree and along its sister in the source tree. Returns the smallest capacity met.
-float TwoTreeSolver::walkToRoot(Path& path, int node, int sisterBit, float bottleneck) {
-    const std::uint8_t* const states = m_state;
-    const float* const caps = m_caps;
-    std::size_t length = 0;
-    std::size_t room = path.steps.size();
-    Path::Step* steps = path.steps.data();
-    for (;;) {
-        const int code = states[node] & kParentMask;
-        if (code == kTerminalParent) {
-            break;
-        }
-        if (length == room) {
-            path.steps.resize(std::max<std::size_t>(2 * room, 1024));
-            room = path.steps.size();
-            steps = path.steps.data();
-        }
-        const int direction = code - kFirstDirection;
-        const int slot = (kSlotsPerNode * node + m_slotOffset[direction]) ^ sisterBit;
-        steps[length++] = {slot, node};
-        bottleneck = caps[slot] < bottleneck ? caps[slot] : bottleneck;
-        node += m_headOffset[direction];
-    }
-    path.length = length;
-    path.root = node;
-    return bottleneck;
+void TwoTreeSolver::openOrCloseSlot(int node, int neighbour, int direction, int slot) {
+    const float pair[] = {m_caps[slot], m_caps[slot ^ 1]};
+    openOrClose(node, neighbour, direction, pair);
 }
 
+// The walk from one end of the meeting edge to the root of its tree. Flow runs along a child's parent
+// edge in the sink tree and along its sister in the source tree.
+template <int kTree>
+class TwoTreeSolver::Walk {
+  public:
+    Walk(TwoTreeSolver& solver, Path& path, int node, int cell)
+        : m_solver(solver),
+          m_path(path),
+          m_next(path.steps.data()),
+          m_end(m_next + path.steps.size()),
+          m_node(node),
+          m_cell(cell) {}
+
+    // One step; false at the root.
+    bool step() {
+        const int code = m_solver.m_state[static_cast<std::size_t>(m_node)] & kParentMask;
+        if (code == kTerminalParent) {
+            return false;
+        }
+        const int direction = code - kFirstDirection;
+        const int slot = (kSlotsPerNode * m_cell + m_solver.m_slotOffset[direction]) ^
+                         (kTree == kInSource ? 1 : 0);
+        if (m_next == m_end) {
+            makeRoom();
+        }
+        *m_next++ = {slot, m_node};
+        const float capacity = m_solver.m_caps[slot];
+        m_smallest = capacity < m_smallest ? capacity : m_smallest;
+        m_node += m_solver.m_grid.steps(m_node)[direction];
+        m_cell += m_solver.m_cellOffset[direction];
+        return true;
+    }
+
+    void finish() const {
+        m_path.length = static_cast<std::size_t>(m_next - m_path.steps.data());
+        m_path.smallest = m_smallest;
+        m_path.root = m_node;
+        m_path.rootCell = m_cell;
+    }
+
+  private:
+    void makeRoom() {
+        const std::size_t length = m_path.steps.size();
+        m_path.steps.resize(std::max<std::size_t>(2 * length, kFirstPathLength));
+        m_next = m_path.steps.data() + length;
+        m_end = m_path.steps.data() + m_path.steps.size();
+    }
+
+    TwoTreeSolver& m_solver;
+    Path& m_path;
+    Path::Step* m_next;
+    Path::Step* m_end;
+    int m_node;
+    int m_cell;
+    float m_smallest = std::numeric_limits<float>::infinity();
+};
+
+// Records the edges from both ends of the meeting edge up to the roots. The walks wait for memory
+// rather than for each other, so they go side by side.
+void TwoTreeSolver::walkToRoots(int sourceEnd, int sourceCell, int sinkEnd, int sinkCell) {
+    Walk<kInSource> source(*this, m_sourcePath, sourceEnd, sourceCell);
+    Walk<kInSink> sink(*this, m_sinkPath, sinkEnd, sinkCell);
+    bool sourceGoesOn = true;
+    bool sinkGoesOn = true;
+    while (sourceGoesOn && sinkGoesOn) {
+        sinkGoesOn = sink.step();
+        sourceGoesOn = source.step();
+    }
+    while (sinkGoesOn) {
+        sinkGoesOn = sink.step();
+    }
+    while (sourceGoesOn) {
+        sourceGoesOn = source.step();
+    }
+    source.finish();
+    sink.finish();
+}
+
+template <int kTree>
 void TwoTreeSolver::pushFlow(const Path& path, float amount) {
     float* const caps = m_caps;
     const Path::Step* const end = path.steps.data() + path.length;
     for (const Path::Step* step = path.steps.data(); step != end; ++step) {
         const float left = caps[step->slot] - amount;
+        const float back = caps[step->slot ^ 1];
         caps[step->slot] = left;
-        caps[step->slot ^ 1] += amount;
-        if (left == 0.0F) {
-            makeOrphan(step->node);
+        caps[step->slot ^ 1] = back + amount;
+        if (!carriesFlow(left) || !carriesFlow(back) || !carriesFlow(back + amount)) {
+            const int node = step->node;
+            const int direction =
+                (m_state[static_cast<std::size_t>(node)] & kParentMask) - kFirstDirection;
+            openOrCloseSlot(node, node + m_grid.steps(node)[direction], direction,
+                            kTree == kInSink ? step->slot : step->slot ^ 1);
+            if (left == 0.0F) {
+                makeOrphan(node);
+            }
         }
     }
 }
@@ -354,7 +443,7 @@ void TwoTreeSolver::adoptOrphans() {
     startStage();
     while (!m_orphans.empty() && !VORNSEMarker::m_exitApp.load(std::memory_order_relaxed)) {
         const int node = m_orphans.pop();
-        std::uint8_t& state = m_state[node];
+        std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
         state = static_cast<std::uint8_t>(state & ~kOrphan);
         if ((state & kTreeMask) == kInSink) {
             adopt<kInSink>(node);
@@ -366,9 +455,7 @@ void TwoTreeSolver::adoptOrphans() {
 
 void TwoTreeSolver::startStage() {
     if (m_stage == kLastStage) {
-        for (const NodeRange& range : m_graph.ranges()) {
-            std::fill(m_marks.get() + range.first, m_marks.get() + range.last, 0U);
-        }
+        m_known.fill({kNobody, 0});
         m_stage = 0;
     }
     ++m_stage;
@@ -376,18 +463,15 @@ void TwoTreeSolver::startStage() {
 
 template <int kTree>
 void TwoTreeSolver::adopt(int node) {
-    constexpr int kSisterBit = kTree == kInSource ? 1 : 0;
-    std::uint8_t* const states = m_state;
-    const float* const caps = m_caps;
-    const int directions = directionCount(node);
+    std::uint8_t* const states = m_state.get();
+    const Directions open = m_open[static_cast<std::size_t>(node)];
+    const unsigned usable = kTree == kInSource ? open.in : open.out;
+    const int* const steps = m_grid.steps(node);
     int bestDirection = -1;
     int bestDistance = kUnreachable;
-    for (int direction = 0; direction < directions; ++direction) {
-        const int slot = (kSlotsPerNode * node + m_slotOffset[direction]) ^ kSisterBit;
-        if (!carriesFlow(caps[slot])) {
-            continue;
-        }
-        const int neighbour = node + m_headOffset[direction];
+    for (unsigned left = usable; left != 0; left &= left - 1) {
+        const int direction = __builtin_ctz(left);
+        const int neighbour = node + steps[direction];
         if ((states[neighbour] & kTreeMask) == kTree &&
             (states[neighbour] & kParentMask) != kNoParent) {
             const int candidate = distance(neighbour, bestDistance);
@@ -403,18 +487,14 @@ void TwoTreeSolver::adopt(int node) {
     }
 
     states[node] = static_cast<std::uint8_t>(states[node] & kActive);
-    for (int direction = 0; direction < directions; ++direction) {
-        const int slot = (kSlotsPerNode * node + m_slotOffset[direction]) ^ kSisterBit;
-        if (caps[slot] == kNoEdge) {
-            continue;
-        }
-        const int neighbour = node + m_headOffset[direction];
+    for (int direction = 0; direction < kSlotsPerNode; ++direction) {
+        const int neighbour = node + steps[direction];
         const std::uint8_t state = states[neighbour];
         const int code = state & kParentMask;
         if ((state & kTreeMask) != kTree || code == kNoParent) {
             continue;
         }
-        if (caps[slot] != 0.0F) {
+        if ((usable >> direction & 1U) != 0) {
             activate(neighbour);
         }
         if (code == parentCode(opposite(direction))) {
@@ -426,17 +506,17 @@ void TwoTreeSolver::adopt(int node) {
 // Number of edges from an orphan through its neighbour `node` to the terminal; kUnreachable when the
 // chain is broken or not shorter than `limit`.
 int TwoTreeSolver::distance(int node, int limit) {
-    const std::uint8_t* const states = m_state;
-    std::uint32_t* const marks = m_marks.get();
-    const std::uint32_t stage = m_stage << kDistanceBits;
+    const std::uint8_t* const states = m_state.get();
+    const std::uint32_t stage = m_stage;
     int end = node;
     int total = 1;
     for (;; ++total) {
         if (total >= limit) {
             return kUnreachable;
         }
-        if ((marks[end] & ~kDistanceMask) == stage) {
-            total += static_cast<int>(marks[end] & kDistanceMask) - 1;
+        const Known& known = m_known[placeOf(end)];
+        if (known.node == end && (known.mark >> kDistanceBits) == stage) {
+            total += static_cast<int>(known.mark & kDistanceMask) - 1;
             break;
         }
         const int code = states[end] & kParentMask;
@@ -446,14 +526,14 @@ int TwoTreeSolver::distance(int node, int limit) {
         if (code == kNoParent) {
             return kUnreachable;
         }
-        end += m_headOffset[code - kFirstDirection];
+        end += m_grid.steps(end)[code - kFirstDirection];
     }
     for (int left = total; left <= static_cast<int>(kDistanceMask); --left) {
-        marks[node] = stage | static_cast<std::uint32_t>(left);
+        m_known[placeOf(node)] = {node, stage << kDistanceBits | static_cast<std::uint32_t>(left)};
         if (node == end) {
             break;
         }
-        node += m_headOffset[(states[node] & kParentMask) - kFirstDirection];
+        node += m_grid.steps(node)[(states[node] & kParentMask) - kFirstDirection];
     }
     return total;
 }

@@ -1,23 +1,25 @@
-// The search of max_flow.cpp on a denser store, for whole graphs: one state byte a node instead of
-// its record, paths remembered while they are walked, distances remembered while they hold. Queues,
-// scans and roundings come in the same order, so the result is the same bit for bit.
+// The search of max_flow.cpp on a denser store, for whole graphs: three bytes a node in tiles instead
+// of its record and its capacities in rows, paths remembered while they are walked, distances
+// remembered while they hold. Queues, scans and roundings come in the same order, so the result is
+// the same bit for bit.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
 #include "graph/graph.h"
+#include "graph/tiled_grid.h"
 
 class TwoTreeSolver {
   public:
     // `graph` is initialised (VORNSEGraph::maxflowInit) and outlives the solver.
     explicit TwoTreeSolver(VORNSEGraph& graph);
 
-    // False without memory, for a graph that is not completely built or without spare slots behind
-    // the last node's, and for one with an edge that leaves the image, whose wrap-around the dense
-    // scan would follow.
+    // False without memory, for a graph that is not completely built, and for one so narrow that its
+    // tiles would be mostly empty.
     bool canSolve() const;
 
     // Runs the search and writes trees and queues back into the graph's records, also when it is
@@ -58,7 +60,27 @@ class TwoTreeSolver {
         };
         std::vector<Step> steps;  // only the first `length` count
         std::size_t length = 0;
+        float smallest = 0.0F;  // capacity on the way
         int root = 0;
+        int rootCell = 0;
+    };
+
+    // A distance that was walked, see distance(). The few that a stage walks share a table that
+    // stays in the first-level cache; one that another displaces is walked again.
+    struct Known {
+        int node;
+        std::uint32_t mark;  // stage and distance
+    };
+    static constexpr int kKnownBits = 12;
+    static std::size_t placeOf(int node) {
+        const auto key = static_cast<std::uint32_t>(node);
+        return (key ^ key >> kKnownBits) & ((1U << kKnownBits) - 1);
+    }
+
+    // The directions in which a node's edges carry flow, a bit each.
+    struct Directions {
+        std::uint8_t out;
+        std::uint8_t in;
     };
 
     struct Free {
@@ -67,13 +89,21 @@ class TwoTreeSolver {
     template <typename T>
     using Zeroed = std::unique_ptr<T[], Free>;
 
+    template <typename Visit>
+    void forEachNode(Visit visit) const;
+    void importEdges(int cell, int node, int x, int y);
     void importRecords();
     void exportRecords();
     template <int kTree>
     bool growOrAugment(int node);
-    void augment(int slot, int sourceEnd, int sinkEnd);
-    float walkToRoot(Path& path, int node, int sisterBit, float bottleneck);
+    void augment(int sourceEnd, int sinkEnd, int direction);
+    template <int kTree>
+    class Walk;
+    void walkToRoots(int sourceEnd, int sourceCell, int sinkEnd, int sinkCell);
+    template <int kTree>
     void pushFlow(const Path& path, float amount);
+    void openOrClose(int node, int neighbour, int direction, const float* pair);
+    void openOrCloseSlot(int node, int neighbour, int direction, int slot);
     void adoptOrphans();
     template <int kTree>
     void adopt(int node);
@@ -81,21 +111,18 @@ class TwoTreeSolver {
     void startStage();
     void activate(int node);
     void makeOrphan(int node);
-    int directionCount(int node) const;
-    int directionOf(int node, int slot) const;
+    int directionOf(int cell, int slot) const;
+    bool fits() const;
 
     VORNSEGraph& m_graph;
     float* const m_caps;
     nodes* const m_records;
-    const int m_nodeCount;
-    const int m_lastRow;  // first node of the bottom row, which has no neighbours below
-    int m_headOffset[kSlotsPerNode];
+    const TiledGrid m_grid;
+    int m_cellOffset[kSlotsPerNode];
     int m_slotOffset[kSlotsPerNode];
-    // Scans of nodes at the rim of the grid look past it, where every state reads as free.
-    const std::size_t m_margin;
-    const Zeroed<std::uint8_t> m_stateStore;
-    std::uint8_t* const m_state;    // node 0's entry of the store
-    Zeroed<std::uint32_t> m_marks;  // stage and distance, see distance()
+    Zeroed<std::uint8_t> m_state;
+    Zeroed<Directions> m_open;
+    std::array<Known, std::size_t{1} << kKnownBits> m_known;
     std::uint32_t m_stage = 0;
     Queue m_active;
     Queue m_orphans;
