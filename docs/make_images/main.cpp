@@ -10,6 +10,7 @@
 
 #include "host_session.h"
 #include "painting.h"
+#include "snapping.h"
 #include "stages.h"
 
 namespace {
@@ -20,6 +21,14 @@ const cv::Rect kSpoon(375, 50, 64, 64);
 const cv::Rect kPersonBox(cv::Point(20, 10), cv::Point(363, 512));
 const BrushStroke kCollar{
     {{140, 180}, {175, 195}, {235, 205}, {285, 215}, {265, 248}, {215, 262}, {185, 240}}, 8, true};
+
+// Points along the cup's rim and along the person, and what of the photographs is shown.
+const std::vector<cv::Point> kRim{{185, 85},  {260, 28},  {385, 80}, {395, 160},
+                                  {290, 198}, {190, 140}, {185, 85}};
+const std::vector<cv::Point> kSilhouette{{57, 262}, {112, 192}, {160, 118}, {225, 13},
+                                         {300, 95}, {258, 178}, {305, 238}, {358, 300}};
+const cv::Rect kRimView(130, 0, 310, 320);
+const cv::Rect kSilhouetteView(30, 0, 350, 320);
 
 cv::Mat read(const std::string& path) {
     cv::Mat photo = cv::imread(path);
@@ -73,8 +82,13 @@ int main(int argc, char** argv) {
     try {
         const std::string samples = argv[1];
         const std::string images = argv[2];
-        paintCup(read(samples + "/coffee.png"), images);
-        paintPerson(read(samples + "/astronaut.png"), images);
+        const cv::Mat cup = read(samples + "/coffee.png");
+        const cv::Mat person = read(samples + "/astronaut.png");
+        paintCup(cup, images);
+        paintPerson(person, images);
+        writePicture(images, "snapping",
+                     sideBySide({paintSnapping(cup, kRim)(kRimView),
+                                 paintSnapping(person, kSilhouette)(kSilhouetteView)}));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "make-doc-images: %s\n", error.what());
         return 1;
