@@ -14,8 +14,8 @@
 
 namespace {
 
-constexpr int kMostCalls = 40;
-constexpr int kSmallSide = 40;
+constexpr int kMostCalls = 24;
+constexpr int kSmallSide = 24;
 constexpr int kLongSide = 3000;
 // A little above the working image's pixels, so that some photographs are reduced.
 constexpr int kMostPixels = 90000;
