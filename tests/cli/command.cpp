@@ -57,7 +57,8 @@ bool Workplace::isUntouched() const {
 Outcome Workplace::run(const std::string& line) const {
     const std::string base = m_folder.string();
     std::ofstream(base + ".sh") << "cd '" << base
-                                << "'; segcore() { '" SEGCORE_PROGRAM "' \"$@\"; }\n"
+                                << "'; segcore() { " SEGCORE_RUNNER " '" SEGCORE_PROGRAM
+                                   "' \"$@\"; }\n"
                                 << line << "\n";
     const int status = std::system(
         ("exec bash " + base + ".sh </dev/null >" + base + ".out 2>" + base + ".err").c_str());
