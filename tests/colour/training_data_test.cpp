@@ -56,9 +56,6 @@ TEST_F(TrainingData, RoutesByLabelInRasterOrderAndFillsUpToFive) {
     EXPECT_EQ(rowsOf(background), (Rows{{9, 10, 11}, filler, filler, filler, filler}));
     extract({1, 3, 1, 3, 1, 3, 4, 0});
     EXPECT_EQ(background.size(), 6U);
-}
-
-TEST_F(TrainingData, WithoutLabelsThereAreFillersOnly) {
     extractTrainingData(image.get(), nullptr, foreground, background);
     EXPECT_EQ(rowsOf(foreground), Rows(5, filler));
     EXPECT_EQ(rowsOf(background), Rows(5, filler));

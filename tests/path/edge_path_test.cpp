@@ -51,27 +51,26 @@ double stepCost(const Scene& scene, int y1, int x1, int y2, int x2, double alpha
 // Bellman-Ford: relax every edge until nothing changes.
 std::vector<double> shortestCosts(const Scene& scene, int startY, int startX, double alpha) {
     const int width = scene.image->width;
-    const int height = scene.image->height;
-    std::vector<double> cost(static_cast<std::size_t>(width * height), HUGE_VAL);
+    const int count = width * scene.image->height;
+    std::vector<double> cost(static_cast<std::size_t>(count), HUGE_VAL);
     cost[static_cast<std::size_t>(startY * width + startX)] = 0.0;
     for (bool changed = true; changed;) {
         changed = false;
-        for (int n = 0; n < width * height; ++n) {
-            for (int m = 0; m < width * height; ++m) {
-                const int y1 = n / width;
-                const int x1 = n % width;
-                const int y2 = m / width;
-                const int x2 = m % width;
-                if (n == m || std::abs(y1 - y2) > 1 || std::abs(x1 - x2) > 1) {
-                    continue;
-                }
-                const double offer =
-                    cost[static_cast<std::size_t>(n)] + stepCost(scene, y1, x1, y2, x2, alpha);
-                if (offer < cost[static_cast<std::size_t>(m)]) {
-                    cost[static_cast<std::size_t>(m)] = offer;
-                    changed = true;
-                }
+        for (int i = 0; i < count * count; ++i) {
+            const int n = i / count;
+            const int m = i % count;
+            const int y1 = n / width;
+            const int x1 = n % width;
+            const int y2 = m / width;
+            const int x2 = m % width;
+            if (n == m || std::abs(y1 - y2) > 1 || std::abs(x1 - x2) > 1) {
+                continue;
             }
+            double& known = cost[static_cast<std::size_t>(m)];
+            const double offer =
+                cost[static_cast<std::size_t>(n)] + stepCost(scene, y1, x1, y2, x2, alpha);
+            changed = changed || offer < known;
+            known = std::min(known, offer);
         }
     }
     return cost;
@@ -124,17 +123,17 @@ TEST(EdgePath, CostsAndParentsMatchBellmanFord) {
 }
 
 TEST(EdgePath, CornerPixelsHaveNoNeighboursOutside) {
-    Node_ node;
-    assign_index(node, 3, 4, 0, 0, 0.5);
-    const int topLeft[] = {5, 1, -1, -1, -1, -1, -1, 4};
-    for (int k = 0; k < kPathNeighbours; ++k) {
-        EXPECT_EQ(node.neighbours[k].neighbour, topLeft[k]);
-    }
-    assign_index(node, 3, 4, 2, 3, 0.5);
-    const int bottomRight[] = {-1, -1, -1, 7, 6, 10, -1, -1};
-    for (int k = 0; k < kPathNeighbours; ++k) {
-        EXPECT_EQ(node.neighbours[k].neighbour, bottomRight[k]);
-    }
+    const auto around = [](int y, int x) {
+        Node_ node;
+        assign_index(node, 3, 4, y, x, 0.5);
+        std::vector<int> neighbours;
+        for (const Neighbour_& step : node.neighbours) {
+            neighbours.push_back(step.neighbour);
+        }
+        return neighbours;
+    };
+    EXPECT_EQ(around(0, 0), (std::vector{5, 1, -1, -1, -1, -1, -1, 4}));
+    EXPECT_EQ(around(2, 3), (std::vector{-1, -1, -1, 7, 6, 10, -1, -1}));
 }
 
 TEST(EdgePath, TheFirstOfTwoEqualOffersStands) {
@@ -169,13 +168,14 @@ TEST(EdgePath, BadRequestsGiveNoPath) {
     const ImagePtr small = createImage(3, 4, 1);
     IplImage* image = scene.image.get();
     IplImage* labels = scene.labels.get();
-    EXPECT_TRUE(find_parent_info(nullptr, labels, 0, 0, 0.5).empty());
-    EXPECT_TRUE(find_parent_info(image, nullptr, 0, 0, 0.5).empty());
-    EXPECT_TRUE(find_parent_info(image, small.get(), 0, 0, 0.5).empty());
-    EXPECT_TRUE(find_parent_info(image, labels, 4, 0, 0.5).empty());
-    EXPECT_TRUE(find_parent_info(image, labels, 0, -1, 0.5).empty());
-    EXPECT_TRUE(find_parent_info(image, labels, 0, 0, 0.5, nullptr).empty());
-    EXPECT_TRUE(find_parent_info(image, labels, 0, 0, 0.5, small.get()).empty());
+    for (const std::vector<int>& parents :
+         {find_parent_info(nullptr, labels, 0, 0, 0.5), find_parent_info(image, nullptr, 0, 0, 0.5),
+          find_parent_info(image, small.get(), 0, 0, 0.5),
+          find_parent_info(image, labels, 4, 0, 0.5), find_parent_info(image, labels, 0, -1, 0.5),
+          find_parent_info(image, labels, 0, 0, 0.5, nullptr),
+          find_parent_info(image, labels, 0, 0, 0.5, small.get())}) {
+        EXPECT_TRUE(parents.empty());
+    }
 }
 
 }  // namespace
