@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
@@ -15,6 +14,7 @@
 #include "history/undo_redo_history.h"
 #include "support/image.h"
 #include "support/log.h"
+#include "support/nearest_sampling.h"
 
 namespace {
 
@@ -22,25 +22,13 @@ constexpr double kBandFraction = 0.05;  // width of a brush's band, of the photo
 constexpr int kStrokeThickness = 3;
 constexpr int kEightConnected = 8;
 
-// The photograph's row or column that each working row or column takes its nearest-neighbour value
-// from, asked of the imaging library itself by reducing a row of indices.
-std::vector<int> sampledPositions(int photoSize, int workingSize) {
-    std::vector<int> all(static_cast<std::size_t>(photoSize));
-    std::iota(all.begin(), all.end(), 0);
-    std::vector<int> sampled(static_cast<std::size_t>(workingSize));
-    cv::Mat from(1, photoSize, CV_32SC1, all.data());
-    cv::Mat to(1, workingSize, CV_32SC1, sampled.data());
-    cv::resize(from, to, to.size(), 0, 0, cv::INTER_NEAREST);
-    return sampled;
-}
-
 // The marker image at the positions that the working image samples, all that labels depend on.
 class SampledMarkers {
   public:
     SampledMarkers(const IplImage* markers, int width, int height)
         : m_markers(cv::cvarrToMat(markers)),
-          m_columns(sampledPositions(markers->width, width)),
-          m_rows(sampledPositions(markers->height, height)) {}
+          m_columns(nearestPositions(markers->width, width)),
+          m_rows(nearestPositions(markers->height, height)) {}
 
     const std::vector<int>& columns() const { return m_columns; }
     const std::vector<int>& rows() const { return m_rows; }

@@ -10,6 +10,8 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <memory>
+#include <vector>
 
 #include "engine/hybrid.h"
 #include "engine/trimap.h"
@@ -17,6 +19,7 @@
 #include "history/marker.h"
 #include "support/image.h"
 #include "support/log.h"
+#include "support/nearest_sampling.h"
 
 namespace {
 
@@ -35,7 +38,9 @@ ImagePtr createChecked(int width, int height) {
 
 // Codes the band from how many of four images a pixel is set in: the mask dilated and eroded by the
 // wide and the narrow step.
-void codeTrimap(const IplImage* mask, IplImage* trimap, IplImage* scratch) {
+void codeTrimap(const IplImage* mask, IplImage* trimap) {
+    const ImagePtr owner = createChecked(mask->width, mask->height);
+    IplImage* const scratch = owner.get();
     cvSetZero(trimap);
     const auto addDilated = [&](int steps) {
         cvDilate(mask, scratch, nullptr, steps);
@@ -66,23 +71,70 @@ struct Extent {
     int xMax = -1;
     int yMin = INT_MAX;
     int yMax = -1;
+
+    bool empty() const { return xMax < 0 || yMax < 0; }
 };
 
-Extent extentOfBand(const IplImage* trimap) {
-    Extent extent;
-    for (int y = 0; y < trimap->height; ++y) {
-        const std::uint8_t* row = rowOf(trimap, y);
-        for (int x = 0; x < trimap->width; ++x) {
-            if (row[x] != trimap::kOutside) {
-                extent.xMin = std::min(extent.xMin, x);
-                extent.xMax = std::max(extent.xMax, x);
+// A working image at photo size, by nearest neighbour, without making it.
+class Enlarged {
+  public:
+    Enlarged(const IplImage* small, int width, int height)
+        : m_small(small),
+          m_columns(nearestPositions(small->width, width)),
+          m_rows(nearestPositions(small->height, height)) {}
+
+    const std::uint8_t* sourceRow(int y) const {
+        return rowOf(m_small, m_rows[static_cast<std::size_t>(y)]);
+    }
+    // Whether row y repeats the row before it.
+    bool repeats(int y) const {
+        const auto row = static_cast<std::size_t>(y);
+        return y > 0 && m_rows[row] == m_rows[row - 1];
+    }
+    // Row y from column x on, `width` values.
+    void copyRow(int y, int x, int width, std::uint8_t* out) const {
+        const std::uint8_t* source = sourceRow(y);
+        const int* columns = m_columns.data() + x;
+        for (int i = 0; i < width; ++i) {
+            out[i] = source[columns[i]];
+        }
+    }
+
+    // The rectangle of the values other than `empty`.
+    Extent extentOf(std::uint8_t empty) const {
+        Extent extent;
+        std::vector<bool> columnUsed(static_cast<std::size_t>(m_small->width));
+        for (int y = 0; y < static_cast<int>(m_rows.size()); ++y) {
+            if (repeats(y) && extent.yMax != y - 1) {
+                continue;
+            }
+            const std::uint8_t* row = sourceRow(y);
+            bool used = false;
+            for (int x = 0; x < m_small->width; ++x) {
+                if (row[x] != empty) {
+                    columnUsed[static_cast<std::size_t>(x)] = true;
+                    used = true;
+                }
+            }
+            if (used) {
                 extent.yMin = std::min(extent.yMin, y);
                 extent.yMax = y;
             }
         }
+        for (int x = 0; x < static_cast<int>(m_columns.size()); ++x) {
+            if (columnUsed[static_cast<std::size_t>(m_columns[static_cast<std::size_t>(x)])]) {
+                extent.xMin = std::min(extent.xMin, x);
+                extent.xMax = std::max(extent.xMax, x);
+            }
+        }
+        return extent;
     }
-    return extent;
-}
+
+  private:
+    const IplImage* m_small;
+    std::vector<int> m_columns;
+    std::vector<int> m_rows;
+};
 
 void enlargeMask(IplImage* mask, IplImage* result) {
     for (int y = 0; y < mask->height; ++y) {
@@ -92,96 +144,122 @@ void enlargeMask(IplImage* mask, IplImage* result) {
     cvResize(mask, result, CV_INTER_NN);
 }
 
+// Labels at photo size become the mask: 255 for object, also where the cut says so.
+ImagePtr maskOfLabels(const IplImage* labels, const IplImage* smallCodes, const Enlarged& codes,
+                      const Extent& band, const VORNSEGraph& cut, int cutWidth, int cutHeight) {
+    ImagePtr smallMask = createChecked(labels->width, labels->height);
+    for (int y = 0; y < labels->height; ++y) {
+        const std::uint8_t* row = rowOf(labels, y);
+        std::transform(row, row + labels->width, rowOf(smallMask.get(), y), [](std::uint8_t value) {
+            return static_cast<std::uint8_t>(label::isObject(value) ? 255 : 0);
+        });
+    }
+    const int width = VORNSEMarker::m_originalWidth;
+    const int height = VORNSEMarker::m_originalHeight;
+    const Enlarged enlarged(smallMask.get(), width, height);
+    ImagePtr mask = createChecked(width, height);
+    std::vector<std::uint8_t> codeRow(static_cast<std::size_t>(cutWidth));
+    bool plainAbove = false;  // whether the row above holds nothing of the cut
+    for (int y = 0; y < height; ++y) {
+        std::uint8_t* row = rowOf(mask.get(), y);
+        const std::uint8_t* source = codes.sourceRow(y);
+        const bool plain = y < band.yMin || y >= band.yMin + cutHeight ||
+                           std::find(source, source + smallCodes->width, trimap::kOpen) ==
+                               source + smallCodes->width;
+        if (plain && plainAbove && enlarged.repeats(y)) {
+            std::memcpy(row, rowOf(mask.get(), y - 1), static_cast<std::size_t>(width));
+            continue;
+        }
+        plainAbove = plain;
+        enlarged.copyRow(y, 0, width, row);
+        if (plain) {
+            continue;
+        }
+        codes.copyRow(y, band.xMin, cutWidth, codeRow.data());
+        const int firstNode = (y - band.yMin) * cutWidth;
+        for (int x = 0; x < cutWidth; ++x) {
+            if (codeRow[static_cast<std::size_t>(x)] == trimap::kOpen) {
+                row[band.xMin + x] = cut.getTreeofNode(firstNode + x) == 1 ? 0 : 255;
+            }
+        }
+    }
+    return mask;
+}
+
 }  // namespace
 
 IplImage* VORNSEHybrid::intelligentUpscaling(IplImage* mask) {
     const int photoWidth = VORNSEMarker::m_originalWidth;
     const int photoHeight = VORNSEMarker::m_originalHeight;
     m_trimapGraph = nullptr;
-    ImagePtr bandImage = createChecked(photoWidth, photoHeight);
-    ImagePtr smallTrimap = createChecked(mask->width, mask->height);
-    ImagePtr scratch = createChecked(mask->width, mask->height);
-    codeTrimap(mask, smallTrimap.get(), scratch.get());
-    cvResize(smallTrimap.get(), bandImage.get(), CV_INTER_NN);
+    ImagePtr smallCodes = createChecked(mask->width, mask->height);
+    codeTrimap(mask, smallCodes.get());
+    const Enlarged enlargedCodes(smallCodes.get(), photoWidth, photoHeight);
+    const auto enlargedMask = [&] {
+        ImagePtr result = createChecked(photoWidth, photoHeight);
+        enlargeMask(mask, result.get());
+        return result.release();
+    };
 
-    const Extent band = extentOfBand(bandImage.get());
-    m_boundWidthTrimap = band.xMax - band.xMin + 1;
-    m_boundHeightTrimap = band.yMax - band.yMin + 1;
-    if (band.xMin >= bandImage->width || band.yMin >= bandImage->height || band.xMax < 0 ||
-        band.yMax < 0 || band.xMax - band.xMin < 0 || band.yMax - band.yMin < 0) {
+    const Extent band = enlargedCodes.extentOf(trimap::kOutside);
+    if (band.empty()) {
         SEGCORE_LOG_ERROR("Failed: xmin:%d, xmax:%d, ymin:%d, ymax:%d", band.xMin, band.xMax,
                           band.yMin, band.yMax);
-        enlargeMask(mask, bandImage.get());
         m_boundWidthTrimap = 0;
         m_boundHeightTrimap = 0;
-        return bandImage.release();
+        return enlargedMask();
     }
     SEGCORE_LOG_INFO("Passed: xmin:%d, xmax:%d, ymin:%d, ymax:%d", band.xMin, band.xMax, band.yMin,
                      band.yMax);
-    m_boundWidthTrimap = std::min(m_boundWidthTrimap, photoWidth);
-    m_boundHeightTrimap = std::min(m_boundHeightTrimap, photoHeight);
+    m_boundWidthTrimap = std::min(band.xMax - band.xMin + 1, photoWidth);
+    m_boundHeightTrimap = std::min(band.yMax - band.yMin + 1, photoHeight);
     SEGCORE_LOG_INFO("m_boundWidthTrimap:%d, m_boundHeightTrimap:%d", m_boundWidthTrimap,
                      m_boundHeightTrimap);
 
-    // The trimap and the photograph are read in place, through headers on their band's rectangle.
-    const auto viewBand = [&](const IplImage* source) {
-        IplImage view = *source;
-        view.imageData += static_cast<std::ptrdiff_t>(band.yMin) * source->widthStep +
-                          static_cast<std::ptrdiff_t>(band.xMin) * source->nChannels;
-        view.width = m_boundWidthTrimap;
-        view.height = m_boundHeightTrimap;
-        return view;
-    };
-    const auto cropBand = [&](IplImage* source) {
-        return ImagePtr(
-            cropImageTrimap(source, m_boundWidthTrimap, m_boundHeightTrimap, band.yMin, band.xMin));
+    const auto cropOf = [&](const Enlarged& enlarged) {
+        ImagePtr crop = createChecked(m_boundWidthTrimap, m_boundHeightTrimap);
+        for (int y = 0; y < m_boundHeightTrimap; ++y) {
+            std::uint8_t* row = rowOf(crop.get(), y);
+            if (y > 0 && enlarged.repeats(band.yMin + y)) {
+                std::memcpy(row, rowOf(crop.get(), y - 1),
+                            static_cast<std::size_t>(m_boundWidthTrimap));
+            } else {
+                enlarged.copyRow(band.yMin + y, band.xMin, m_boundWidthTrimap, row);
+            }
+        }
+        return crop;
     };
     const auto cropTexture = [&](const IplImage* texture) {
-        const ImagePtr enlarged = createChecked(photoWidth, photoHeight);
-        cvResize(texture, enlarged.get(), CV_INTER_NN);
-        return cropBand(enlarged.get());
+        return cropOf(Enlarged(texture, photoWidth, photoHeight));
     };
-    IplImage codes = viewBand(bandImage.get());
-    IplImage image = viewBand(VORNSEMarker::m_originalImage);
+    // The photograph is read in place, through a header on the band's rectangle.
+    IplImage image = *VORNSEMarker::m_originalImage;
+    image.imageData += static_cast<std::ptrdiff_t>(band.yMin) * image.widthStep +
+                       static_cast<std::ptrdiff_t>(band.xMin) * image.nChannels;
+    image.width = m_boundWidthTrimap;
+    image.height = m_boundHeightTrimap;
+    ImagePtr codes = cropOf(enlargedCodes);
     ImagePtr horizontal;
     ImagePtr vertical;
     if (VORNSEMarker::m_isGreyScale) {
         horizontal = cropTexture(VORNSEMarker::m_texHor);
         vertical = cropTexture(VORNSEMarker::m_texVer);
     }
-    const int status = constructGraphTrimapVORN(&image, horizontal.get(), &codes, horizontal.get(),
-                                                vertical.get());
+    const int status = constructGraphTrimapVORN(&image, horizontal.get(), codes.get(),
+                                                horizontal.get(), vertical.get());
+    const std::unique_ptr<VORNSEGraph> cut(m_trimapGraph);
+    m_trimapGraph = nullptr;
     if (status != kGraphBuilt) {
         SEGCORE_LOG_ERROR("Failed: intelligentUpscaling (status_flag = %d)", status);
-        delete m_trimapGraph;
-        m_trimapGraph = nullptr;
-        enlargeMask(mask, bandImage.get());
-        return bandImage.release();
+        return enlargedMask();
     }
-    m_trimapGraph->maxFlow();
-
-    ImagePtr labels = createChecked(photoWidth, photoHeight);
-    cvResize(VORNSEMarker::m_labelImage, labels.get(), CV_INTER_NN);
-    for (int y = 0; y < m_boundHeightTrimap; ++y) {
-        const std::uint8_t* code = rowOf(&codes, y);
-        std::uint8_t* row = rowOf(labels.get(), band.yMin + y) + band.xMin;
-        for (int x = 0; x < m_boundWidthTrimap; ++x) {
-            if (code[x] == trimap::kOpen) {
-                row[x] = m_trimapGraph->getTreeofNode(y * m_boundWidthTrimap + x) == 1
-                             ? label::kProbableBackground
-                             : label::kProbableObject;
-            }
-        }
-    }
-    delete m_trimapGraph;
-    m_trimapGraph = nullptr;
-    for (int y = 0; y < photoHeight; ++y) {
-        std::uint8_t* row = rowOf(labels.get(), y);
-        for (int x = 0; x < photoWidth; ++x) {
-            row[x] = label::isObject(row[x]) ? 255 : 0;
-        }
-    }
-    return labels.release();
+    codes.reset();
+    horizontal.reset();
+    vertical.reset();
+    cut->maxFlow();
+    return maskOfLabels(VORNSEMarker::m_labelImage, smallCodes.get(), enlargedCodes, band, *cut,
+                        m_boundWidthTrimap, m_boundHeightTrimap)
+        .release();
 }
 
 IplImage* VORNSEHybrid::cropImageTrimap(IplImage* source, int width, int height, int rowStart,

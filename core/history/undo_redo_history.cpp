@@ -8,11 +8,13 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <new>
 
 #include "history/marker.h"
 #include "support/image.h"
+#include "support/large_pages.h"
 #include "support/log.h"
 
 namespace {
@@ -44,16 +46,54 @@ int prevSlot(int slot) {
     return ((slot < 1 ? slot + size : slot) - 1) % size;
 }
 
-// Calls visit(x0, x1, y0, y1) for every tile of the photograph.
+struct Tile {
+    int x0;
+    int x1;
+    int y0;
+    int y1;
+    std::size_t columns() const { return static_cast<std::size_t>(x1 - x0); }
+};
+
+// Calls visit for every tile of the photograph, down one column of tiles after the other, as the
+// planes lie in memory.
 template <typename Visit>
 void forEachTile(Visit visit) {
     const int width = VORNSEMarker::m_originalWidth;
     const int height = VORNSEMarker::m_originalHeight;
-    for (int y = 0; y < height; y += kTile) {
-        for (int x = 0; x < width; x += kTile) {
-            visit(x, std::min(x + kTile, width), y, std::min(y + kTile, height));
+    for (int x = 0; x < width; x += kTile) {
+        for (int y = 0; y < height; y += kTile) {
+            visit(Tile{x, std::min(x + kTile, width), y, std::min(y + kTile, height)});
         }
     }
+}
+
+// Most tiles of a mask are all object or all background and need no transposing.
+enum class Content { kEmpty, kFull, kMixed };
+
+Content contentOf(const IplImage* image, const Tile& tile) {
+    bool all = true;
+    bool any = false;
+    for (int y = tile.y0; y < tile.y1; ++y) {
+        const std::uint8_t* row = rowOf(image, y);
+        for (int x = tile.x0; x < tile.x1; ++x) {
+            all &= row[x] != 0;
+            any |= row[x] != 0;
+        }
+    }
+    return all ? Content::kFull : any ? Content::kMixed : Content::kEmpty;
+}
+
+Content contentOf(std::uint32_t bit, const Tile& tile) {
+    std::uint32_t all = bit;
+    std::uint32_t any = 0;
+    for (int x = tile.x0; x < tile.x1; ++x) {
+        const std::uint32_t* column = VORNSEManageUndoRedo::m_bitPlane[x];
+        for (int y = tile.y0; y < tile.y1; ++y) {
+            all &= column[y];
+            any |= column[y];
+        }
+    }
+    return all != 0 ? Content::kFull : (any & bit) != 0 ? Content::kMixed : Content::kEmpty;
 }
 
 }  // namespace
@@ -74,6 +114,7 @@ void VORNSEManageUndoRedo::allocate() {
     if (block == nullptr) {
         throw std::bad_alloc();
     }
+    preferLargePages(block.get(), columns * rows * sizeof(std::uint32_t));
     pointers[0] = block.get();
     for (std::size_t x = 1; x < columns; ++x) {
         pointers[x] = block.get() + x * rows;
@@ -106,11 +147,17 @@ IplImage* VORNSEManageUndoRedo::getMask(int slot) {
         return nullptr;
     }
     ImagePtr mask = createImage(VORNSEMarker::m_originalWidth, VORNSEMarker::m_originalHeight, 1);
-    forEachTile([&](int x0, int x1, int y0, int y1) {
-        for (int y = y0; y < y1; ++y) {
+    const std::uint32_t bit = std::uint32_t{1} << slot;
+    forEachTile([&](const Tile& tile) {
+        const Content content = contentOf(bit, tile);
+        for (int y = tile.y0; y < tile.y1; ++y) {
             std::uint8_t* row = rowOf(mask.get(), y);
-            for (int x = x0; x < x1; ++x) {
-                row[x] = static_cast<std::uint8_t>(0U - ((m_bitPlane[x][y] >> slot) & 1U));
+            if (content != Content::kMixed) {
+                std::memset(row + tile.x0, content == Content::kFull ? 255 : 0, tile.columns());
+                continue;
+            }
+            for (int x = tile.x0; x < tile.x1; ++x) {
+                row[x] = (m_bitPlane[x][y] & bit) != 0 ? 255 : 0;
             }
         }
     });
@@ -119,10 +166,21 @@ IplImage* VORNSEManageUndoRedo::getMask(int slot) {
 
 void VORNSEManageUndoRedo::setMask(int slot, const IplImage* image) {
     const std::uint32_t bit = std::uint32_t{1} << slot;
-    forEachTile([&](int x0, int x1, int y0, int y1) {
-        for (int x = x0; x < x1; ++x) {
+    forEachTile([&](const Tile& tile) {
+        const Content content = contentOf(image, tile);
+        if (content != Content::kMixed && contentOf(bit, tile) == content) {
+            return;  // also leaves memory alone that no mask has used yet
+        }
+        for (int x = tile.x0; x < tile.x1; ++x) {
             std::uint32_t* column = m_bitPlane[x];
-            for (int y = y0; y < y1; ++y) {
+            if (content != Content::kMixed) {
+                const std::uint32_t value = content == Content::kFull ? bit : 0;
+                for (int y = tile.y0; y < tile.y1; ++y) {
+                    column[y] = (column[y] & ~bit) | value;
+                }
+                continue;
+            }
+            for (int y = tile.y0; y < tile.y1; ++y) {
                 column[y] = (column[y] & ~bit) | (rowOf(image, y)[x] != 0 ? bit : 0U);
             }
         }

@@ -2,17 +2,20 @@
 // of the mask on display.
 #include <opencv2/imgproc/imgproc_c.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
 #include "interface/engine_state.h"
 #include "interface/host_call.h"
+#include "interface/outline_transaction.h"
 #include "interface/segmentation_core.h"
 
 namespace {
 
 constexpr std::uint32_t kOutlineWord = 0xFFFFFF00U;  // opaque yellow
 constexpr std::uint8_t kObjectByte = 255;
+constexpr std::uint8_t kLit = 255;
 constexpr int kOutlineThickness = 2;
 constexpr int kAllLevels = 255;
 constexpr int kContourEnd = -1;
@@ -74,8 +77,10 @@ void editMask(std::uint32_t* blended, std::uint8_t* mask) {
     applyMarks(edited.get());
     g_resultMask = edited.release();
     if (blended != nullptr) {
+        OutlineTransaction transaction;
         findOutline();
         const ImagePtr outline = drawOutline();
+        transaction.commit();
         paintOutline(outline.get(), blended);
     }
     VORNSEManageUndoRedo::updateBitPlane(g_resultMask);
@@ -111,22 +116,23 @@ ImagePtr drawOutline() {
 }
 
 void writeMask(std::uint8_t* out) {
+    const int width = g_resultMask->width;
     for (int y = 0; y < g_resultMask->height; ++y) {
         const std::uint8_t* row = rowOf(g_resultMask, y);
-        for (int x = 0; x < g_resultMask->width; ++x) {
-            *out++ = row[x] == kObjectByte ? 0 : 255;
-        }
+        out = std::transform(row, row + width, out, [](std::uint8_t value) {
+            return static_cast<std::uint8_t>(value == kObjectByte ? 0 : 255);
+        });
     }
 }
 
 void paintOutline(const IplImage* outline, std::uint32_t* out) {
-    for (int y = 0; y < outline->height; ++y) {
-        const std::uint8_t* row = rowOf(outline, y);
-        for (int x = 0; x < outline->width; ++x, ++out) {
-            // Pixels that anti-aliasing left dimmer are not part of the painted line.
-            if (row[x] == 255) {
-                *out = kOutlineWord;
-            }
+    for (int y = 0; y < outline->height; ++y, out += outline->width) {
+        const std::uint8_t* const row = rowOf(outline, y);
+        const std::uint8_t* const end = row + outline->width;
+        // Pixels that anti-aliasing left dimmer are not part of the painted line.
+        for (const std::uint8_t* lit = std::find(row, end, kLit); lit != end;
+             lit = std::find(lit + 1, end, kLit)) {
+            out[lit - row] = kOutlineWord;
         }
     }
 }
@@ -143,8 +149,10 @@ void loadBlendedImageInfo(std::uint32_t* out) {
     guardedCall("loadBlendedImageInfo", [&] {
         requireResult();
         requireBuffer(out, "blended buffer");
+        OutlineTransaction transaction;
         findOutline();
         const ImagePtr outline = drawOutline();
+        transaction.commit();
         paintOutline(outline.get(), out);
     });
 }

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "support/large_pages.h"
+
 struct ImageRelease {
     void operator()(IplImage* image) const { cvReleaseImage(&image); }
 };
@@ -13,11 +15,17 @@ using ImagePtr = std::unique_ptr<IplImage, ImageRelease>;
 
 // An 8-bit image; throws the library's exception for an impossible size or without memory.
 inline ImagePtr createImage(int width, int height, int channels) {
-    return ImagePtr(cvCreateImage(cvSize(width, height), IPL_DEPTH_8U, channels));
+    // In two steps, so that the header goes when there is no memory for the pixels.
+    ImagePtr image(cvCreateImageHeader(cvSize(width, height), IPL_DEPTH_8U, channels));
+    cvCreateData(image.get());
+    preferLargePages(image->imageData, static_cast<std::size_t>(image->imageSize));
+    return image;
 }
 
 inline ImagePtr cloneImage(const IplImage* image) {
-    return ImagePtr(cvCloneImage(image));
+    ImagePtr copy = createImage(image->width, image->height, image->nChannels);
+    cvCopy(image, copy.get());
+    return copy;
 }
 
 inline std::uint8_t* rowOf(IplImage* image, int y) {

@@ -1,0 +1,28 @@
+// Large pages for large blocks. A photograph's images are written whole right after they are made, and
+// the first touch of every small page is what most of that time goes to.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#ifdef __linux__
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
+
+// Asks the system to back the block with large pages; only a wish, which small blocks do not have.
+inline void preferLargePages(void* block, std::size_t bytes) {
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+    constexpr std::size_t kWorthwhile = std::size_t{4} << 20;  // two large pages of the usual size
+    if (block == nullptr || bytes < kWorthwhile) {
+        return;
+    }
+    const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    const auto address = reinterpret_cast<std::uintptr_t>(block);
+    const std::uintptr_t first = (address + page - 1) / page * page;
+    madvise(reinterpret_cast<void*>(first), bytes - (first - address), MADV_HUGEPAGE);
+#else
+    static_cast<void>(block);
+    static_cast<void>(bytes);
+#endif
+}
