@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <numeric>
 #include <opencv2/core.hpp>
 
@@ -67,7 +68,7 @@ TEST_F(ModelBuilding, InitialisationEstimatesEveryClusterOnce) {
     }
     VORNSEColorModel model = marked;
     initModelWithKmeansVORN(Samples(4, {1, 2, 3}), model);  // too few
-    expectEstimate(model, marked, {}, {});
+    EXPECT_EQ(std::memcmp(&model, &marked, sizeof model), 0);
 }
 
 TEST_F(ModelBuilding, AnUpdateReassignsUnderTheOldModel) {
