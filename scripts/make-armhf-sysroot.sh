@@ -18,5 +18,5 @@ mmdebstrap --variant=extract --architectures=armhf --include="$packages" \
 
 # What the packages' scripts do, which cannot run here.
 lib=$folder/usr/lib/arm-linux-gnueabihf
-ln -s blas/libblas.so.3 lapack/liblapack.so.3 "$lib"
+ln -s blas/libblas.so.3 lapack/liblapack.so.3 android/liblog.so.0 "$lib"
 echo "$suite $packages" >"$folder/packages"

@@ -10,8 +10,8 @@
 
 namespace {
 
-// More than any allocator grants; the log prints its low 32 bits, 80.
-constexpr std::size_t kImpossible = (std::size_t{1} << 62) + 80;
+// 80 bytes more than half the address space, which no allocator grants.
+constexpr std::size_t kImpossible = SIZE_MAX / 2 + 1 + 80;
 
 LogLine warning(const char* start, const void* address, const char* end) {
     char hex[32];
@@ -20,8 +20,14 @@ LogLine warning(const char* start, const void* address, const char* end) {
     return {5, "TAG_MEM", std::string(start) + hex + end};
 }
 
-LogLine error(const char* text) {
+LogLine error(const std::string& text) {
     return {6, "TAG_MEM", text};
+}
+
+// The log takes the low 32 bits of the size for a signed number.
+LogLine refusal(std::size_t size, const char* place) {
+    return error("Failed to allocate " + std::to_string(static_cast<int>(size)) +
+                 " bytes in function : " + place + " !");
 }
 
 class TrackedMemory : public testing::Test {
@@ -49,12 +55,11 @@ TEST_F(TrackedMemory, FailuresNameSizeCallerAndLine) {
     EXPECT_EQ(VORN_Malloc(kImpossible, "c", 3), nullptr);
     EXPECT_EQ(VORN_Calloc(1, kImpossible, "d", 4), nullptr);
     EXPECT_EQ(VORN_New_Mngr(nullptr, "e", 5), nullptr);
-    EXPECT_EQ(takeLog(), (Log{error("Failed to allocate 80 bytes in function : a, Line : 1 !"),
-                              // 10 * floor((2^62 + 80) / 10) is 4 short of 2^62 + 80.
-                              error("Failed to allocate 76 bytes in function : b, Line : 2 !"),
-                              error("Failed to allocate 80 bytes in function : c, Line : 3 !"),
-                              error("Failed to allocate 80 bytes in function : d, Line : 4 !"),
-                              error("Allocation failed in function : e, Line : 5 !")}));
+    // 2^63 and 2^31 end in 8: ten times a tenth of them plus 80 is 8 short.
+    EXPECT_EQ(takeLog(),
+              (Log{refusal(kImpossible, "a, Line : 1"), refusal(kImpossible - 8, "b, Line : 2"),
+                   refusal(kImpossible, "c, Line : 3"), refusal(kImpossible, "d, Line : 4"),
+                   error("Allocation failed in function : e, Line : 5 !")}));
 }
 
 TEST_F(TrackedMemory, UnknownAddressesAreReportedAndLeftAlone) {
