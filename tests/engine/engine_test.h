@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <opencv2/core.hpp>
 #include <string>
 #include <vector>
 
@@ -36,10 +37,7 @@ inline Rows textOf(const IplImage* image) {
         rows.emplace_back();
         for (int x = 0; x < image->width; ++x) {
             const int value = rowOf(image, y)[x];
-            rows.back() += value == 0     ? '.'
-                           : value == 255 ? '#'
-                           : value < 10   ? static_cast<char>('0' + value)
-                                          : '?';
+            rows.back() += value < 10 ? ".123456789"[value] : value == 255 ? '#' : '?';
         }
     }
     return rows;
@@ -57,10 +55,7 @@ inline ImagePtr imageWith(int width, int height, const std::vector<Area>& areas,
     ImagePtr image = createImage(width, height, 1);
     cvSetZero(image.get());
     for (const Area& area : areas) {
-        for (int y = area.y; y < area.y + area.height; ++y) {
-            std::fill_n(rowOf(image.get(), y) + area.x, area.width,
-                        static_cast<std::uint8_t>(value));
-        }
+        cv::cvarrToMat(image.get())(cv::Rect(area.x, area.y, area.width, area.height)) = value;
     }
     return image;
 }

@@ -56,34 +56,17 @@ TEST_F(LabelImageTest, BrushGrowsABandOfThirteenPixels) {
     }
 }
 
-TEST_F(LabelImageTest, BandCoversSmallerCodesAndYieldsToLargerOnes) {
-    // 21 x 21: one dilation. The band takes unmarked pixels only, but the dilation itself reaches
-    // over marks of a smaller code and stops at those of a larger one.
-    startBlue(21, 21);
-    ImagePtr markers = imageWith(21, 21, {{4, 4, 1, 1}}, 2);
-    rowOf(markers.get(), 4)[5] = 1;
-    rowOf(markers.get(), 4)[10] = 4;
-    setStroke(stroke::kBrushAdd, {});
-    const Rows labels = labelsOf(markers);
-    EXPECT_EQ(labels[3].substr(0, 13), "1114441114441");
-    EXPECT_EQ(labels[4].substr(0, 13), "1114221114441");
-}
-
-TEST_F(LabelImageTest, LoopGrowsNoBand) {
-    startBlue(21, 21);
-    setStroke(stroke::kLoopAdd, {});
-    EXPECT_EQ(labelsOf(imageWith(21, 21, {{4, 4, 1, 1}}, 2))[4].substr(0, 7), "1111211");
-}
-
 TEST_F(LabelImageTest, LabelsOfAReducedPhotographAreTheNearestMarks) {
     startBlue(640, 480);
-    setStroke(stroke::kLoopAdd, {});
+    setStroke(stroke::kLoopAdd, {41, 161, 121, 161});  // (20, 80) to (60, 80)
     ImagePtr markers = imageWith(640, 480, {{40, 60, 1, 1}}, 2);
     rowOf(markers.get(), 61)[43] = 4;  // between the sampled pixels
     pHybrid->setLabelImage(markers.get());
     ASSERT_EQ(VORNSEMarker::m_labelImage->width, 320);
     EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 30)[20], 2);
     EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 30)[21], 1);
+    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 80)[45], 0);
+    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 83)[45], 1);
 }
 
 TEST_F(LabelImageTest, StrokeIsFreedAsAThickClosedLine) {
@@ -100,21 +83,6 @@ TEST_F(LabelImageTest, StrokeIsFreedAsAThickClosedLine) {
     EXPECT_EQ(labels[8][13], '1');
     EXPECT_EQ(labels[12].substr(23), "1111111");
     EXPECT_EQ(labels[12].substr(0, 9), "111111111");
-}
-
-TEST_F(LabelImageTest, SinglePointFreesNothing) {
-    startBlue(12, 1);
-    setStroke(stroke::kLoopAdd, {5, 0});
-    EXPECT_EQ(labelsOf(imageOf({"............"})), (Rows{"111111111111"}));
-}
-
-TEST_F(LabelImageTest, StrokeIsDrawnInWorkingPixels) {
-    startBlue(640, 480);
-    setStroke(stroke::kLoopRemove, {41, 81, 121, 81});  // (20, 40) to (60, 40)
-    pHybrid->setLabelImage(imageWith(640, 480, {}, 0).get());
-    for (const int y : {37, 39, 40, 41, 43}) {
-        EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, y)[45], y == 37 || y == 43 ? 1 : 0) << y;
-    }
 }
 
 }  // namespace

@@ -1,6 +1,4 @@
 // Flat margins that the working region loses, and those that it keeps.
-#include <random>
-
 #include "engine/engine_test.h"
 
 namespace {
@@ -16,15 +14,10 @@ class MarginSearchTest : public EngineTest {
     MarginSearchTest() {
         fill({0, 0, kWidth, kHeight}, 100);
         fill({40, 12, 40, 56}, 200);
-        for (Area row{10, 10, 80, 1}; row.y < 70; ++row.y) {
-            std::fill_n(rowOf(m_labels.get(), row.y) + row.x, row.width, label::kProbableObject);
-        }
+        cv::cvarrToMat(m_labels.get())(cv::Rect(10, 10, 80, 60)) = label::kProbableObject;
     }
     void fill(const Area& area, int value) {
-        for (int y = area.y; y < area.y + area.height; ++y) {
-            std::fill_n(rowOf(m_grey.get(), y) + area.x, area.width,
-                        static_cast<std::uint8_t>(value));
-        }
+        cv::cvarrToMat(m_grey.get())(cv::Rect(area.x, area.y, area.width, area.height)) = value;
     }
     // The region left of the whole photograph.
     cv::Rect kept(int strokeType = stroke::kLoopAdd) {
@@ -47,22 +40,19 @@ TEST_F(MarginSearchTest, PlainMarginIsCutOffOnItsSide) {
     EXPECT_EQ(kept(), from(30));
     EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 40)[30], label::kBackground);
     EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 40)[31], label::kProbableObject);
-    const auto turn = [](ImagePtr& image, bool sideways, int flip) {
-        const cv::Mat source = cv::cvarrToMat(image.get());
-        cv::Mat turned = sideways ? cv::Mat(source.t()) : source.clone();
-        cv::flip(turned, turned, flip);
-        ImagePtr result = createImage(turned.cols, turned.rows, 1);
-        turned.copyTo(cv::cvarrToMat(result.get()));
-        image = std::move(result);
-    };
-    const auto turnBoth = [&](bool sideways, int flip) {
-        turn(m_grey, sideways, flip);
-        turn(m_labels, sideways, flip);
+    const auto turned = [this](bool sideways, int flip) {
+        for (ImagePtr* image : {&m_grey, &m_labels}) {
+            const cv::Mat source = cv::cvarrToMat(image->get());
+            cv::Mat result = sideways ? cv::Mat(source.t()) : source.clone();
+            cv::flip(result, result, flip);
+            *image = createImage(result.cols, result.rows, 1);
+            result.copyTo(cv::cvarrToMat(image->get()));
+        }
         return kept();
     };
-    EXPECT_EQ(turnBoth(false, 1), cv::Rect(0, 0, 70, 80));   // right
-    EXPECT_EQ(turnBoth(true, 1), cv::Rect(0, 0, 80, 70));    // bottom
-    EXPECT_EQ(turnBoth(false, 0), cv::Rect(0, 30, 80, 70));  // top
+    EXPECT_EQ(turned(false, 1), cv::Rect(0, 0, 70, 80));   // right
+    EXPECT_EQ(turned(true, 1), cv::Rect(0, 0, 80, 70));    // bottom
+    EXPECT_EQ(turned(false, 0), cv::Rect(0, 30, 80, 70));  // top
 }
 
 TEST_F(MarginSearchTest, MarkedPixelEndsTheMargin) {
@@ -85,6 +75,14 @@ TEST_F(MarginSearchTest, ThinAndSoftThingsEndTheMargin) {
     EXPECT_EQ(kept(), from(16));
 }
 
+TEST_F(MarginSearchTest, FaintLineAlongTheSideEndsTheMargin) {
+    // A step of one level has a gradient of 4, below 5; one of two levels has 8, from column 27 on.
+    fill({28, 0, 12, kHeight}, 101);
+    EXPECT_EQ(kept(), from(30));
+    fill({28, 0, 12, kHeight}, 102);
+    EXPECT_EQ(kept(), from(19));
+}
+
 TEST_F(MarginSearchTest, NothingIsCutInDoubt) {
     for (const int type : {stroke::kLoopRemove, stroke::kBrushAdd, stroke::kBrushRemove}) {
         EXPECT_EQ(kept(type), from(0));
@@ -96,10 +94,8 @@ TEST_F(MarginSearchTest, NothingIsCutInDoubt) {
     rowOf(m_labels.get(), 40)[kWidth - 1] = label::kBackground;
     fill({40, 12, 40, 56}, 100);  // no object to be seen
     EXPECT_EQ(kept(), from(0));
-    std::mt19937 random{1};
-    for (int i = 0; i < kWidth * kHeight; ++i) {
-        rowOf(m_grey.get(), i / kWidth)[i % kWidth] = static_cast<std::uint8_t>(random() % 256);
-    }
+    cv::Mat noise = cv::cvarrToMat(m_grey.get());
+    cv::RNG(1).fill(noise, cv::RNG::UNIFORM, 0, 256);
     EXPECT_EQ(kept(), from(0));
 }
 

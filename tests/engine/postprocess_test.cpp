@@ -40,20 +40,6 @@ TEST_F(PostprocessTest, LoopFillsHolesBelowFivePixels) {
         (Rows{".....#######", "############", "#####...####", "#####..#####", "############"}));
 }
 
-TEST_F(PostprocessTest, OnlyTheFirst254ComponentsAreLookedAt) {
-    VORNSEHybrid& engine = startRegion(100, 60, {0, 0, 100, 60});
-    setStroke(stroke::kLoopAdd, {});
-    // A large object is number 2, so of 300 single pixels the first 253 are numbered up to 255.
-    std::vector<Area> areas{{0, 0, 100, 10}};
-    for (int i = 0; i < 300; ++i) {
-        areas.push_back({2 * (i % 50), 12 + 2 * (i / 50), 1, 1});
-    }
-    ImagePtr islands = imageWith(100, 60, areas, 255);
-    engine.postProcess(islands.get());
-    areas.erase(areas.begin() + 1, areas.begin() + 1 + 253);
-    EXPECT_EQ(textOf(islands.get()), textOf(imageWith(100, 60, areas, 255).get()));
-}
-
 TEST_F(PostprocessTest, LastNumberedHoleIsJudgedWithTheObjectInItsBox) {
     VORNSEHybrid& engine = startRegion(100, 60, {0, 0, 100, 60});
     setStroke(stroke::kLoopAdd, {});
@@ -72,15 +58,6 @@ TEST_F(PostprocessTest, LastNumberedHoleIsJudgedWithTheObjectInItsBox) {
     const ImagePtr mask = withHoles(0, 253);
     engine.postProcess(mask.get());
     EXPECT_EQ(textOf(mask.get()), textOf(withHoles(0, 0).get()));
-}
-
-TEST_F(PostprocessTest, FirstResultOfAStrokeStaysAsItIs) {
-    startRegion(6, 2, {0, 0, 6, 2});
-    const Rows mask{"##...#", "##.#.."};
-    for (const int type : {stroke::kBrushAdd, stroke::kBrushRemove, stroke::kLoopRemove}) {
-        setStroke(type, {0, 0});
-        EXPECT_EQ(processed(mask), mask);
-    }
 }
 
 TEST_F(PostprocessTest, AddingStrokeKeepsTheRegionsThatItTouches) {
@@ -114,14 +91,6 @@ TEST_F(PostprocessTest, LoopsMergeInTheirDirection) {
     EXPECT_EQ(processed(Rows(3, "..####..")), Rows(3, "######.."));
     setStroke(stroke::kLoopRemove, {});
     EXPECT_EQ(processed(Rows(3, "..####..")), Rows(3, "..##...."));
-}
-
-TEST_F(PostprocessTest, NothingChangesOutsideTheRegion) {
-    startRegion(8, 3, {2, 1, 3, 1});
-    setPrevious({"........", "........", "........"});
-    setStroke(stroke::kLoopAdd, {});
-    EXPECT_EQ(processed({"########", "########", "########"}),
-              (Rows{"........", "..###...", "........"}));
 }
 
 TEST_F(PostprocessTest, RegionIsScaledToThePhotograph) {

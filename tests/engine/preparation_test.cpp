@@ -20,19 +20,6 @@ TEST_F(PreparationTest, LargePhotographIsReducedToTheWorkingSize) {
     EXPECT_EQ(VORNSEMarker::m_height, 240);
     EXPECT_EQ(rowOf(VORNSEMarker::m_srcImage, 100)[3 * 200], 25);
     EXPECT_EQ(rowOf(VORNSEMarker::m_srcImage, 100)[3 * 200 + 2], 255);
-
-    // sqrt(333000 / 76800) = 2.0823: 480.2 and 159.9, truncated.
-    const VORNSEHybrid& odd = startBlue(1000, 333);
-    EXPECT_EQ(odd.m_width, 480);
-    EXPECT_EQ(odd.m_height, 159);
-}
-
-TEST_F(PreparationTest, SmallPhotographIsUsedAsItIs) {
-    const VORNSEHybrid& engine =
-        start(320, 240, [](int x, int y) { return greyWord((x ^ y) & 255); });
-    EXPECT_EQ(g_imageResizeFactor, 1.0F);
-    EXPECT_EQ(engine.m_width, 320);
-    EXPECT_EQ(rowOf(VORNSEMarker::m_srcImage, 77)[3 * 200 + 1], 200 ^ 77);
 }
 
 TEST_F(PreparationTest, MeanChannelDifferenceOfOneIsColour) {
@@ -61,15 +48,6 @@ TEST_F(PreparationTest, TextureTakesDifferencesToTheRightAndUpperNeighbour) {
             EXPECT_EQ(rowOf(VORNSEMarker::m_texVer, y)[x], vertical[y][x]) << x << ' ' << y;
         }
     }
-}
-
-TEST_F(PreparationTest, TextureOfALineHasOnlyTheDifferencesThatExist) {
-    start(1, 3, [](int, int y) { return greyWord(y * y); });
-    EXPECT_EQ(textOf(VORNSEMarker::m_texHor), (Rows{".", ".", "."}));
-    EXPECT_EQ(textOf(VORNSEMarker::m_texVer), (Rows{".", "1", "3"}));
-    start(3, 1, [](int x, int) { return greyWord(x * x); });
-    EXPECT_EQ(textOf(VORNSEMarker::m_texHor), (Rows{"13."}));
-    EXPECT_EQ(textOf(VORNSEMarker::m_texVer), (Rows{"..."}));
 }
 
 TEST_F(PreparationTest, NeighbourLinksEqualThoseComputedPairByPair) {
@@ -121,30 +99,6 @@ TEST_F(PreparationTest, NeighbourLinksEqualThoseComputedPairByPair) {
             }
         }
     }
-}
-
-TEST_F(PreparationTest, UniformPhotographHasFullLinks) {
-    const VORNSEHybrid& engine = startBlue(3, 3);
-    EXPECT_EQ(engine.m_beta, 0.0);
-    const float* middle = engine.m_nLinks + 4 * 4;
-    EXPECT_EQ(middle[0], 1.0F);
-    EXPECT_EQ(middle[1], 0.70710677F);
-    EXPECT_EQ(middle[2], 1.0F);
-    EXPECT_EQ(middle[3], 0.70710677F);
-}
-
-TEST_F(PreparationTest, SinglePixelHasNoLinks) {
-    const VORNSEHybrid& engine = startBlue(1, 1);
-    EXPECT_EQ(engine.m_beta, 0.0);
-    EXPECT_EQ(std::vector<float>(engine.m_nLinks, engine.m_nLinks + 4),
-              std::vector<float>(4, 0.0F));
-}
-
-TEST_F(PreparationTest, ContrastOfOnePairIsHalfTheInverseSquare) {
-    // S = 65025 over one pair: beta = 1 / 130050, weight exp(-1/2).
-    const VORNSEHybrid& engine = start(2, 1, [](int x, int) { return x == 0 ? 0U : 0xFF00U; });
-    EXPECT_DOUBLE_EQ(engine.m_beta, 1.0 / 130050.0);
-    EXPECT_EQ(engine.m_nLinks[4], expf(-0.5F));
 }
 
 }  // namespace

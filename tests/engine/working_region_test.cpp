@@ -15,15 +15,11 @@ class WorkingRegionTest : public EngineTest {
     // pixel beside them.
     void expectBox(int type, std::vector<int> points, const Area& expected, int areaTenth) {
         startBlue(60, 50);
-        ImagePtr labels = imageWith(60, 50, {{20, 25, 14, 4}}, 4);
-        std::fill_n(rowOf(labels.get(), 2) + 1, 3, std::uint8_t{3});
-        rowOf(labels.get(), 48)[15] = 0;
-        for (int y = 0; y < 50; ++y) {
-            for (int x = 0; x < 60; ++x) {
-                std::uint8_t& label = rowOf(labels.get(), y)[x];
-                label = label == 0 && !(x == 15 && y == 48) ? 1 : label;
-            }
-        }
+        ImagePtr labels = imageWith(60, 50, {{0, 0, 60, 50}}, 1);
+        const cv::Mat codes = cv::cvarrToMat(labels.get());
+        codes(cv::Rect(20, 25, 14, 4)) = 4;
+        codes(cv::Rect(1, 2, 3, 1)) = 3;
+        codes(cv::Rect(15, 48, 1, 1)) = 0;
         setLabels(std::move(labels));
         setStroke(type, std::move(points));
         pHybrid->computeBoundingBox();
@@ -41,17 +37,10 @@ TEST_F(WorkingRegionTest, BoxIsClampedToTheImage) {
     // x 1 .. 3, y 2.
     expectBox(stroke::kBrushRemove, {30, 30}, {0, 0, 14, 13}, 0);
     expectBox(stroke::kLoopAdd, {5, 48, 49, 49}, {0, 38, 60, 12}, 4);
-    expectBox(stroke::kLoopAdd, {12, 12, 48, 38}, {2, 2, 57, 47}, 93);
-}
-
-TEST_F(WorkingRegionTest, LoopTakesItsPointsNotTheLabels) {
     expectBox(stroke::kLoopRemove, {30, 20, 40, 30}, {20, 10, 31, 31}, 10);
-}
-
-TEST_F(WorkingRegionTest, RequestWithoutStrokeTakesFreeAndCandidateLabels) {
-    // x 15 .. 33, y 25 .. 48; the type does not matter.
+    // No stroke: free and candidate labels, x 15 .. 33, y 25 .. 48.
     expectBox(stroke::kLoopAdd, {}, {5, 15, 39, 35}, 41);
-    expectBox(stroke::kBrushRemove, {}, {5, 15, 39, 35}, 41);
+    expectBox(stroke::kLoopAdd, {12, 12, 48, 38}, {2, 2, 57, 47}, 93);
 }
 
 TEST_F(WorkingRegionTest, NothingToChangeGivesTheCorner) {
@@ -68,13 +57,6 @@ TEST_F(WorkingRegionTest, StrokeIsScaledToWorkingPixels) {
     pHybrid->computeBoundingBox();
     expectRegion({40, 20, 71, 61});
     EXPECT_EQ(pHybrid->m_boxAreaTenth, 200);
-}
-
-TEST_F(WorkingRegionTest, CropCopiesTheRegion) {
-    startBlue(8, 4);
-    setRegion({5, 1, 3, 2});
-    const ImagePtr source = imageOf({"12345678", "23456789", "34567891", "45678912"});
-    EXPECT_EQ(textOf(ImagePtr(pHybrid->cropImage(source.get())).get()), (Rows{"789", "891"}));
 }
 
 class BlackBorderTest : public WorkingRegionTest {
@@ -101,17 +83,6 @@ TEST_F(BlackBorderTest, BarIsCutOffTogetherWithTheOutermostLines) {
     const std::string kept = "414444444414";
     const std::string outside = "444444444444";
     EXPECT_EQ(labels, (Rows{outside, cut, cut, cut, kept, kept, kept, kept, cut, outside}));
-}
-
-TEST_F(BlackBorderTest, AllFourSidesAreCut) {
-    narrow({2, 3, 7, 5}, {0, 0, 12, 10});
-    expectRegion({2, 3, 7, 5});
-}
-
-TEST_F(BlackBorderTest, SingleColumnStaysAsBackground) {
-    const Rows labels = narrow({5, 0, 1, 10}, {0, 0, 12, 10});
-    expectRegion({5, 0, 1, 10});
-    EXPECT_EQ(labels, Rows(10, std::string(12, '1')));
 }
 
 TEST_F(BlackBorderTest, NothingChangesWithoutBordersOrWithoutContent) {
