@@ -1,9 +1,11 @@
 // The ring of mask slots. Notation: next and prev step around the ring. Invariant: slot numbers lie
 // in 0 .. m_maxSize - 1, and the slots from m_bottom up to m_top (exclusive) hold masks.
 //
-// The planes are column-major while images are row-major, so both are walked in square tiles that
-// fit the first-level cache. All columns lie in one block, made zeroed so that the system hands out
-// its pages only when a mask is written.
+// The planes are column-major while images are row-major, so both are walked in square tiles, a
+// stack of them at a time: long enough runs of every column for the memory to deliver at its pace,
+// few enough bytes to stay in the caches. Most tiles of a mask are all object or all background and
+// need no transposing. All columns lie in one block, made zeroed so that the system hands out its
+// pages only when a mask is written.
 #include "history/undo_redo_history.h"
 
 #include <algorithm>
@@ -31,7 +33,8 @@ int VORNSEManageUndoRedo::height = 0;
 
 namespace {
 
-constexpr int kTile = 32;  // 32 columns of 32 words: 4 KiB of planes beside 1 KiB of image
+constexpr int kTile = 32;
+constexpr int kTilesInStack = 8;
 
 struct FreeBlock {
     void operator()(std::uint32_t* block) const { std::free(block); }
@@ -52,48 +55,84 @@ struct Tile {
     int y0;
     int y1;
     std::size_t columns() const { return static_cast<std::size_t>(x1 - x0); }
+    int rows() const { return y1 - y0; }
 };
 
-// Calls visit for every tile of the photograph, down one column of tiles after the other, as the
-// planes lie in memory.
+struct TileStack {
+    Tile tiles[kTilesInStack];
+    int count;
+    int x0;
+    int x1;
+};
+
+// Calls visit for every stack of tiles, down one column of them after the other.
 template <typename Visit>
-void forEachTile(Visit visit) {
+void forEachStack(Visit visit) {
     const int width = VORNSEMarker::m_originalWidth;
     const int height = VORNSEMarker::m_originalHeight;
     for (int x = 0; x < width; x += kTile) {
-        for (int y = 0; y < height; y += kTile) {
-            visit(Tile{x, std::min(x + kTile, width), y, std::min(y + kTile, height)});
+        for (int y = 0; y < height;) {
+            TileStack stack{};
+            stack.x0 = x;
+            stack.x1 = std::min(x + kTile, width);
+            for (; stack.count < kTilesInStack && y < height; y += kTile) {
+                stack.tiles[stack.count++] = {x, stack.x1, y, std::min(y + kTile, height)};
+            }
+            visit(stack);
         }
     }
 }
 
-// Most tiles of a mask are all object or all background and need no transposing.
 enum class Content { kEmpty, kFull, kMixed };
 
-Content contentOf(const IplImage* image, const Tile& tile) {
-    bool all = true;
-    bool any = false;
-    for (int y = tile.y0; y < tile.y1; ++y) {
-        const std::uint8_t* row = rowOf(image, y);
-        for (int x = tile.x0; x < tile.x1; ++x) {
-            all &= row[x] != 0;
-            any |= row[x] != 0;
+// What all values have, and what any of them has.
+template <typename Value>
+struct Common {
+    Value all = static_cast<Value>(~Value{0});
+    Value any = 0;
+
+    // A whole tile's known length lets the compiler take it by vectors.
+    void add(const Value* values, int count) {
+        if (count == kTile) {
+            addValues(values, kTile);
+        } else {
+            addValues(values, count);
         }
     }
-    return all ? Content::kFull : any ? Content::kMixed : Content::kEmpty;
+
+  private:
+    void addValues(const Value* values, int count) {
+        Value inAll = all;
+        Value inAny = any;
+        for (int i = 0; i < count; ++i) {
+            inAll = static_cast<Value>(inAll & values[i]);
+            inAny = static_cast<Value>(inAny | values[i]);
+        }
+        all = inAll;
+        any = inAny;
+    }
+};
+
+Content contentOf(const IplImage* image, const Tile& tile) {
+    Common<std::uint8_t> common;
+    for (int y = tile.y0; y < tile.y1; ++y) {
+        common.add(rowOf(image, y) + tile.x0, tile.x1 - tile.x0);
+    }
+    // Other bytes than 0 and 255 may share no bit; such tiles are taken pixel by pixel.
+    return common.all != 0 ? Content::kFull : common.any != 0 ? Content::kMixed : Content::kEmpty;
 }
 
-Content contentOf(std::uint32_t bit, const Tile& tile) {
-    std::uint32_t all = bit;
-    std::uint32_t any = 0;
-    for (int x = tile.x0; x < tile.x1; ++x) {
-        const std::uint32_t* column = VORNSEManageUndoRedo::m_bitPlane[x];
-        for (int y = tile.y0; y < tile.y1; ++y) {
-            all &= column[y];
-            any |= column[y];
-        }
+// Sets a run of words to have the bit as in `value`. Words that have it already stay untouched, also
+// where no mask has used the memory yet.
+void setRun(std::uint32_t* words, int count, std::uint32_t bit, std::uint32_t value) {
+    Common<std::uint32_t> common;
+    common.add(words, count);
+    if (((value != 0 ? ~common.all : common.any) & bit) == 0) {
+        return;
     }
-    return all != 0 ? Content::kFull : (any & bit) != 0 ? Content::kMixed : Content::kEmpty;
+    for (int i = 0; i < count; ++i) {
+        words[i] = (words[i] & ~bit) | value;
+    }
 }
 
 }  // namespace
@@ -148,16 +187,27 @@ IplImage* VORNSEManageUndoRedo::getMask(int slot) {
     }
     ImagePtr mask = createImage(VORNSEMarker::m_originalWidth, VORNSEMarker::m_originalHeight, 1);
     const std::uint32_t bit = std::uint32_t{1} << slot;
-    forEachTile([&](const Tile& tile) {
-        const Content content = contentOf(bit, tile);
-        for (int y = tile.y0; y < tile.y1; ++y) {
-            std::uint8_t* row = rowOf(mask.get(), y);
-            if (content != Content::kMixed) {
-                std::memset(row + tile.x0, content == Content::kFull ? 255 : 0, tile.columns());
-                continue;
+    forEachStack([&](const TileStack& stack) {
+        Common<std::uint32_t> common[kTilesInStack];
+        for (int x = stack.x0; x < stack.x1; ++x) {
+            for (int i = 0; i < stack.count; ++i) {
+                const Tile& tile = stack.tiles[i];
+                common[i].add(m_bitPlane[x] + tile.y0, tile.rows());
             }
-            for (int x = tile.x0; x < tile.x1; ++x) {
-                row[x] = (m_bitPlane[x][y] & bit) != 0 ? 255 : 0;
+        }
+        for (int i = 0; i < stack.count; ++i) {
+            const Tile& tile = stack.tiles[i];
+            const bool full = (common[i].all & bit) != 0;
+            const bool mixed = !full && (common[i].any & bit) != 0;
+            for (int y = tile.y0; y < tile.y1; ++y) {
+                std::uint8_t* row = rowOf(mask.get(), y);
+                if (!mixed) {
+                    std::memset(row + tile.x0, full ? 255 : 0, tile.columns());
+                    continue;
+                }
+                for (int x = tile.x0; x < tile.x1; ++x) {
+                    row[x] = (m_bitPlane[x][y] & bit) != 0 ? 255 : 0;
+                }
             }
         }
     });
@@ -166,22 +216,23 @@ IplImage* VORNSEManageUndoRedo::getMask(int slot) {
 
 void VORNSEManageUndoRedo::setMask(int slot, const IplImage* image) {
     const std::uint32_t bit = std::uint32_t{1} << slot;
-    forEachTile([&](const Tile& tile) {
-        const Content content = contentOf(image, tile);
-        if (content != Content::kMixed && contentOf(bit, tile) == content) {
-            return;  // also leaves memory alone that no mask has used yet
+    forEachStack([&](const TileStack& stack) {
+        Content content[kTilesInStack];
+        for (int i = 0; i < stack.count; ++i) {
+            content[i] = contentOf(image, stack.tiles[i]);
         }
-        for (int x = tile.x0; x < tile.x1; ++x) {
-            std::uint32_t* column = m_bitPlane[x];
-            if (content != Content::kMixed) {
-                const std::uint32_t value = content == Content::kFull ? bit : 0;
-                for (int y = tile.y0; y < tile.y1; ++y) {
-                    column[y] = (column[y] & ~bit) | value;
+        for (int x = stack.x0; x < stack.x1; ++x) {
+            std::uint32_t* const column = m_bitPlane[x];
+            for (int i = 0; i < stack.count; ++i) {
+                const Tile& tile = stack.tiles[i];
+                if (content[i] != Content::kMixed) {
+                    setRun(column + tile.y0, tile.rows(), bit,
+                           content[i] == Content::kFull ? bit : 0U);
+                    continue;
                 }
-                continue;
-            }
-            for (int y = tile.y0; y < tile.y1; ++y) {
-                column[y] = (column[y] & ~bit) | (rowOf(image, y)[x] != 0 ? bit : 0U);
+                for (int y = tile.y0; y < tile.y1; ++y) {
+                    column[y] = (column[y] & ~bit) | (rowOf(image, y)[x] != 0 ? bit : 0U);
+                }
             }
         }
     });
