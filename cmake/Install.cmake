@@ -12,7 +12,8 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/core/"
   # The library's own plumbing; nothing in it is exported.
   PATTERN "host_call.h" EXCLUDE
   PATTERN "parked_context.h" EXCLUDE
-  PATTERN "history_transaction.h" EXCLUDE)
+  PATTERN "history_transaction.h" EXCLUDE
+  PATTERN "outline_transaction.h" EXCLUDE)
 
 install(EXPORT SegmentationCoreTargets
   NAMESPACE SegmentationCore::

@@ -84,7 +84,7 @@ IplImage* VORNSEHybrid::segment() {
     }
     m_cropImage = cropImage(VORNSEMarker::m_srcImage);
     m_cropLabel = cropImage(VORNSEMarker::m_labelImage);
-    m_startLabel = cvCloneImage(m_cropLabel);
+    m_startLabel = cloneImage(m_cropLabel).release();
 
     m_lambda = kStartLambda;
     VORNSEMarker::m_noiseLevel = kNoise;
@@ -126,7 +126,7 @@ IplImage* VORNSEHybrid::segment() {
         m_graph->maxFlow();
         updateLabelImage();
         if (pass < kTrials) {
-            m_trialLabels[pass] = cvCloneImage(m_cropLabel);
+            m_trialLabels[pass] = cloneImage(m_cropLabel).release();
         }
         cancelled = cancelSegmentation();
     }

@@ -16,7 +16,7 @@ std::uint8_t difference(std::uint8_t a, std::uint8_t b) {
 IplImage* replaceCleared(IplImage*& image, int width, int height, int line) {
     checkImageSize(width, height, "computeTexture", line);
     releaseImage(image);
-    image = cvCreateImage(cvSize(width, height), IPL_DEPTH_8U, 1);
+    image = createImage(width, height, 1).release();
     cvSetZero(image);
     return image;
 }

@@ -4,6 +4,7 @@
 #include "history/history_transaction.h"
 #include "interface/engine_state.h"
 #include "interface/host_call.h"
+#include "interface/outline_transaction.h"
 #include "interface/segmentation_core.h"
 
 namespace {
@@ -116,8 +117,10 @@ void runRequest(std::uint32_t* blended, std::uint8_t* mask) {
         g_resultMask = pHybrid->segment();
         if (g_resultMask != nullptr) {
             // Everything that can fail comes before the first byte that the host sees.
+            OutlineTransaction outlineTransaction;
             findOutline();
             const ImagePtr outline = blended != nullptr ? drawOutline() : nullptr;
+            outlineTransaction.commit();
             transaction.commit();
             writeMask(mask);
             if (outline != nullptr) {

@@ -2,6 +2,7 @@
 #include "history/history_transaction.h"
 #include "interface/engine_state.h"
 #include "interface/host_call.h"
+#include "interface/outline_transaction.h"
 #include "interface/segmentation_core.h"
 
 namespace {
@@ -17,8 +18,10 @@ void step(IplImage* (*move)(), bool deliversMask, std::uint32_t* blended, std::u
     HistoryTransaction transaction(HistoryTransaction::Step::kMove);
     g_resultMask = move();
     if (g_resultMask != nullptr) {
+        OutlineTransaction outlineTransaction;
         findOutline();
         const ImagePtr outline = drawOutline();
+        outlineTransaction.commit();
         writeMask(mask);
         paintOutline(outline.get(), blended);
     } else {
