@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+
 #include "history/marker.h"
 #include "support/image.h"
 
@@ -20,10 +22,9 @@ Rows rowsOf(const std::vector<pixelVal>& samples) {
 // Bytes start, start + 1, ... in raster order.
 ImagePtr counting(int width, int height, int channels, int start) {
     ImagePtr image = createImage(width, height, channels);
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width * channels; ++x) {
-            rowOf(image.get(), y)[x] = static_cast<std::uint8_t>(start++);
-        }
+    for (int y = 0; y < height; ++y, start += width * channels) {
+        std::iota(rowOf(image.get(), y), rowOf(image.get(), y) + width * channels,
+                  static_cast<std::uint8_t>(start));
     }
     return image;
 }

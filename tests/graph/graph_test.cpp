@@ -30,7 +30,7 @@ TEST(GraphStore, SlotsLeadToTheNeighboursInScanOrderAndHoldTheirCapacity) {
             EXPECT_EQ(graph->m_edgeCaps[8 * node + 4] == -2.0F, node < width);  // marked absent
             int slots[8];
             graph->outgoingSlots(node, slots);
-            const std::vector<int> heads = grid.around(node);
+            const auto heads = grid.around(node);
             for (std::size_t i = 0; i < 8; ++i) {
                 if (heads[i] < 0) {
                     EXPECT_EQ(slots[i], kOutside) << width << 'x' << height << ' ' << node;

@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <memory>
 #include <queue>
 #include <random>
-#include <stdexcept>
 #include <vector>
 
 #include "graph/graph.h"
@@ -24,36 +24,28 @@ struct Grid {
 
     int size() const { return width * height; }
 
-    // The earlier neighbour to the left, up-left, up or up-right; -1 outside.
-    int earlier(int node, int direction) const {
-        const int x = node % width + std::array{-1, -1, 0, 1}[static_cast<std::size_t>(direction)];
-        const int y = node / width - (direction == 0 ? 0 : 1);
-        return x < 0 || x >= width || y < 0 ? -1 : y * width + x;
-    }
-
-    // The neighbours in scan order, -1 outside.
-    std::vector<int> around(int node) const {
-        std::vector<int> heads;
-        for (const auto& [dx, dy] : std::initializer_list<std::pair<int, int>>{
-                 {-1, 0}, {-1, -1}, {0, -1}, {1, -1}, {1, 0}, {1, 1}, {0, 1}, {-1, 1}}) {
-            const int x = node % width + dx;
-            const int y = node / width + dy;
-            heads.push_back(x >= 0 && x < width && y >= 0 && y < height ? y * width + x : -1);
-        }
+    // The neighbours in scan order (left, up-left, up, up-right and on), -1 outside.
+    std::array<int, 8> around(int node) const {
+        constexpr int kSteps[8][2] = {{-1, 0}, {-1, -1}, {0, -1}, {1, -1},
+                                      {1, 0},  {1, 1},   {0, 1},  {-1, 1}};
+        std::array<int, 8> heads;
+        std::transform(kSteps, kSteps + 8, heads.begin(), [&](const int* step) {
+            const int x = node % width + step[0];
+            const int y = node / width + step[1];
+            return x >= 0 && x < width && y >= 0 && y < height ? y * width + x : -1;
+        });
         return heads;
+    }
+    int earlier(int node, int direction) const {
+        return around(node)[static_cast<std::size_t>(direction)];
     }
 
     float& capacity(int from, int to) {
-        for (int d = 0; d < 4; ++d) {
-            const auto slot = static_cast<std::size_t>(2 * d);
-            if (earlier(from, d) == to) {
-                return pairs[static_cast<std::size_t>(from)][slot];
-            }
-            if (earlier(to, d) == from) {
-                return pairs[static_cast<std::size_t>(to)][slot + 1];
-            }
-        }
-        throw std::invalid_argument("not neighbours");
+        const std::array<int, 8> heads = around(from);
+        const auto d =
+            static_cast<std::size_t>(std::find(heads.begin(), heads.end(), to) - heads.begin());
+        return d < 4 ? pairs[static_cast<std::size_t>(from)][2 * d]
+                     : pairs[static_cast<std::size_t>(to)].at(2 * (d - 4) + 1);
     }
 
     // Calls visit(from, to) for every directed edge.
@@ -69,15 +61,21 @@ struct Grid {
         }
     }
 
-    std::unique_ptr<VORNSEGraph> build(int numThreads = 0) const {
+    // Rows before `firstRow` and from `lastRow` on are skipped.
+    std::unique_ptr<VORNSEGraph> build(int numThreads = 0, int firstRow = 0,
+                                       int lastRow = std::numeric_limits<int>::max()) const {
         auto graph = std::make_unique<VORNSEGraph>(size(), size() * 8, width, height, numThreads);
-        graph->addNode(size());
         for (int node = 0; node < size(); ++node) {
+            if (node / width < firstRow || node / width >= lastRow) {
+                graph->skipNodes(1);
+                graph->skipEdges(1);
+                continue;
+            }
             const auto n = static_cast<std::size_t>(node);
-            for (int d = 0; d < 4; ++d) {
-                const auto slot = static_cast<std::size_t>(2 * d);
-                const int other = earlier(node, d);
-                graph->addEdge(node, other, pairs[n][slot], pairs[n][slot + 1], other < 0);
+            graph->addNode(1);
+            for (std::size_t d = 0; d < 4; ++d) {
+                const int other = around(node)[d];
+                graph->addEdge(node, other, pairs[n][2 * d], pairs[n][2 * d + 1], other < 0);
             }
             graph->addtWeights(node, source[n], sink[n]);
         }

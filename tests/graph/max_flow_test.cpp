@@ -154,29 +154,6 @@ TEST_F(MaxFlow, StopsAtTheFirstScanThatEndsAfterTenSeconds) {
     destroy_timer(timer);
 }
 
-TEST_F(MaxFlow, OrphansAreQueuedFromTheMeetingPointToTheRootsSinkSideFirst) {
-    Grid grid = row(4, 2.0F);
-    grid.source = {2, 0, 0, 0};
-    grid.sink = {0, 0, 0, 2};
-    const auto graph = grid.build();
-    graph->maxflowInit();
-    graph->m_nodes[1].treeLabel = tree::kSource;
-    graph->m_nodes[1].parentEdge = 8 * 1;  // left of 1
-    graph->m_nodes[2].treeLabel = tree::kSink;
-    graph->m_nodes[2].parentEdge = 8 * 2 + 9;  // right of 2
-    graph->AugmentPath(8 * 1 + 9);
-    EXPECT_EQ(graph->m_flow, 2.0F);
-    EXPECT_EQ(graph->m_edgeCaps[8 * 2], 4.0F);
-    for (const int expected : {2, 3, 1, 0}) {
-        const nodes* orphan = graph->GetTopOrphanQueueNode();
-        ASSERT_NE(orphan, nullptr);
-        EXPECT_EQ(orphan - graph->m_nodes, expected);
-        EXPECT_EQ(orphan->parentEdge, parent::kNone);
-        EXPECT_EQ(orphan->nextOrphan, nullptr);
-    }
-    EXPECT_EQ(graph->GetTopOrphanQueueNode(), nullptr);
-}
-
 TEST_P(Adoption, TheEarliestOfEqualParentsInScanOrderWins) {
     for (const int slot : slots) {
         adopt();

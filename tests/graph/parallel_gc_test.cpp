@@ -195,39 +195,3 @@ TEST_F(ParallelCut, CancelledItStillPutsEveryEdgeBack) {
     EXPECT_EQ(std::vector<float>(graph->m_edgeCaps, graph->m_edgeCaps + graph->m_edgeCount),
               before);
 }
-
-TEST_F(ParallelCut, EdgesMoveBetweenRecordsAsBlocksMerge) {
-    Grid grid = tiedGrid(6, 4, 9);
-    const auto graph = grid.build();
-    ParallelGC solver(graph.get(), 4);  // blocks of 3 x 2 nodes
-    for (int block = 0; block < 4; ++block) {
-        solver.AssignIDs(block / 2, block % 2);
-    }
-    for (int block = 0; block < 4; ++block) {
-        solver.PartitionGraph(block / 2, block % 2);
-    }
-    // The number of edges of each record, after blocks 0 1, 0 2, 0 3, 1 2, 1 3, 2 3.
-    const auto recorded = [&] {
-        std::vector<int> counts;
-        for (std::size_t a = 0; a < 4; ++a) {
-            for (std::size_t b = a + 1; b < 4; ++b) {
-                const blockEdges* pair = solver.m_pairMatrix[a][b];
-                EXPECT_EQ(pair, solver.m_pairMatrix[b][a]);
-                counts.push_back(0);
-                for (const cutEdge* edge = pair ? pair->head : nullptr; edge; edge = edge->next) {
-                    ++counts.back();
-                }
-            }
-        }
-        return counts;
-    };
-    // Between columns 2 and 3: two straight and two slanting edges in each half, and two slanting
-    // ones across the middle. Between rows 1 and 2 likewise three and four.
-    EXPECT_EQ(recorded(), (std::vector{4, 7, 1, 1, 7, 4}));
-    EXPECT_EQ(solver.MergeBlocks(3, 1), 1);
-    EXPECT_EQ(graph->m_edgeCaps[8 * 15 + 4], grid.capacity(15, 9));
-    EXPECT_EQ(graph->m_edgeCaps[8 * 14 + 6], kNoEdge);  // 14 to 9: blocks 2 and 1
-    solver.MakeNeighbourChanges(3, 1);
-    EXPECT_EQ(recorded(), (std::vector{5, 7, 0, 5, 0, 0}));
-    EXPECT_EQ(solver.m_pairList.size(), 3U);
-}
