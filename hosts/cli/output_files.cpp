@@ -157,7 +157,8 @@ void OutputFiles::checkFolder(const std::string& path) {
     if (fs::exists(path, ignored)) {
         throw UserError("cannot write to " + path + ": it is not a folder; name a folder");
     }
-    checkTarget(path);
+    const fs::path folder(path);
+    checkTarget(folder.has_filename() ? path : folder.parent_path().string());
 }
 
 void OutputFiles::add(const std::string& path, Bytes bytes) {

@@ -126,7 +126,7 @@ TEST(Replay, EditsTheMaskAsMarked) {
         {"op": "brush-remove", "points": [[80, 60]], "radius": 6, "edit": true},
         {"op": "loop-add", "points": [[2, 2], [12, 2], [12, 12], [2, 12]], "edit": true},
         {"op": "undo"}]})");
-    const Outcome outcome = place.run("segcore replay session.json --dump-steps steps");
+    const Outcome outcome = place.run("segcore replay session.json --dump-steps steps/");
     ASSERT_EQ(outcome.code, 0) << outcome.err;
     const cv::Mat box = place.image("steps/step-001.png");
     const cv::Mat hole = place.image("steps/step-002.png");
