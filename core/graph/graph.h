@@ -139,7 +139,8 @@ class SEGCORE_API VORNSEGraph {
 
     // The node that a slot leads to.
     int headOf(int slot) const {
-        return m_neighbourOffset[(slot + 1) % kSlotsPerNode] + (slot + 1) / kSlotsPerNode;
+        const auto next = static_cast<unsigned>(slot + 1);  // unsigned division is a shift
+        return m_neighbourOffset[next % kSlotsPerNode] + static_cast<int>(next / kSlotsPerNode);
     }
     // The node's outgoing slots in scan order (left, up-left, up, up-right, right, down-right,
     // down, down-left), kOutside where the direction leaves the image.
