@@ -59,6 +59,8 @@ void FuzzedHost::run() {
         initSegmentationEngine(0);
     }
     for (int made = 0; made < kMostCalls && m_data.remaining_bytes() > 0; ++made) {
+        m_largest = {std::max(m_largest.width, storedSize().width),
+                     std::max(m_largest.height, storedSize().height)};
         m_blended.assign(storedSize().pixels(), kUntouchedWord);
         m_mask.assign(storedSize().pixels(), kUntouched);
         makeCall();
@@ -160,7 +162,7 @@ int FuzzedHost::drawCoordinate(int size) {
     if (m_data.ConsumeIntegralInRange(0, 15) == 0) {
         return m_data.ConsumeIntegral<int>();
     }
-    return m_data.ConsumeIntegralInRange(-3, std::max(size, 1) + 3);
+    return m_data.ConsumeIntegralInRange(-3, std::clamp(size, 1, kMostPixels) + 3);
 }
 
 // A few colours in blocks, with noise between none and all.
@@ -280,7 +282,6 @@ void FuzzedHost::boxAtOnce() {
     const int top = drawCoordinate(size.height);
     const int right = drawCoordinate(size.width);
     const int bottom = drawCoordinate(size.height);
-    const bool exits = g_exitStatus != 0;
     call(
         [&] { doSegmentationBB(size.width, size.height, pixels, left, top, right, bottom, mask); });
     if (failed("doSegmentationBB")) {
@@ -288,7 +289,7 @@ void FuzzedHost::boxAtOnce() {
     }
     m_history.clear();
     m_blended.clear();
-    if (checkDelivery(mask != nullptr) && !exits) {
+    if (checkDelivery(mask != nullptr)) {
         m_history.record(m_mask);
     }
 }
@@ -377,8 +378,9 @@ void FuzzedHost::fetchOutline() {
         const int points = array[next];
         require(points >= 1 && next + 2 * points + 1 < count, "contours lie inside the array");
         for (int i = next + 1; i <= next + 2 * points; i += 2) {
-            require(array[i] >= 0 && array[i] < storedSize().width && array[i + 1] >= 0 &&
-                        array[i + 1] < storedSize().height,
+            // A new photograph leaves the outline of the last result to be fetched.
+            require(array[i] >= 0 && array[i] < m_largest.width && array[i + 1] >= 0 &&
+                        array[i + 1] < m_largest.height,
                     "contours lie inside the photograph");
         }
         next += 2 * points + 2;

@@ -63,6 +63,7 @@ class FuzzedHost {
     Size storedSize() const;
 
     FuzzedDataProvider m_data;
+    Size m_largest{0, 0};  // of the photographs so far
     std::vector<std::uint32_t> m_blended;
     Mask m_mask;
     std::vector<int> m_marks;  // pending, of the photograph's size

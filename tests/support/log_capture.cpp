@@ -22,6 +22,8 @@ Log& captured() {
     return lines;
 }
 
+thread_local bool logging = false;
+
 }  // namespace
 
 extern "C" int __android_log_print(int priority, const char* tag, const char* format, ...) {
@@ -31,8 +33,14 @@ extern "C" int __android_log_print(int priority, const char* tag, const char* fo
     const int length = std::vsnprintf(text.data(), text.size(), format, arguments);
     va_end(arguments);
     const std::lock_guard<std::mutex> lock(guard());
+    logging = true;
     captured().push_back({priority, tag, text.data()});
+    logging = false;
     return length;
+}
+
+bool isLogging() {
+    return logging;
 }
 
 std::ostream& operator<<(std::ostream& out, const LogLine& line) {

@@ -29,3 +29,5 @@ Log takeErrors();
 inline void clearLog() {
     takeLog();
 }
+// Whether the calling thread is inside the logger.
+bool isLogging();

@@ -1,0 +1,178 @@
+// A request that is cancelled at any of the places where it looks, or that runs out of time: no
+// mask, nothing recorded, and the next engine works as if nothing had happened.
+#include <gtest/gtest.h>
+#include <linux/hw_breakpoint.h>
+#include <linux/perf_event.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+
+#include "interface/context_snapshot.h"
+#include "support/fake_clock.h"
+#include "support/host_session.h"
+#include "support/log_capture.h"
+
+namespace {
+
+constexpr int kWidth = 12;
+constexpr int kHeight = 12;
+constexpr std::int64_t kTimeLimitMicros = 10000000;
+
+// A photograph with a pixel on display, and a loop that adds its disc.
+struct Edit {
+    Edit() : session(makeDiscScene(kWidth, kHeight)) {
+        std::vector<int> markers = session.noMarkers();
+        markers.front() = SEGCORE_MARK_OBJECT;
+        session.cutOut(markers);
+        clearLog();
+    }
+    void request() { session.box(2, 2, kWidth - 2, kHeight - 2); }
+
+    HostSession session;
+};
+
+void expectNothingHappened(Edit& edit, const ContextSnapshot& before,
+                           const std::vector<std::uint8_t>& maskBefore) {
+    EXPECT_TRUE(edit.session.mask == maskBefore);
+    EXPECT_TRUE(edit.session.blended == edit.session.photo);
+    EXPECT_TRUE(before == ContextSnapshot());
+    EXPECT_EQ(takeErrors(), (Log{{6, "Error", "Segmentation canceled due to timeout"}}));
+}
+
+// Cancels right after poll number n, by a hardware watchpoint on the cancel flag: it works on the
+// library as it is shipped. Poll number 0 is a cancel from the start.
+class PollTrap {
+  public:
+    explicit PollTrap(std::uint64_t poll) {
+        perf_event_attr watch{};
+        watch.type = PERF_TYPE_BREAKPOINT;
+        watch.size = sizeof watch;
+        watch.bp_type = HW_BREAKPOINT_RW;
+        watch.bp_addr = reinterpret_cast<std::uintptr_t>(&VORNSEMarker::m_exitApp);
+        watch.bp_len = HW_BREAKPOINT_LEN_1;
+        watch.sample_period = std::max<std::uint64_t>(poll, 1);
+        watch.exclude_kernel = 1;
+        watch.exclude_hv = 1;
+        watch.sigtrap = 1;
+        watch.remove_on_exec = 1;
+        s_reached = poll == 0;
+        if (s_reached) {
+            cancelSegmentation();
+            return;
+        }
+        std::signal(SIGTRAP, [](int) {
+            s_reached = 1;
+            ioctl(s_event, PERF_EVENT_IOC_DISABLE, 0);
+            cancelSegmentation();
+        });
+        s_event = static_cast<int>(syscall(SYS_perf_event_open, &watch, 0, -1, -1, 0));
+    }
+    ~PollTrap() {
+        if (s_event >= 0) {
+            close(s_event);
+        }
+        s_event = -1;
+    }
+    PollTrap(const PollTrap&) = delete;
+    PollTrap& operator=(const PollTrap&) = delete;
+
+    // Whether the request came so far.
+    static bool reached() { return s_reached != 0; }
+    static bool available() {
+        const PollTrap trap(1);
+        static_cast<void>(VORNSEMarker::m_exitApp.load());
+        return reached();
+    }
+
+  private:
+    static inline volatile std::sig_atomic_t s_reached = 0;
+    static inline int s_event = -1;
+};
+
+// A quarter of the polls each, so that they can run side by side.
+constexpr std::uint64_t kShares = 4;
+class EveryPoll : public testing::TestWithParam<std::uint64_t> {};
+
+TEST_P(EveryPoll, CancelsWithoutATrace) {
+    if (!PollTrap::available()) {
+        GTEST_SKIP() << "no hardware watchpoints here";
+    }
+    std::vector<std::uint8_t> uncancelled;
+    {
+        Edit plain;
+        plain.request();
+        uncancelled = plain.session.mask;
+    }
+    Edit edit;
+    const std::vector<std::uint8_t> maskBefore = edit.session.mask;
+    ASSERT_TRUE(maskBefore != uncancelled);
+    std::uint64_t poll = GetParam();
+    for (bool stopped = true; stopped && !HasFailure(); poll += stopped ? kShares : 0) {
+        initSegmentationEngine(0);
+        const ContextSnapshot before;
+        {
+            const PollTrap trap(poll);
+            edit.request();
+        }
+        stopped = edit.session.mask == maskBefore;
+        if (stopped) {
+            EXPECT_TRUE(PollTrap::reached());
+            expectNothingHappened(edit, before, maskBefore);
+        }
+    }
+    // Five passes, in each a poll for every node that the flow reaches. After the last one a cancel
+    // is too late.
+    EXPECT_GT(poll, 5U * kWidth);
+    EXPECT_TRUE(edit.session.mask == uncancelled);
+    EXPECT_EQ(takeErrors(), Log{});
+}
+
+INSTANTIATE_TEST_SUITE_P(CancelledRequest, EveryPoll, testing::Range(std::uint64_t{0}, kShares));
+
+TEST(CancelledRequest, StaysCancelledUntilANewEngine) {
+    Edit edit;
+    const std::vector<std::uint8_t> maskBefore = edit.session.mask;
+    const ContextSnapshot before;
+    cancelSegmentation();
+    edit.request();
+    expectNothingHappened(edit, before, maskBefore);
+    edit.request();
+    expectNothingHappened(edit, before, maskBefore);
+    initSegmentationEngine(0);
+    edit.request();
+    EXPECT_TRUE(edit.session.mask != maskBefore);
+}
+
+// The clock moves on with every reading, so that the limit is passed at a chosen one.
+TEST(CancelledRequest, OutOfTimeDeliversNothing) {
+    std::int64_t readings = 0;
+    {
+        Edit edit;
+        const FakeClock clock(0);
+        edit.request();
+        readings = FakeClock::reads();
+    }
+    // The start, the nodes that the first pass reaches, the ends of five passes.
+    ASSERT_GT(readings, kWidth);
+    Edit edit;
+    const std::vector<std::uint8_t> maskBefore = edit.session.mask;
+    for (const std::int64_t reading :
+         std::vector<std::int64_t>{1, 2, readings / 2, readings - 6, readings - 5, readings - 1}) {
+        initSegmentationEngine(0);
+        const ContextSnapshot before;
+        clearLog();
+        const FakeClock clock(0, kTimeLimitMicros / reading + 1);
+        edit.request();
+        expectNothingHappened(edit, before, maskBefore);
+    }
+    initSegmentationEngine(0);
+    const FakeClock clock(0, kTimeLimitMicros / (readings - 1));  // the last one is still in time
+    edit.request();
+    EXPECT_TRUE(edit.session.mask != maskBefore);
+    EXPECT_EQ(takeErrors(), Log{});
+}
+
+}  // namespace

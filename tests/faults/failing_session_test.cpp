@@ -1,0 +1,245 @@
+// A session in which allocation or thread start number n fails, for every n of every call: the call
+// either fails as a whole, with one error line and everything as it was, or gets by without; and
+// the session goes on as if nothing had happened.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+#include "faults/injected_faults.h"
+#include "interface/context_snapshot.h"
+#include "support/digest.h"
+#include "support/log_capture.h"
+#include "support/scenes.h"
+
+namespace {
+
+struct Size {
+    int width;
+    int height;
+};
+
+// Buffers are made before the calls, so that only the library's allocations fail.
+struct Host {
+    explicit Host(const Scene& scene)
+        : width(scene.width),
+          height(scene.height),
+          photo(scene.pixels),
+          blended(photo),
+          mask(photo.size(), kUntouched),
+          marks(photo.size()) {}
+    ~Host() {
+        deinitSegmentation();
+        freeLocalBuffers();
+        release_path_array(outline);
+        // The stroke's store stays for the next stroke.
+        std::vector<int>().swap(VORNSEMarker::currentStroke.m_points);
+    }
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    void clearResults() {
+        blended = photo;
+        mask.assign(mask.size(), kUntouched);
+        release_path_array(outline);
+        outline = nullptr;
+        outlineInts = 0;
+    }
+    bool hasResults() const {
+        return outline != nullptr || blended != photo ||
+               std::any_of(mask.begin(), mask.end(), [](auto byte) { return byte != kUntouched; });
+    }
+    std::uint64_t results() const {
+        return digest(std::vector<int>(outline, outline + outlineInts),
+                      digest(blended, digest(mask)));
+    }
+    // A square mark of `code` with its corner at (x, y), and the stroke across it.
+    void mark(int x, int y, int side, int code, int strokeType) {
+        marks.assign(marks.size(), SEGCORE_MARK_NONE);
+        for (int row = y; row < y + side; ++row) {
+            std::fill_n(marks.begin() + row * width + x, side, code);
+        }
+        stroke = {x, y, x + side - 1, y, x + side - 1, y + side - 1, x, y + side - 1};
+        setCurrentMarkerVector(8, stroke.data());
+        setMarkerImage(width, height, marks.data(), strokeType);
+    }
+
+    static constexpr std::uint8_t kUntouched = 7;
+    int width;
+    int height;
+    std::vector<std::uint32_t> photo;
+    std::vector<std::uint32_t> blended;
+    std::vector<std::uint8_t> mask;
+    std::vector<int> marks;
+    std::vector<int> stroke;
+    int* outline = nullptr;
+    int outlineInts = 0;
+};
+
+struct Call {
+    const char* name;
+    std::function<void(Host&)> prepare;  // nothing fails in it
+    std::function<void(Host&)> make;
+};
+
+void noPreparation(Host&) {}
+
+void passPhoto(Host& host) {
+    setSourceImage(host.width, host.height, host.photo.data());
+}
+
+void request(Host& host) {
+    processSegment(0, 0, 0, host.blended.data(), host.mask.data());
+}
+
+Call segment(int inset, int side, int code, int strokeType) {
+    return {"processSegment",
+            [=](Host& host) {
+                host.mark(host.width / 2 - side / 2 + inset, host.height / 2 - side / 2, side, code,
+                          strokeType);
+            },
+            request};
+}
+
+const std::vector<Call>& session() {
+    static const Call undoing{"undo", noPreparation,
+                              [](Host& host) { undo(host.blended.data(), host.mask.data()); }};
+    static const Call preparing{"initSegmentationEngine", noPreparation,
+                                [](Host&) { initSegmentationEngine(0); }};
+    static const std::vector<Call> calls{
+        {"setSourceImage", noPreparation, passPhoto},
+        preparing,
+        {"setCurrentMarkerVector", [](Host& host) { host.stroke.assign(80, 3); },
+         [](Host& host) { setCurrentMarkerVector(80, host.stroke.data()); }},
+        {"setMarkerImage", noPreparation,
+         [](Host& host) {
+             setMarkerImage(host.width, host.height, host.marks.data(), SEGCORE_LOOP_ADD);
+         }},
+        segment(0, 26, SEGCORE_MARK_CANDIDATE, SEGCORE_LOOP_ADD),
+        {"fetch_path_array", noPreparation,
+         [](Host& host) { fetch_path_array(&host.outline, &host.outlineInts); }},
+        segment(6, 8, SEGCORE_MARK_OBJECT, SEGCORE_BRUSH_ADD),
+        undoing,
+        segment(8, 8, SEGCORE_MARK_BACKGROUND, SEGCORE_BRUSH_REMOVE),  // drops the redo branch
+        undoing,
+        {"redo", noPreparation, [](Host& host) { redo(host.blended.data(), host.mask.data()); }},
+        {"cutOutImage",
+         [](Host& host) { host.mark(2, 2, 5, SEGCORE_MARK_OBJECT, SEGCORE_BRUSH_ADD); },
+         [](Host& host) { cutOutImage(0, 0, 0, host.blended.data(), host.mask.data()); }},
+        {"setSourceImage", noPreparation, passPhoto},
+        preparing,
+        {"doSegmentationBB", noPreparation,
+         [](Host& host) {
+             doSegmentationBB(host.width, host.height, host.photo.data(), host.width / 2 - 13,
+                              host.height / 2 - 13, host.width / 2 + 13, host.height / 2 + 13,
+                              host.mask.data());
+         }},
+        segment(6, 8, SEGCORE_MARK_OBJECT, SEGCORE_BRUSH_ADD)};
+    return calls;
+}
+
+void makeCalls(Host& host, std::size_t first, std::size_t last) {
+    for (std::size_t i = first; i < last; ++i) {
+        host.clearResults();
+        session()[i].prepare(host);
+        session()[i].make(host);
+    }
+}
+
+std::vector<std::uint64_t> expectedResults(const Scene& scene) {
+    Host host(scene);
+    std::vector<std::uint64_t> results;
+    for (std::size_t i = 0; i < session().size(); ++i) {
+        makeCalls(host, i, i + 1);
+        results.push_back(host.results());
+    }
+    return results;
+}
+
+struct Sweep {
+    Fault fault;
+    bool onward;
+    bool reduced;  // a grey photograph above the working size, or a small colour one
+};
+
+class FailingSession : public testing::TestWithParam<Sweep> {
+  protected:
+    // Fails everything that call number `index` asks for, one after the other. The number of faults.
+    long failCall(std::size_t index) {
+        const Call& call = session()[index];
+        auto host = std::make_unique<Host>(m_scene);
+        makeCalls(*host, 0, index);
+        for (long n = 1;; ++n) {
+            host->clearResults();
+            call.prepare(*host);
+            const ContextSnapshot before;
+            clearLog();
+            armFault(GetParam().fault, n, GetParam().onward);
+            call.make(*host);
+            const bool failed = disarmFault();
+            const Log errors = takeErrors();
+            const std::string start = std::string(call.name) + ": ";
+            const bool refused = !errors.empty() && errors.back().text.rfind(start, 0) == 0;
+            if (!failed) {
+                EXPECT_EQ(host->results(), m_expected[index]);
+                makeCalls(*host, index + 1, session().size());
+                EXPECT_EQ(host->results(), m_expected.back());
+                return n - 1;
+            }
+            if (refused) {
+                EXPECT_FALSE(host->hasResults()) << n;
+                EXPECT_TRUE(before == ContextSnapshot()) << n << ' ' << errors.back();
+            } else {
+                EXPECT_TRUE(GetParam().fault == Fault::kAllocation ||
+                            host->results() == m_expected[index])
+                    << n;
+                host = nullptr;
+                host = std::make_unique<Host>(m_scene);
+                makeCalls(*host, 0, index);
+            }
+            if (HasFailure()) {
+                return n;
+            }
+        }
+    }
+
+    Scene m_scene = GetParam().reduced ? makeReducedScene() : makeDiscScene(48, 36);
+    std::vector<std::uint64_t> m_expected = expectedResults(m_scene);
+
+  private:
+    static Scene makeReducedScene() {
+        Scene scene = makeDiscScene(430, 200);
+        for (std::uint32_t& word : scene.pixels) {
+            word = 0xFF000000U | (word & 0xFFU) * 0x010101U;
+        }
+        return scene;
+    }
+};
+
+TEST_P(FailingSession, FailsCleanlyOrNotAtAll) {
+    expectedResults(m_scene);  // whatever the libraries keep is there from here on
+    failCall(0);
+    long faults = 0;
+    for (std::size_t index = 0; index < session().size() && !HasFailure(); ++index) {
+        SCOPED_TRACE(std::to_string(index) + ' ' + session()[index].name);
+        clearLog();
+        const long blocks = liveBlocks() - imagingLibraryFailures();
+        faults += failCall(index);
+        clearLog();
+        EXPECT_LE(liveBlocks() - imagingLibraryFailures(), blocks);
+    }
+    EXPECT_GT(faults, 50);
+    RecordProperty("faults", static_cast<int>(faults));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Sweeps, FailingSession,
+    testing::Values(Sweep{Fault::kAllocation, false, false}, Sweep{Fault::kAllocation, true, false},
+                    Sweep{Fault::kAllocation, false, true}, Sweep{Fault::kThread, false, false},
+                    Sweep{Fault::kThread, true, false}),
+    [](const auto& sweep) {
+        return std::string(sweep.param.fault == Fault::kThread ? "Thread" : "Allocation") +
+               (sweep.param.onward ? "Onward" : "") + (sweep.param.reduced ? "Reduced" : "");
+    });
+
+}  // namespace
