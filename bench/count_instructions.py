@@ -3,10 +3,12 @@
 
     count_instructions.py PROFILE_PROGRAM RESULTS.csv [options of the program]
 
-The program makes the one request and nothing else is counted. Worker threads of the clustering run
+The program makes the one request, with the clock stopped so that it is not cut short at its time
+limit, and nothing else is counted. Worker threads of the clustering run
 outside the counted call. Date, processor and commit are those of the file's last line.
 """
 import csv
+import os
 import pathlib
 import re
 import subprocess
@@ -47,11 +49,13 @@ def inclusive_counts(callgrind_file):
 def main():
     program, results, options = sys.argv[1], pathlib.Path(sys.argv[2]), sys.argv[3:]
     megapixels = 12.0 if "--megapixels" in options else 0.0768
+    clock = pathlib.Path(program).resolve().parent / "libsegcore_bench_stopped_clock.so"
     with tempfile.TemporaryDirectory() as folder:
         out = pathlib.Path(folder) / "callgrind.out"
         subprocess.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={out}",
                         "--collect-atstart=no", f"--toggle-collect={ENTRY}", program, "--once",
-                        *options], check=True, stderr=subprocess.DEVNULL)
+                        *options], check=True, stderr=subprocess.DEVNULL,
+                       env={**os.environ, "LD_PRELOAD": str(clock)})
         counts = inclusive_counts(out)
     with open(results, newline="") as lines:
         start = list(csv.reader(lines))[-1][:3]
