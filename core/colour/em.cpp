@@ -74,6 +74,8 @@ void maximise(VORNSEColorModel& model, int k, const std::vector<pixelVal>& sampl
 
 }  // namespace
 
+// By value, as the exported signature has it.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void VORNSEColorModel::EM(std::vector<pixelVal> samples, int iterations) {
     if (samples.size() < kComponents) {
         return;

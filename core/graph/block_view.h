@@ -15,7 +15,8 @@ union alignas(kCacheLineBytes) BlockViewStorage {
 
     BlockViewStorage(VORNSEGraph* graph, int row, int col, int width, int height)
         : view(graph, row, col, width, height) {}
-    ~BlockViewStorage() {}
+    // Empty, not defaulted: that would be deleted, for the view has a destructor.
+    ~BlockViewStorage() {}  // NOLINT(modernize-use-equals-default)
 };
 
 struct BlockViewRelease {

@@ -282,7 +282,7 @@ void ParallelGC::PartitionGraph(int row, int col) {
 // Takes out the edges from the given row or column of `block` into `other`, and lists the pair when
 // there are any.
 void ParallelGC::registerPair(int block, int other, int firstX, int firstY, int lastX, int lastY) {
-    blockEdges* pair = new (std::nothrow) blockEdges{block, other, nullptr};
+    auto* pair = new (std::nothrow) blockEdges{block, other, nullptr};
     if (pair == nullptr) {
         m_storeFailed = true;
         return;
