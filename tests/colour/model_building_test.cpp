@@ -1,17 +1,103 @@
+// Clustering, and the models made of clusters, raced against the same written down plainly in one
+// thread.
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <numeric>
 #include <opencv2/core.hpp>
 
+#include "colour/k_means.h"
 #include "colour/model_init.h"
 #include "colour/model_update.h"
-#include "colour/plain_k_means.h"
+#include "colour/samples.h"
 #include "history/marker.h"
 #include "support/log_capture.h"
 
 namespace {
+
+double squaredDistance(const pixelVal& a, const pixelVal& b) {
+    return (a.ch0 - b.ch0) * (a.ch0 - b.ch0) + (a.ch1 - b.ch1) * (a.ch1 - b.ch1) +
+           (a.ch2 - b.ch2) * (a.ch2 - b.ch2);
+}
+
+// Each seed is drawn with a chance that grows with the squared distance to the nearest seed so far.
+std::vector<int> plainSeeds(const Samples& samples, int count) {
+    const auto draw = [] { return std::rand() / 2147483648.0; };
+    std::srand(static_cast<unsigned>(samples.size()));
+    std::vector<int> seeds = {static_cast<int>(static_cast<double>(samples.size()) * draw())};
+    while (static_cast<int>(seeds.size()) < count) {
+        std::vector<double> nearest;
+        double total = 0.0;
+        for (const pixelVal& sample : samples) {
+            double least = std::numeric_limits<double>::infinity();
+            for (const int seed : seeds) {
+                least = std::min(least,
+                                 squaredDistance(sample, samples[static_cast<std::size_t>(seed)]));
+            }
+            nearest.push_back(least);
+            total += least;
+        }
+        std::srand(static_cast<unsigned>(std::fmod(std::trunc(total), 4294967296.0)));
+        double target = total * draw();
+        std::size_t chosen = 0;
+        for (; chosen + 1 < samples.size() && target > nearest[chosen]; ++chosen) {
+            target -= nearest[chosen];
+        }
+        seeds.push_back(static_cast<int>(chosen));
+    }
+    return seeds;
+}
+
+std::vector<int> plainLabels(const Samples& samples, int maxIterations) {
+    const std::vector<int> seeds = plainSeeds(samples, kComponents);
+    const std::size_t quarter = samples.size() / 4;
+    Samples centres;
+    for (const int seed : seeds) {
+        centres.push_back(samples[static_cast<std::size_t>(seed)]);
+    }
+    std::vector<int> labels(samples.size());
+    double previous = std::numeric_limits<double>::max();
+    for (int iteration = 1;; ++iteration) {
+        // Errors are not whole numbers, so the order of their sum matters: by quarters.
+        double errors[4] = {};
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            const auto nearer = [&](const pixelVal& a, const pixelVal& b) {
+                return squaredDistance(samples[i], a) < squaredDistance(samples[i], b);
+            };
+            const auto best = std::min_element(centres.begin(), centres.end(), nearer);
+            labels[i] = static_cast<int>(best - centres.begin());
+            errors[quarter == 0 ? 3 : std::min<std::size_t>(i / quarter, 3)] +=
+                squaredDistance(samples[i], *best);
+        }
+        const std::vector<int> assigned = labels;
+        for (int k = 0; k < kComponents; ++k) {
+            const ClusterInfo info(assigned, samples);
+            if (const double count = info.m_count[k]; count > 0) {
+                centres[static_cast<std::size_t>(k)] = {
+                    info.m_sum[0][k] / count, info.m_sum[1][k] / count, info.m_sum[2][k] / count};
+            } else {
+                labels[static_cast<std::size_t>(seeds[static_cast<std::size_t>(k)])] = k;
+            }
+        }
+        const double error = ((errors[0] + errors[1]) + errors[2]) + errors[3];
+        if (iteration >= maxIterations || error == previous) {
+            return labels;
+        }
+        previous = error;
+    }
+}
+
+std::vector<int> labelled(const Samples& samples, int maxIterations) {
+    std::vector<int> labels(samples.size(), -1);
+    SampleRows rows(samples);
+    SampleRows centres{Samples(kComponents)};
+    k_means(rows.pointers(), labels.data(), static_cast<int>(samples.size()), 0.0, maxIterations,
+            centres.pointers());
+    return labels;
+}
 
 // Expects the plain two-pass estimate in every labelled component and `before` in the others.
 void expectEstimate(const VORNSEColorModel& model, const VORNSEColorModel& before,
@@ -54,6 +140,26 @@ class ModelBuilding : public testing::Test {
 };
 
 }  // namespace
+
+TEST(KMeans, LabelsLikeAPlainSequentialClustering) {
+    std::mt19937 random(5);
+    for (int round = 0; round < 120; ++round) {
+        const std::size_t count = 5 + random() % 90;
+        Samples samples = randomSamples(random, count, round % 3 == 0 ? 2 : 200);
+        if (round % 4 == 0) {
+            samples[3].ch1 = 1e5;  // a total of more than 32 bits
+        }
+        for (const int maxIterations : {1, 3, 10}) {
+            std::srand(static_cast<unsigned>(round));  // seeds depend on the data alone
+            ASSERT_EQ(labelled(samples, maxIterations), plainLabels(samples, maxIterations))
+                << round << ' ' << maxIterations;
+        }
+    }
+}
+
+TEST(KMeans, IdenticalSamplesFillTheEmptyClustersInTurn) {
+    EXPECT_EQ(labelled(Samples(5, {7, 8, 9}), 10), (std::vector<int>{4, 0, 0, 0, 0}));
+}
 
 TEST_F(ModelBuilding, InitialisationEstimatesEveryClusterOnce) {
     std::mt19937 random(7);
