@@ -60,8 +60,9 @@ Outcome Workplace::run(const std::string& line) const {
                                 << "'; segcore() { " SEGCORE_RUNNER " '" SEGCORE_PROGRAM
                                    "' \"$@\"; }\n"
                                 << line << "\n";
-    const int status = std::system(
-        ("exec bash " + base + ".sh </dev/null >" + base + ".out 2>" + base + ".err").c_str());
+    const int status = std::system(("unset LD_PRELOAD; exec bash " + base + ".sh </dev/null >" +
+                                    base + ".out 2>" + base + ".err")
+                                       .c_str());
     const Outcome outcome{WEXITSTATUS(status), contentOf(base + ".out"), contentOf(base + ".err")};
     for (const char* suffix : {".sh", ".out", ".err"}) {
         fs::remove(base + suffix);
