@@ -18,9 +18,9 @@ inline void preferLargePages(void* block, std::size_t bytes) {
         return;
     }
     const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-    const auto address = reinterpret_cast<std::uintptr_t>(block);
-    const std::uintptr_t first = (address + page - 1) / page * page;
-    madvise(reinterpret_cast<void*>(first), bytes - (first - address), MADV_HUGEPAGE);
+    const auto past = reinterpret_cast<std::uintptr_t>(block) % page;
+    const std::uintptr_t skipped = past == 0 ? 0 : page - past;
+    madvise(static_cast<char*>(block) + skipped, bytes - skipped, MADV_HUGEPAGE);
 #else
     static_cast<void>(block);
     static_cast<void>(bytes);
