@@ -9,6 +9,7 @@ suite=bookworm
 [ "$(cat "$folder/packages" 2>/dev/null)" != "$suite $packages" ] || exit 0
 
 # The main suite alone: the security suite's index for another architecture can be out of step.
+# shellcheck disable=SC2016 # a field's name for apt-get
 mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Identifier: Packages' "Codename: $suite" \
     'Component: main' | head -n 1)
 rm -rf "$folder"

@@ -1,7 +1,8 @@
 #!/bin/sh
 # Installs what the project needs to build and test itself and is not there yet (Debian 12).
-#   --fuzz  also what the fuzzers need: clang with its run-time libraries
-#   --dev   also everything that only contributors need: clang, clang-tidy, benchmarks, valgrind
+#   --fuzz   also what the fuzzers need: clang with its run-time libraries
+#   --dev    also everything that only contributors need: clang, clang-tidy, benchmarks, valgrind
+#   --armhf  also what scripts/test-armhf.sh needs: cross compiler, emulator
 set -eu
 
 packages="build-essential cmake ninja-build pkg-config git clang-format
@@ -12,7 +13,8 @@ case "${1-}" in
     '') ;;
     --fuzz) packages="$packages $fuzz_packages" ;;
     --dev) packages="$packages $fuzz_packages clang-tidy libbenchmark-dev libboost-dev valgrind" ;;
-    *) echo "usage: $0 [--fuzz | --dev]" >&2; exit 2 ;;
+    --armhf) packages="$packages crossbuild-essential-armhf qemu-user mmdebstrap" ;;
+    *) echo "usage: $0 [--fuzz | --dev | --armhf]" >&2; exit 2 ;;
 esac
 
 if ! command -v dpkg-query >/dev/null; then
