@@ -33,9 +33,17 @@ std::atomic<bool> hasFailed{false};
 std::atomic<long> live{0};
 std::atomic<long> imagingFailures{0};
 
+// The address sanitizer does not survive a failure of its own while it starts a thread.
+#ifdef SEGCORE_INTERCEPTED_ALLOCATOR
+thread_local bool exempt = true;
+#else
+thread_local bool exempt = false;
+#endif
+
 bool failsNow(Fault kind) {
     std::atomic<long>& left = countdown[static_cast<int>(kind)];
-    if (left.load(std::memory_order_relaxed) == 0 || isLogging()) {
+    if (left.load(std::memory_order_relaxed) == 0 || isLogging() ||
+        (exempt && kind == Fault::kAllocation)) {
         return false;
     }
     const long before = left.fetch_sub(1);
@@ -63,6 +71,7 @@ void* allocate(Allocate&& allocation) {
 }  // namespace
 
 void armFault(Fault kind, long first, bool onward) {
+    exempt = false;  // this thread
     hasFailed = false;
     failsOnward = onward;
     countdown[static_cast<int>(kind)] = first;
@@ -82,6 +91,12 @@ long imagingLibraryFailures() {
 }
 
 extern "C" {
+
+// What imagingLibraryFailures counts.
+const char* __lsan_default_suppressions();
+const char* __lsan_default_suppressions() {
+    return "leak:cv::Mat::create\nleak:cv::_OutputArray::create";
+}
 
 void* malloc(std::size_t size) noexcept {
     return allocate([=] { return SYSTEM(malloc)(size); });
@@ -118,7 +133,17 @@ int pthread_create(pthread_t* __restrict thread, const pthread_attr_t* __restric
                    void* (*entry)(void*), void* __restrict argument) noexcept {
     using Create = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
     static const auto create = reinterpret_cast<Create>(dlsym(RTLD_NEXT, "pthread_create"));
-    return failsNow(Fault::kThread) ? EAGAIN : create(thread, attributes, entry, argument);
+    if (failsNow(Fault::kThread)) {
+        return EAGAIN;
+    }
+#ifdef SEGCORE_INTERCEPTED_ALLOCATOR
+    exempt = true;
+    const int failure = create(thread, attributes, entry, argument);
+    exempt = false;
+    return failure;
+#else
+    return create(thread, attributes, entry, argument);
+#endif
 }
 
 }  // extern "C"
