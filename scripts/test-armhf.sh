@@ -15,8 +15,8 @@ scripts/make-armhf-sysroot.sh "$sysroot"
 cmake -S . -B "$builds/armhf" -G Ninja -DCMAKE_BUILD_TYPE=Release \
     -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/armhf.cmake -DSEGCORE_ARMHF_SYSROOT="$sysroot"
 cmake --build "$builds/armhf"
-# Left out: interrupts, since the emulator does not hand a process's signals to the thread that waits
-# for them, and the sweeps over failing allocations, which are thousands of sessions.
+# Left out: interrupts, which the emulator hands to any of a process's threads, also to one that blocks
+# them, and the sweeps over failing allocations, which are thousands of sessions.
 QEMU_SET_ENV=LD_PRELOAD=$builds/armhf/tests/support/libsegcore_stopped_clock.so \
     ctest --test-dir "$builds/armhf" -j "$(nproc)" --output-on-failure -E 'Interrupt|Sweeps'
 

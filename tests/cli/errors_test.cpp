@@ -70,8 +70,9 @@ TEST_P(Interrupt, EndsTheRunWithoutATrace) {
     // interrupt waits for the program to block the signal: bit 1 of the mask in hexadecimal.
     const Outcome outcome = place.run(
         std::string(
-            "exec 3< <(exec sleep 9); for i in {1..200}; do b+=' --box 40,30,600,450'; done\n") +
-        SEGCORE_PROGRAM + " cut " + photo + " $b --mask old.png --dump-steps s <&3 & p=$!\n" +
+            "exec 3< <(exec sleep 60); for i in {1..200}; do b+=' --box 40,30,600,450'; done\n") +
+        SEGCORE_RUNNER " " SEGCORE_PROGRAM " cut " + photo +
+        " $b --mask old.png --dump-steps s <&3 & p=$!\n" +
         "until grep -q 'SigBlk:.*[2367abef]$' /proc/$p/status; do :; done\n" + "sleep " + seconds +
         "; kill -INT $p; wait $p");
     EXPECT_EQ(outcome.code, 130);
