@@ -42,20 +42,12 @@ void forEachStretch(const std::uint8_t* codes, int width, Inside inside, Outside
     }
 }
 
-}  // namespace
-
-int VORNSEHybrid::constructGraphTrimapVORN(IplImage* image, IplImage* /*texA*/, IplImage* trimap,
-                                           IplImage* texHor, IplImage* texVer) {
-    const int width = m_boundWidthTrimap;
-    const int height = m_boundHeightTrimap;
-    const int pixels = width * height;
-    m_trimapGraph = new VORNSEGraph(pixels, pixels * kSlotsPerNode, width, height, 0);
-    VORNSEGraph& graph = *m_trimapGraph;
-    if (graph.m_nodes == nullptr || graph.m_edgeCaps == nullptr) {
-        return kGraphFailed;
-    }
-    graph.reset();
-    TerminalWeightCache weightsOf(m_fgModel, m_bgModel, modelWeights);
+// Adds the nodes of the band's rectangle, row by row, with their terminal capacities.
+template <typename WeightsOf>
+void addNodes(VORNSEGraph& graph, WeightsOf& weightsOf, const IplImage* image,
+              const IplImage* trimap, const IplImage* texHor, const IplImage* texVer) {
+    const int width = graph.m_width;
+    const int height = graph.m_height;
     for (int y = 0; y < height; ++y) {
         const std::uint8_t* row = rowOf(image, y);
         const std::uint8_t* codes = rowOf(trimap, y);
@@ -84,6 +76,23 @@ int VORNSEHybrid::constructGraphTrimapVORN(IplImage* image, IplImage* /*texA*/, 
             }
         });
     }
+}
+
+}  // namespace
+
+int VORNSEHybrid::constructGraphTrimapVORN(IplImage* image, IplImage* /*texA*/, IplImage* trimap,
+                                           IplImage* texHor, IplImage* texVer) {
+    const int width = m_boundWidthTrimap;
+    const int height = m_boundHeightTrimap;
+    const int pixels = width * height;
+    m_trimapGraph = new VORNSEGraph(pixels, pixels * kSlotsPerNode, width, height, 0);
+    VORNSEGraph& graph = *m_trimapGraph;
+    if (graph.m_nodes == nullptr || graph.m_edgeCaps == nullptr) {
+        return kGraphFailed;
+    }
+    graph.reset();
+    TerminalWeightCache weightsOf(m_fgModel, m_bgModel, modelWeights);
+    addNodes(graph, weightsOf, image, trimap, texHor, texVer);
 
     const ContrastTable table(m_beta, "constructGraphTrimapVORN", kTableLine, kTableFreeLine);
     if (!table.valid()) {

@@ -51,7 +51,7 @@ bool isSideways(Side side) {
 
 // The image turned so that the side is at the top.
 cv::Mat seenFrom(Side side, const cv::Mat& image) {
-    const cv::Mat upright = isSideways(side) ? cv::Mat(image.t()) : image;
+    cv::Mat upright = isSideways(side) ? cv::Mat(image.t()) : image;
     if (side == Side::kTop || side == Side::kLeft) {
         return upright;
     }
