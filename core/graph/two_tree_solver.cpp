@@ -3,16 +3,17 @@
 // augmentation to the next.
 //
 // A state byte holds the node's parent (0 none, 1 the terminal, 2 + d the neighbour in direction d),
-// its tree and whether it is queued. All zero is a free node, so nodes that the graph skipped, and
-// the border around the grid, need no initialisation. A cell is a node's number in the graph, row by
-// row, which its capacities and its record go by; everything else goes by the tiled number.
+// its tree, and whether it is queued and on a laid path. A node of a tree without a parent is an
+// orphan. All zero is a free node, so nodes that the graph skipped, and the border around the grid,
+// need no initialisation. A cell is a node's number in the graph, row by row, which its capacities
+// and its record go by; everything else goes by the tiled number.
 //
 // Invariant: m_open tells of every edge inside the image whether it carries flow, so that scans of
 // neighbours do not read capacities.
 //
-// Why distances can be remembered: within a stage only orphans change their parent, and only children
-// of a node that is set free become orphans. A node with an unbroken chain to its root has no orphan
-// above it, so neither it nor anything above it changes before the stage ends.
+// Why distances are known along the laid paths: within a stage only orphans change their parent, and
+// only children of a node that is set free become orphans. Above its last orphan a path stays as it
+// is, and every chain that reaches it there ends at its root; up to its first orphan it stays too.
 #include "graph/two_tree_solver.h"
 
 #include <algorithm>
@@ -36,12 +37,7 @@ constexpr std::uint8_t kTreeMask = 0x30;
 constexpr std::uint8_t kInSource = 0x10;
 constexpr std::uint8_t kInSink = 0x20;
 constexpr std::uint8_t kActive = 0x40;
-constexpr std::uint8_t kOrphan = 0x80;
-
-// A mark is stage << kDistanceBits | distance; longer distances are walked again.
-constexpr int kDistanceBits = 12;
-constexpr std::uint32_t kDistanceMask = (1U << kDistanceBits) - 1;
-constexpr std::uint32_t kLastStage = std::numeric_limits<std::uint32_t>::max() >> kDistanceBits;
+constexpr std::uint8_t kOnPath = 0x80;
 
 constexpr int opposite(int direction) {
     return (direction + 4) % kSlotsPerNode;
@@ -54,11 +50,9 @@ constexpr std::uint8_t parentCode(int direction) {
 // Tiled numbers per node that a large graph may cost; a very narrow one would cost eight.
 constexpr std::size_t kMostNumbersPerNode = 2;
 constexpr std::size_t kSmallGrid = 1U << 16;
-constexpr int kNobody = -1;
-constexpr std::size_t kFirstPathLength = 1024;
 
-bool carriesFlow(float capacity) {
-    return capacity != 0.0F && capacity != kNoEdge;
+void prefetch(const float* capacity) {
+    __builtin_prefetch(capacity, 1);
 }
 
 template <typename T>
@@ -97,9 +91,10 @@ void TwoTreeSolver::Free::operator()(void* block) const {
 void TwoTreeSolver::Queue::grow() {
     std::vector<int> larger(std::max<std::size_t>(2 * m_ring.size(), 1024));
     for (std::size_t i = 0; i < m_count; ++i) {
-        larger[i] = m_ring[(m_head + i) & (m_ring.size() - 1)];
+        larger[i] = m_ring[(m_head + i) & m_mask];
     }
     m_ring.swap(larger);
+    m_mask = m_ring.size() - 1;
     m_head = 0;
 }
 
@@ -118,10 +113,10 @@ TwoTreeSolver::TwoTreeSolver(VORNSEGraph& graph)
                    kSlotsPerNode * graph.m_width + 11,
                    kSlotsPerNode * graph.m_width + 5,
                    kSlotsPerNode * graph.m_width - 1} {
-    m_known.fill({kNobody, 0});
     if (fits()) {
         m_state.reset(allocateZeroed<std::uint8_t>(m_grid.size()));
         m_open.reset(allocateZeroed<Directions>(m_grid.size()));
+        m_step.reset(allocateZeroed<int>(m_grid.size()));
     }
 }
 
@@ -133,7 +128,7 @@ bool TwoTreeSolver::fits() const {
 }
 
 bool TwoTreeSolver::canSolve() const {
-    return m_state != nullptr && m_open != nullptr;
+    return m_state != nullptr && m_open != nullptr && m_step != nullptr;
 }
 
 template <typename Visit>
@@ -160,15 +155,27 @@ int TwoTreeSolver::directionOf(int cell, int slot) const {
 
 // Every edge belongs to the later of its nodes in row order, whose directions 0 .. 3 it takes.
 void TwoTreeSolver::importEdges(int cell, int node, int x, int y) {
-    const bool left = x > 0;
-    const bool up = y > 0;
-    const bool present[] = {left, left && up, up, up && x < m_graph.m_width - 1};
-    const float* caps = m_caps + static_cast<std::ptrdiff_t>(kSlotsPerNode) * cell;
-    const int* steps = m_grid.steps(node);
+    constexpr unsigned kLeft = 1U;
+    constexpr unsigned kUpLeft = 2U;
+    constexpr unsigned kUp = 4U;
+    constexpr unsigned kUpRight = 8U;
+    const unsigned outside = (x > 0 ? 0U : kLeft | kUpLeft) |
+                             (y > 0 ? 0U : kUpLeft | kUp | kUpRight) |
+                             (x < m_graph.m_width - 1 ? 0U : kUpRight);
+    const flow_lanes::OpenEdges open =
+        flow_lanes::openEdges(m_caps + static_cast<std::ptrdiff_t>(kSlotsPerNode) * cell);
+    const unsigned out = open.out & ~outside;
+    const unsigned in = open.in & ~outside;
+    Directions* const here = &m_open[static_cast<std::size_t>(node)];
+    here->out = static_cast<std::uint8_t>(here->out | out);
+    here->in = static_cast<std::uint8_t>(here->in | in);
+    const int* const steps = m_grid.steps(node);
     for (int direction = 0; direction < kSlotsPerNode / 2; ++direction) {
-        if (present[direction]) {
-            openOrClose(node, node + steps[direction], direction, caps + 2 * direction);
-        }
+        Directions& there = here[steps[direction]];
+        there.in =
+            static_cast<std::uint8_t>(there.in | (out >> direction & 1U) << opposite(direction));
+        there.out =
+            static_cast<std::uint8_t>(there.out | (in >> direction & 1U) << opposite(direction));
     }
 }
 
@@ -228,29 +235,32 @@ void TwoTreeSolver::activate(int node) {
 
 void TwoTreeSolver::makeOrphan(int node) {
     std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
-    state = static_cast<std::uint8_t>(state & ~kParentMask);
-    if ((state & kOrphan) == 0) {
-        state = static_cast<std::uint8_t>(state | kOrphan);
+    if ((state & kOnPath) != 0) {
+        LaidPath& path = (state & kTreeMask) == kInSink ? m_sinkPath : m_sourcePath;
+        path.orphaned(m_step[static_cast<std::size_t>(node)]);
+    }
+    if ((state & kParentMask) != kNoParent) {
+        state = static_cast<std::uint8_t>(state & ~kParentMask);
         m_orphans.push(node);
     }
 }
 
-// Brings the directions of both ends up to date with an edge's pair of capacities: from `node` in
+// Brings the directions of both ends up to date with an edge's capacities: from `node` in
 // `direction` to `neighbour`, and back.
-void TwoTreeSolver::openOrClose(int node, int neighbour, int direction, const float* pair) {
+void TwoTreeSolver::openOrClose(int node, int neighbour, int direction, float there, float back) {
     const auto set = [](std::uint8_t& directions, int bit, bool open) {
         const auto cleared = static_cast<std::uint8_t>(directions & ~(1U << bit));
         directions =
             static_cast<std::uint8_t>(cleared | static_cast<std::uint8_t>((open ? 1U : 0U) << bit));
     };
-    const bool there = carriesFlow(pair[0]);
-    const bool back = carriesFlow(pair[1]);
+    const bool away = flow_lanes::carriesFlow(there);
+    const bool home = flow_lanes::carriesFlow(back);
     Directions& from = m_open[static_cast<std::size_t>(node)];
     Directions& to = m_open[static_cast<std::size_t>(neighbour)];
-    set(from.out, direction, there);
-    set(from.in, direction, back);
-    set(to.in, opposite(direction), there);
-    set(to.out, opposite(direction), back);
+    set(from.out, direction, away);
+    set(from.in, direction, home);
+    set(to.in, opposite(direction), away);
+    set(to.out, opposite(direction), home);
 }
 
 void TwoTreeSolver::run() {
@@ -270,6 +280,8 @@ void TwoTreeSolver::run() {
             stopped = limit.mustStop();
         }
     }
+    takeOff(m_sourcePath, 0);
+    takeOff(m_sinkPath, 0);
     exportRecords();
 }
 
@@ -285,7 +297,7 @@ bool TwoTreeSolver::growOrAugment(int node) {
         const int neighbour = node + steps[direction];
         const std::uint8_t state = states[neighbour];
         if ((state & kTreeMask) == 0) {
-            states[neighbour] = static_cast<std::uint8_t>((state & (kActive | kOrphan)) | kTree |
+            states[neighbour] = static_cast<std::uint8_t>((state & (kActive | kOnPath)) | kTree |
                                                           parentCode(opposite(direction)));
             activate(neighbour);
         } else if ((state & kTreeMask) != kTree) {
@@ -307,50 +319,51 @@ bool TwoTreeSolver::growOrAugment(int node) {
 
 // Pushes what the path through the edge from `sourceEnd` in `direction` to `sinkEnd` can carry.
 void TwoTreeSolver::augment(int sourceEnd, int sinkEnd, int direction) {
-    const int cell = m_grid.rowMajor(sourceEnd);
-    const int slot = kSlotsPerNode * cell + m_slotOffset[direction];
-    walkToRoots(sourceEnd, cell, sinkEnd, cell + m_cellOffset[direction]);
-    float& sinkResidual = m_records[m_sinkPath.rootCell].residualTerminalCap;
-    float& sourceResidual = m_records[m_sourcePath.rootCell].residualTerminalCap;
+    const int slot = kSlotsPerNode * m_grid.rowMajor(sourceEnd) + m_slotOffset[direction];
+    prefetch(m_caps + slot);
+    walkToRoots(sourceEnd, sinkEnd);
+    const int sinkRoot = m_sinkPath.node(m_sinkPath.length());
+    const int sourceRoot = m_sourcePath.node(m_sourcePath.length());
+    float& sinkResidual = m_records[m_grid.rowMajor(sinkRoot)].residualTerminalCap;
+    float& sourceResidual = m_records[m_grid.rowMajor(sourceRoot)].residualTerminalCap;
     float bottleneck = m_caps[slot];
     for (const float room :
-         {m_sinkPath.smallest, -sinkResidual, m_sourcePath.smallest, sourceResidual}) {
+         {m_sinkPath.smallest(), -sinkResidual, m_sourcePath.smallest(), sourceResidual}) {
         bottleneck = room < bottleneck ? room : bottleneck;
     }
 
     m_caps[slot] -= bottleneck;
     m_caps[slot ^ 1] += bottleneck;
-    openOrCloseSlot(sourceEnd, sinkEnd, direction, slot);
+    openOrClose(sourceEnd, sinkEnd, direction, m_caps[slot], m_caps[slot ^ 1]);
     pushFlow<kInSink>(m_sinkPath, bottleneck);
     sinkResidual += bottleneck;
     if (sinkResidual == 0.0F) {
-        makeOrphan(m_sinkPath.root);
+        makeOrphan(sinkRoot);
+        m_sinkPath.orphaned(m_sinkPath.length());
     }
     pushFlow<kInSource>(m_sourcePath, bottleneck);
     sourceResidual -= bottleneck;
     if (sourceResidual == 0.0F) {
-        makeOrphan(m_sourcePath.root);
+        makeOrphan(sourceRoot);
+        m_sourcePath.orphaned(m_sourcePath.length());
     }
     m_graph.m_flow += bottleneck;
 }
 
-void TwoTreeSolver::openOrCloseSlot(int node, int neighbour, int direction, int slot) {
-    const float pair[] = {m_caps[slot], m_caps[slot ^ 1]};
-    openOrClose(node, neighbour, direction, pair);
-}
-
-// The walk from one end of the meeting edge to the root of its tree. Flow runs along a child's parent
-// edge in the sink tree and along its sister in the source tree.
+// Relays a path from one end of the meeting edge to the root of its tree. Flow runs along a child's
+// parent edge in the sink tree and along its sister in the source tree.
 template <int kTree>
 class TwoTreeSolver::Walk {
   public:
-    Walk(TwoTreeSolver& solver, Path& path, int node, int cell)
+    Walk(TwoTreeSolver& solver, LaidPath& path, int start)
         : m_solver(solver),
           m_path(path),
-          m_next(path.steps.data()),
-          m_end(m_next + path.steps.size()),
-          m_node(node),
-          m_cell(cell) {}
+          m_kept(path.keptFrom(start)),
+          m_node(m_kept > 0 ? path.node(m_kept) : start),
+          m_cell(solver.m_grid.rowMajor(m_node)) {
+        solver.takeOff(path, m_kept);
+        path.keep(m_kept);
+    }
 
     // One step; false at the root.
     bool step() {
@@ -361,46 +374,40 @@ class TwoTreeSolver::Walk {
         const int direction = code - kFirstDirection;
         const int slot = (kSlotsPerNode * m_cell + m_solver.m_slotOffset[direction]) ^
                          (kTree == kInSource ? 1 : 0);
-        if (m_next == m_end) {
-            makeRoom();
-        }
-        *m_next++ = {slot, m_node};
-        const float capacity = m_solver.m_caps[slot];
-        m_smallest = capacity < m_smallest ? capacity : m_smallest;
+        prefetch(m_solver.m_caps + slot);
+        m_path.append(m_node, slot);
         m_node += m_solver.m_grid.steps(m_node)[direction];
         m_cell += m_solver.m_cellOffset[direction];
         return true;
     }
 
-    void finish() const {
-        m_path.length = static_cast<std::size_t>(m_next - m_path.steps.data());
-        m_path.smallest = m_smallest;
-        m_path.root = m_node;
-        m_path.rootCell = m_cell;
+    void prefetchRoot() const { prefetch(&m_solver.m_records[m_cell].residualTerminalCap); }
+
+    void finish() {
+        const float* const caps = m_solver.m_caps;
+        for (int step = m_kept; step < m_path.length(); ++step) {
+            const int slot = m_path.slot(step);
+            m_path.setCapacities(step, caps[slot], caps[slot ^ 1]);
+            const auto node = static_cast<std::size_t>(m_path.node(step));
+            m_solver.m_state[node] = static_cast<std::uint8_t>(m_solver.m_state[node] | kOnPath);
+            m_solver.m_step[node] = step;
+        }
+        m_path.finish(m_node);
     }
 
   private:
-    void makeRoom() {
-        const std::size_t length = m_path.steps.size();
-        m_path.steps.resize(std::max<std::size_t>(2 * length, kFirstPathLength));
-        m_next = m_path.steps.data() + length;
-        m_end = m_path.steps.data() + m_path.steps.size();
-    }
-
     TwoTreeSolver& m_solver;
-    Path& m_path;
-    Path::Step* m_next;
-    Path::Step* m_end;
+    LaidPath& m_path;
+    const int m_kept;
     int m_node;
     int m_cell;
-    float m_smallest = std::numeric_limits<float>::infinity();
 };
 
-// Records the edges from both ends of the meeting edge up to the roots. The walks wait for memory
-// rather than for each other, so they go side by side.
-void TwoTreeSolver::walkToRoots(int sourceEnd, int sourceCell, int sinkEnd, int sinkCell) {
-    Walk<kInSource> source(*this, m_sourcePath, sourceEnd, sourceCell);
-    Walk<kInSink> sink(*this, m_sinkPath, sinkEnd, sinkCell);
+// The walks wait for memory rather than for each other, so they go side by side. Both paths give up
+// what they do not keep before either is relaid: a node may have gone from one to the other.
+void TwoTreeSolver::walkToRoots(int sourceEnd, int sinkEnd) {
+    Walk<kInSource> source(*this, m_sourcePath, sourceEnd);
+    Walk<kInSink> sink(*this, m_sinkPath, sinkEnd);
     bool sourceGoesOn = true;
     bool sinkGoesOn = true;
     while (sourceGoesOn && sinkGoesOn) {
@@ -413,52 +420,51 @@ void TwoTreeSolver::walkToRoots(int sourceEnd, int sourceCell, int sinkEnd, int 
     while (sourceGoesOn) {
         sourceGoesOn = source.step();
     }
+    source.prefetchRoot();
+    sink.prefetchRoot();
     source.finish();
     sink.finish();
 }
 
-template <int kTree>
-void TwoTreeSolver::pushFlow(const Path& path, float amount) {
-    float* const caps = m_caps;
-    const Path::Step* const end = path.steps.data() + path.length;
-    for (const Path::Step* step = path.steps.data(); step != end; ++step) {
-        const float left = caps[step->slot] - amount;
-        const float back = caps[step->slot ^ 1];
-        caps[step->slot] = left;
-        caps[step->slot ^ 1] = back + amount;
-        if (!carriesFlow(left) || !carriesFlow(back) || !carriesFlow(back + amount)) {
-            const int node = step->node;
-            const int direction =
-                (m_state[static_cast<std::size_t>(node)] & kParentMask) - kFirstDirection;
-            openOrCloseSlot(node, node + m_grid.steps(node)[direction], direction,
-                            kTree == kInSink ? step->slot : step->slot ^ 1);
-            if (left == 0.0F) {
-                makeOrphan(node);
-            }
-        }
+// Hands the capacities from `firstStep` on back to the graph.
+void TwoTreeSolver::takeOff(const LaidPath& path, int firstStep) {
+    for (int step = firstStep; step < path.length(); ++step) {
+        const int slot = path.slot(step);
+        m_caps[slot] = path.left(step);
+        m_caps[slot ^ 1] = path.back(step);
+        std::uint8_t& state = m_state[static_cast<std::size_t>(path.node(step))];
+        state = static_cast<std::uint8_t>(state & ~kOnPath);
     }
 }
 
+template <int kTree>
+void TwoTreeSolver::pushFlow(LaidPath& path, float amount) {
+    path.push(amount, [this, &path](int step) {
+        const int node = path.node(step);
+        const int direction =
+            (m_state[static_cast<std::size_t>(node)] & kParentMask) - kFirstDirection;
+        const float left = path.left(step);
+        const float back = path.back(step);
+        if (kTree == kInSink) {
+            openOrClose(node, path.node(step + 1), direction, left, back);
+        } else {
+            openOrClose(node, path.node(step + 1), direction, back, left);
+        }
+        if (left == 0.0F) {
+            makeOrphan(node);
+        }
+    });
+}
+
 void TwoTreeSolver::adoptOrphans() {
-    startStage();
     while (!m_orphans.empty() && !VORNSEMarker::m_exitApp.load(std::memory_order_relaxed)) {
         const int node = m_orphans.pop();
-        std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
-        state = static_cast<std::uint8_t>(state & ~kOrphan);
-        if ((state & kTreeMask) == kInSink) {
+        if ((m_state[static_cast<std::size_t>(node)] & kTreeMask) == kInSink) {
             adopt<kInSink>(node);
         } else {
             adopt<kInSource>(node);
         }
     }
-}
-
-void TwoTreeSolver::startStage() {
-    if (m_stage == kLastStage) {
-        m_known.fill({kNobody, 0});
-        m_stage = 0;
-    }
-    ++m_stage;
 }
 
 template <int kTree>
@@ -474,7 +480,7 @@ void TwoTreeSolver::adopt(int node) {
         const int neighbour = node + steps[direction];
         if ((states[neighbour] & kTreeMask) == kTree &&
             (states[neighbour] & kParentMask) != kNoParent) {
-            const int candidate = distance(neighbour, bestDistance);
+            const int candidate = distance<kTree>(neighbour, bestDistance);
             if (candidate < bestDistance) {
                 bestDistance = candidate;
                 bestDirection = direction;
@@ -486,7 +492,7 @@ void TwoTreeSolver::adopt(int node) {
         return;
     }
 
-    states[node] = static_cast<std::uint8_t>(states[node] & kActive);
+    states[node] = static_cast<std::uint8_t>(states[node] & (kActive | kOnPath));
     for (int direction = 0; direction < kSlotsPerNode; ++direction) {
         const int neighbour = node + steps[direction];
         const std::uint8_t state = states[neighbour];
@@ -503,37 +509,32 @@ void TwoTreeSolver::adopt(int node) {
     }
 }
 
-// Number of edges from an orphan through its neighbour `node` to the terminal; kUnreachable when the
-// chain is broken or not shorter than `limit`.
-int TwoTreeSolver::distance(int node, int limit) {
-    const std::uint8_t* const states = m_state.get();
-    const std::uint32_t stage = m_stage;
-    int end = node;
-    int total = 1;
-    for (;; ++total) {
-        if (total >= limit) {
-            return kUnreachable;
+// Number of edges from an orphan through its neighbour `node` to the terminal. When the chain is
+// broken or not shorter than `limit`, something that is not below `limit`.
+template <int kTree>
+int TwoTreeSolver::distance(int node, int limit) const {
+    const LaidPath& path = kTree == kInSink ? m_sinkPath : m_sourcePath;
+    for (int total = 1; total < limit; ++total) {
+        const std::uint8_t state = m_state[static_cast<std::size_t>(node)];
+        if ((state & kOnPath) != 0) {
+            const int step = m_step[static_cast<std::size_t>(node)];
+            if (step > path.lastOrphan()) {
+                return total + path.length() - step;
+            }
+            if (step < path.firstOrphan()) {
+                total += path.firstOrphan() - step - 1;
+                node = path.node(path.firstOrphan());
+                continue;
+            }
         }
-        const Known& known = m_known[placeOf(end)];
-        if (known.node == end && (known.mark >> kDistanceBits) == stage) {
-            total += static_cast<int>(known.mark & kDistanceMask) - 1;
-            break;
-        }
-        const int code = states[end] & kParentMask;
+        const int code = state & kParentMask;
         if (code == kTerminalParent) {
-            break;
+            return total;
         }
         if (code == kNoParent) {
             return kUnreachable;
         }
-        end += m_grid.steps(end)[code - kFirstDirection];
+        node += m_grid.steps(node)[code - kFirstDirection];
     }
-    for (int left = total; left <= static_cast<int>(kDistanceMask); --left) {
-        m_known[placeOf(node)] = {node, stage << kDistanceBits | static_cast<std::uint32_t>(left)};
-        if (node == end) {
-            break;
-        }
-        node += m_grid.steps(node)[(states[node] & kParentMask) - kFirstDirection];
-    }
-    return total;
+    return kUnreachable;
 }

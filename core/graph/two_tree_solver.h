@@ -1,16 +1,16 @@
 // The search of max_flow.cpp on a denser store, for whole graphs: three bytes a node in tiles instead
-// of its record and its capacities in rows, paths remembered while they are walked, distances
-// remembered while they hold. Queues, scans and roundings come in the same order, so the result is
-// the same bit for bit.
+// of its record and its capacities in rows, and the paths of the last augmentation kept as far as
+// they hold. Queues, scans and roundings come in the same order, so the result is the same bit for
+// bit.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
 #include "graph/graph.h"
+#include "graph/laid_path.h"
 #include "graph/tiled_grid.h"
 
 class TwoTreeSolver {
@@ -35,11 +35,11 @@ class TwoTreeSolver {
             if (m_count == m_ring.size()) {
                 grow();
             }
-            m_ring[(m_head + m_count++) & (m_ring.size() - 1)] = node;
+            m_ring[(m_head + m_count++) & m_mask] = node;
         }
         int pop() {
             const int node = m_ring[m_head];
-            m_head = (m_head + 1) & (m_ring.size() - 1);
+            m_head = (m_head + 1) & m_mask;
             --m_count;
             return node;
         }
@@ -48,34 +48,10 @@ class TwoTreeSolver {
         void grow();
 
         std::vector<int> m_ring;  // a power of two long
+        std::size_t m_mask = 0;   // which is one more than this
         std::size_t m_head = 0;
         std::size_t m_count = 0;
     };
-
-    // A walked path from one end of the meeting edge to the root of its tree.
-    struct Path {
-        struct Step {
-            int slot;  // in the direction of the flow
-            int node;  // the child on this edge, orphaned when the edge saturates
-        };
-        std::vector<Step> steps;  // only the first `length` count
-        std::size_t length = 0;
-        float smallest = 0.0F;  // capacity on the way
-        int root = 0;
-        int rootCell = 0;
-    };
-
-    // A distance that was walked, see distance(). The few that a stage walks share a table that
-    // stays in the first-level cache; one that another displaces is walked again.
-    struct Known {
-        int node;
-        std::uint32_t mark;  // stage and distance
-    };
-    static constexpr int kKnownBits = 12;
-    static std::size_t placeOf(int node) {
-        const auto key = static_cast<std::uint32_t>(node);
-        return (key ^ key >> kKnownBits) & ((1U << kKnownBits) - 1);
-    }
 
     // The directions in which a node's edges carry flow, a bit each.
     struct Directions {
@@ -99,16 +75,16 @@ class TwoTreeSolver {
     void augment(int sourceEnd, int sinkEnd, int direction);
     template <int kTree>
     class Walk;
-    void walkToRoots(int sourceEnd, int sourceCell, int sinkEnd, int sinkCell);
+    void walkToRoots(int sourceEnd, int sinkEnd);
+    void takeOff(const LaidPath& path, int firstStep);
     template <int kTree>
-    void pushFlow(const Path& path, float amount);
-    void openOrClose(int node, int neighbour, int direction, const float* pair);
-    void openOrCloseSlot(int node, int neighbour, int direction, int slot);
+    void pushFlow(LaidPath& path, float amount);
+    void openOrClose(int node, int neighbour, int direction, float there, float back);
     void adoptOrphans();
     template <int kTree>
     void adopt(int node);
-    int distance(int node, int limit);
-    void startStage();
+    template <int kTree>
+    int distance(int node, int limit) const;
     void activate(int node);
     void makeOrphan(int node);
     int directionOf(int cell, int slot) const;
@@ -122,10 +98,9 @@ class TwoTreeSolver {
     int m_slotOffset[kSlotsPerNode];
     Zeroed<std::uint8_t> m_state;
     Zeroed<Directions> m_open;
-    std::array<Known, std::size_t{1} << kKnownBits> m_known;
-    std::uint32_t m_stage = 0;
+    Zeroed<int> m_step;  // of a node on a laid path
     Queue m_active;
     Queue m_orphans;
-    Path m_sinkPath;
-    Path m_sourcePath;
+    LaidPath m_sinkPath;
+    LaidPath m_sourcePath;
 };

@@ -1,0 +1,114 @@
+// Capacities several at a time. Every lane does what scalar code does, in the same order and rounded
+// the same way.
+//
+// x86 only: NEON of 32-bit ARM flushes subnormal numbers to zero, which would change results.
+#pragma once
+
+#include <limits>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#include "graph/graph.h"
+
+namespace flow_lanes {
+
+constexpr int kLanes = 4;
+
+// Which of a node's four edges carry flow from it and towards it; bit d for direction d.
+struct OpenEdges {
+    unsigned out;
+    unsigned in;
+};
+
+inline bool carriesFlow(float capacity) {
+    return capacity != 0.0F && capacity != kNoEdge;
+}
+
+#if defined(__SSE2__)
+
+inline __m128 closed(__m128 capacities) {
+    return _mm_or_ps(_mm_cmpeq_ps(capacities, _mm_setzero_ps()),
+                     _mm_cmpeq_ps(capacities, _mm_set1_ps(kNoEdge)));
+}
+
+// `slots`: the node's eight.
+inline OpenEdges openEdges(const float* slots) {
+    const __m128 low = _mm_loadu_ps(slots);
+    const __m128 high = _mm_loadu_ps(slots + kLanes);
+    const __m128 there = _mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0));
+    const __m128 back = _mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1));
+    return {static_cast<unsigned>(_mm_movemask_ps(closed(there))) ^ 0xFU,
+            static_cast<unsigned>(_mm_movemask_ps(closed(back))) ^ 0xFU};
+}
+
+// Moves `amount` from `left` to `back` in kLanes places. A bit for each place where a capacity did
+// not carry flow before or does not after.
+inline unsigned push(float* left, float* back, float amount) {
+    const __m128 amounts = _mm_set1_ps(amount);
+    const __m128 rest = _mm_sub_ps(_mm_loadu_ps(left), amounts);
+    const __m128 before = _mm_loadu_ps(back);
+    const __m128 after = _mm_add_ps(before, amounts);
+    _mm_storeu_ps(left, rest);
+    _mm_storeu_ps(back, after);
+    const __m128 changed = _mm_or_ps(closed(rest), _mm_or_ps(closed(before), closed(after)));
+    return static_cast<unsigned>(_mm_movemask_ps(changed));
+}
+
+// In each lane: lowest = capacity < lowest ? capacity : lowest, which passes over what is not a
+// number.
+inline void lower(float* lowest, const float* capacities) {
+    _mm_storeu_ps(lowest, _mm_min_ps(_mm_loadu_ps(capacities), _mm_loadu_ps(lowest)));
+}
+
+#else
+
+inline OpenEdges openEdges(const float* slots) {
+    OpenEdges open = {0, 0};
+    for (int edge = 0; edge < kLanes; ++edge) {
+        open.out |= (carriesFlow(slots[2 * edge]) ? 1U : 0U) << edge;
+        open.in |= (carriesFlow(slots[2 * edge + 1]) ? 1U : 0U) << edge;
+    }
+    return open;
+}
+
+inline unsigned push(float* left, float* back, float amount) {
+    unsigned changed = 0;
+    for (int lane = 0; lane < kLanes; ++lane) {
+        const float before = back[lane];
+        left[lane] -= amount;
+        back[lane] += amount;
+        const bool open = carriesFlow(left[lane]) && carriesFlow(before) && carriesFlow(back[lane]);
+        changed |= (open ? 0U : 1U) << lane;
+    }
+    return changed;
+}
+
+inline void lower(float* lowest, const float* capacities) {
+    for (int lane = 0; lane < kLanes; ++lane) {
+        lowest[lane] = capacities[lane] < lowest[lane] ? capacities[lane] : lowest[lane];
+    }
+}
+
+#endif
+
+// The smallest of `count` capacities; infinite for none.
+inline float smallest(const float* capacities, int count) {
+    constexpr float kMost = std::numeric_limits<float>::infinity();
+    float lowest[kLanes] = {kMost, kMost, kMost, kMost};
+    int i = 0;
+    for (; i + kLanes <= count; i += kLanes) {
+        lower(lowest, capacities + i);
+    }
+    float result = kMost;
+    for (; i < count; ++i) {
+        result = capacities[i] < result ? capacities[i] : result;
+    }
+    for (const float lane : lowest) {
+        result = lane < result ? lane : result;
+    }
+    return result;
+}
+
+}  // namespace flow_lanes
