@@ -1,10 +1,12 @@
 // A path from one end of a meeting edge to the root of its search tree, with the capacities of its
-// edges side by side. It stays laid between augmentations: only orphans change their parent, so the
-// path up to its first orphan serves the next augmentation from the same end. Until a step is taken
-// off, its capacities are here and not in the graph.
+// edges side by side. It stays laid between augmentations: only orphans change their parent, so what
+// lies before the first orphan serves the next augmentation from the same end, and what lies after
+// the last one serves every walk that comes upon it. While a step is laid, its capacities are here
+// and not in the graph.
 #pragma once
 
 #include <algorithm>
+#include <cstring>
 #include <vector>
 
 #include "graph/flow_lanes.h"
@@ -22,26 +24,50 @@ class LaidPath {
     // Number of steps that a walk from `start` can keep.
     int keptFrom(int start) const { return m_nodes[0] == start ? m_firstOrphan : 0; }
 
-    // Relaying: the steps after the kept ones are taken off and new ones put on, up to a root. A new
-    // step gets its capacities before finish().
-    void keep(int steps) { m_length = steps; }
-    void append(int node, int slot) {
-        const auto step = static_cast<std::size_t>(m_length);
-        if (step == m_slots.size()) {
-            grow();
+    // Whether a walk that comes upon `node`, said to be at `step`, can follow the path from there.
+    bool joinsAt(int step, int node) const {
+        return step > m_lastOrphan && step < m_length &&
+               m_nodes[static_cast<std::size_t>(step)] == node;
+    }
+
+    // A detour: the steps that a walk took beside the path.
+    int detourLength() const { return m_detourLength; }
+    void addToDetour(int node, int slot) {
+        const auto step = static_cast<std::size_t>(m_detourLength);
+        if (step == m_detour.size()) {
+            m_detour.resize(std::max(2 * m_detour.size(), kFirstCapacity));
         }
-        m_nodes[step] = node;
-        m_slots[step] = slot;
-        ++m_length;
+        m_detour[step] = {node, slot};
+        ++m_detourLength;
+    }
+
+    // Puts the detour in the place of the steps `from` .. `to` - 1 and forgets the orphans. Every
+    // step counts as new, without capacities, in front of the part that was kept: the first
+    // `from` + detourLength() steps; the others keep theirs.
+    void lay(int from, int to, int root) {
+        const int shift = from + m_detourLength - to;
+        const int length = m_length + shift;
+        reserve(static_cast<std::size_t>(length));
+        if (shift != 0) {
+            move(m_nodes, to, shift);
+            move(m_slots, to, shift);
+            move(m_left, to, shift);
+            move(m_back, to, shift);
+        }
+        for (int i = 0; i < m_detourLength; ++i) {
+            const Edge& edge = m_detour[static_cast<std::size_t>(i)];
+            m_nodes[static_cast<std::size_t>(from + i)] = edge.node;
+            m_slots[static_cast<std::size_t>(from + i)] = edge.slot;
+        }
+        m_length = length;
+        m_nodes[static_cast<std::size_t>(m_length)] = root;
+        m_detourLength = 0;
+        m_firstOrphan = m_length;
+        m_lastOrphan = kNoStep;
     }
     void setCapacities(int step, float left, float back) {
         m_left[static_cast<std::size_t>(step)] = left;
         m_back[static_cast<std::size_t>(step)] = back;
-    }
-    void finish(int root) {
-        m_nodes[static_cast<std::size_t>(m_length)] = root;
-        m_firstOrphan = m_length;
-        m_lastOrphan = kNoStep;
     }
 
     // The smallest capacity on the way; infinite on a path without steps.
@@ -86,12 +112,27 @@ class LaidPath {
     static constexpr int kNobody = -1;
     static constexpr std::size_t kFirstCapacity = 1024;
 
-    void grow() {
-        const std::size_t capacity = std::max(2 * m_slots.size(), kFirstCapacity);
-        m_nodes.resize(capacity + 1);
-        m_left.resize(capacity);
-        m_back.resize(capacity);
-        m_slots.resize(capacity);
+    struct Edge {
+        int node;
+        int slot;
+    };
+
+    void reserve(std::size_t length) {
+        if (length > m_slots.size()) {
+            const std::size_t capacity = std::max({length, 2 * m_slots.size(), kFirstCapacity});
+            m_nodes.resize(capacity + 1);
+            m_slots.resize(capacity);
+            m_left.resize(capacity);
+            m_back.resize(capacity);
+        }
+    }
+
+    // Moves the steps from `first` on by `shift` places.
+    template <typename T>
+    void move(std::vector<T>& steps, int first, int shift) {
+        T* const source = steps.data() + first;
+        std::memmove(source + shift, source,
+                     static_cast<std::size_t>(m_length - first) * sizeof(T));
     }
 
     // As long as the longest path so far.
@@ -99,7 +140,9 @@ class LaidPath {
     std::vector<int> m_slots;
     std::vector<float> m_left;
     std::vector<float> m_back;
+    std::vector<Edge> m_detour;
     int m_length = 0;
+    int m_detourLength = 0;
     int m_firstOrphan = 0;
     int m_lastOrphan = kNoStep;
 };

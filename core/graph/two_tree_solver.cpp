@@ -280,8 +280,8 @@ void TwoTreeSolver::run() {
             stopped = limit.mustStop();
         }
     }
-    takeOff(m_sourcePath, 0);
-    takeOff(m_sinkPath, 0);
+    takeOff(m_sourcePath, 0, m_sourcePath.length());
+    takeOff(m_sinkPath, 0, m_sinkPath.length());
     exportRecords();
 }
 
@@ -350,8 +350,9 @@ void TwoTreeSolver::augment(int sourceEnd, int sinkEnd, int direction) {
     m_graph.m_flow += bottleneck;
 }
 
-// Relays a path from one end of the meeting edge to the root of its tree. Flow runs along a child's
-// parent edge in the sink tree and along its sister in the source tree.
+// The walk from one end of the meeting edge towards the root of its tree, up to where it can follow
+// the path of the last augmentation. Flow runs along a child's parent edge in the sink tree and along
+// its sister in the source tree.
 template <int kTree>
 class TwoTreeSolver::Walk {
   public:
@@ -359,52 +360,67 @@ class TwoTreeSolver::Walk {
         : m_solver(solver),
           m_path(path),
           m_kept(path.keptFrom(start)),
+          m_joined(path.length()),
           m_node(m_kept > 0 ? path.node(m_kept) : start),
-          m_cell(solver.m_grid.rowMajor(m_node)) {
-        solver.takeOff(path, m_kept);
-        path.keep(m_kept);
-    }
+          m_cell(solver.m_grid.rowMajor(m_node)) {}
 
-    // One step; false at the root.
+    // One step; false at the root or back on the path.
     bool step() {
-        const int code = m_solver.m_state[static_cast<std::size_t>(m_node)] & kParentMask;
+        const std::uint8_t state = m_solver.m_state[static_cast<std::size_t>(m_node)];
+        const int code = state & kParentMask;
         if (code == kTerminalParent) {
             return false;
+        }
+        if ((state & kOnPath) != 0) {
+            const int step = m_solver.m_step[static_cast<std::size_t>(m_node)];
+            if (m_path.joinsAt(step, m_node)) {
+                m_joined = step;
+                return false;
+            }
         }
         const int direction = code - kFirstDirection;
         const int slot = (kSlotsPerNode * m_cell + m_solver.m_slotOffset[direction]) ^
                          (kTree == kInSource ? 1 : 0);
         prefetch(m_solver.m_caps + slot);
-        m_path.append(m_node, slot);
+        m_path.addToDetour(m_node, slot);
         m_node += m_solver.m_grid.steps(m_node)[direction];
         m_cell += m_solver.m_cellOffset[direction];
         return true;
     }
 
-    void prefetchRoot() const { prefetch(&m_solver.m_records[m_cell].residualTerminalCap); }
+    // Hands the capacities of the steps that the detour replaces back to the graph.
+    void leave() const { m_solver.takeOff(m_path, m_kept, m_joined); }
 
-    void finish() {
+    void lay() {
+        const bool joins = m_joined < m_path.length();
+        const int detourEnd = m_kept + m_path.detourLength();
+        m_path.lay(m_kept, m_joined, joins ? m_path.node(m_path.length()) : m_node);
         const float* const caps = m_solver.m_caps;
-        for (int step = m_kept; step < m_path.length(); ++step) {
+        for (int step = m_kept; step < detourEnd; ++step) {
             const int slot = m_path.slot(step);
             m_path.setCapacities(step, caps[slot], caps[slot ^ 1]);
             const auto node = static_cast<std::size_t>(m_path.node(step));
             m_solver.m_state[node] = static_cast<std::uint8_t>(m_solver.m_state[node] | kOnPath);
             m_solver.m_step[node] = step;
         }
-        m_path.finish(m_node);
+        if (detourEnd != m_joined) {
+            for (int step = detourEnd; step < m_path.length(); ++step) {
+                m_solver.m_step[static_cast<std::size_t>(m_path.node(step))] = step;
+            }
+        }
     }
 
   private:
     TwoTreeSolver& m_solver;
     LaidPath& m_path;
     const int m_kept;
+    int m_joined;
     int m_node;
     int m_cell;
 };
 
-// The walks wait for memory rather than for each other, so they go side by side. Both paths give up
-// what they do not keep before either is relaid: a node may have gone from one to the other.
+// The walks wait for memory rather than for each other, so they go side by side. Both leave what they
+// replace before either is laid: a node may have gone from one path to the other.
 void TwoTreeSolver::walkToRoots(int sourceEnd, int sinkEnd) {
     Walk<kInSource> source(*this, m_sourcePath, sourceEnd);
     Walk<kInSink> sink(*this, m_sinkPath, sinkEnd);
@@ -420,15 +436,15 @@ void TwoTreeSolver::walkToRoots(int sourceEnd, int sinkEnd) {
     while (sourceGoesOn) {
         sourceGoesOn = source.step();
     }
-    source.prefetchRoot();
-    sink.prefetchRoot();
-    source.finish();
-    sink.finish();
+    source.leave();
+    sink.leave();
+    source.lay();
+    sink.lay();
 }
 
-// Hands the capacities from `firstStep` on back to the graph.
-void TwoTreeSolver::takeOff(const LaidPath& path, int firstStep) {
-    for (int step = firstStep; step < path.length(); ++step) {
+// Hands the capacities of the steps `from` .. `to` - 1 back to the graph.
+void TwoTreeSolver::takeOff(const LaidPath& path, int from, int to) {
+    for (int step = from; step < to; ++step) {
         const int slot = path.slot(step);
         m_caps[slot] = path.left(step);
         m_caps[slot ^ 1] = path.back(step);

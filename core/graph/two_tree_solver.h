@@ -76,7 +76,7 @@ class TwoTreeSolver {
     template <int kTree>
     class Walk;
     void walkToRoots(int sourceEnd, int sinkEnd);
-    void takeOff(const LaidPath& path, int firstStep);
+    void takeOff(const LaidPath& path, int from, int to);
     template <int kTree>
     void pushFlow(LaidPath& path, float amount);
     void openOrClose(int node, int neighbour, int direction, float there, float back);
