@@ -48,32 +48,38 @@ class SampledMarkers {
 
     // What `radius` dilations by the 3 x 3 square leave there: the maximum of the square window.
     cv::Mat dilated(int radius) const {
-        const cv::Mat horizontal = rowMaxima(radius);
-        cv::Mat sampled = cv::Mat::zeros(static_cast<int>(m_rows.size()),
-                                         static_cast<int>(m_columns.size()), CV_8UC1);
+        // Maxima of 2, 4, 8 .. rows from each row on; two of them cover a window of any length.
+        cv::Mat maxima = rowMaxima(radius);
+        const int window = 2 * radius + 1;
+        int covered = 1;
+        for (; 2 * covered <= window; covered *= 2) {
+            const int rows = maxima.rows - covered;
+            cv::Mat doubled;
+            cv::max(maxima.rowRange(0, rows), maxima.rowRange(covered, maxima.rows), doubled);
+            maxima = doubled;
+        }
+        cv::Mat sampled(static_cast<int>(m_rows.size()), maxima.cols, CV_8UC1);
         for (int y = 0; y < sampled.rows; ++y) {
-            const int centre = m_rows[static_cast<std::size_t>(y)];
-            const int last = std::min(centre + radius, m_markers.rows - 1);
+            const int first = m_rows[static_cast<std::size_t>(y)];
             cv::Mat out = sampled.row(y);
-            for (int row = std::max(centre - radius, 0); row <= last; ++row) {
-                cv::max(out, horizontal.row(row), out);
-            }
+            cv::max(maxima.row(first), maxima.row(first + window - covered), out);
         }
         return sampled;
     }
 
   private:
-    // For every photo row, the maximum of the horizontal window at the sampled columns.
+    // For every photo row, the maximum of the horizontal window at the sampled columns; `radius` rows
+    // of zeros before and after.
     cv::Mat rowMaxima(int radius) const {
-        cv::Mat maxima =
-            cv::Mat::zeros(m_markers.rows, static_cast<int>(m_columns.size()), CV_8UC1);
+        cv::Mat maxima = cv::Mat::zeros(m_markers.rows + 2 * radius,
+                                        static_cast<int>(m_columns.size()), CV_8UC1);
         for (int y = 0; y < m_markers.rows; ++y) {
             const auto* row = m_markers.ptr<std::uint8_t>(y);
             const auto marked = [](std::uint8_t value) { return value != 0; };
             if (std::none_of(row, row + m_markers.cols, marked)) {
                 continue;
             }
-            auto* out = maxima.ptr<std::uint8_t>(y);
+            auto* out = maxima.ptr<std::uint8_t>(y + radius);
             for (std::size_t x = 0; x < m_columns.size(); ++x) {
                 const int first = std::max(m_columns[x] - radius, 0);
                 const int last = std::min(m_columns[x] + radius, m_markers.cols - 1);

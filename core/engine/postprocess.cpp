@@ -114,7 +114,6 @@ void VORNSEHybrid::postProcess(IplImage* mask) {
     if (VORNSEMarker::m_prevResult == nullptr) {
         return;
     }
-    const ImagePtr merged = cloneImage(VORNSEMarker::m_prevResult);
     const auto scaled = [](int working) {
         return static_cast<int>(g_imageResizeFactor * static_cast<float>(working));
     };
@@ -123,18 +122,20 @@ void VORNSEHybrid::postProcess(IplImage* mask) {
     const int bottom = std::min(top + scaled(m_cropHeight), mask->height);
     const int right = std::min(left + scaled(m_cropWidth), mask->width);
     const std::uint8_t target = targetValue(strokeType);
-    if (stroke::adds(strokeType) || stroke::removes(strokeType)) {
-        for (int y = top; y < bottom; ++y) {
-            const std::uint8_t* row = rowOf(mask, y);
-            std::uint8_t* out = rowOf(merged.get(), y);
-            for (int x = left; x < right; ++x) {
-                if (row[x] == target) {
-                    out[x] = target;
-                }
-            }
+    const bool merges = (stroke::adds(strokeType) || stroke::removes(strokeType)) && left < right;
+    for (int y = 0; y < mask->height; ++y) {
+        std::uint8_t* row = rowOf(mask, y);
+        const std::uint8_t* before = rowOf(VORNSEMarker::m_prevResult, y);
+        if (!merges || y < top || y >= bottom) {
+            std::copy_n(before, mask->width, row);
+            continue;
         }
+        std::copy_n(before, left, row);
+        for (int x = left; x < right; ++x) {
+            row[x] = row[x] == target ? target : before[x];
+        }
+        std::copy(before + right, before + mask->width, row + right);
     }
-    cvCopy(merged.get(), mask);
 }
 
 void VORNSEHybrid::postProcessForLoop(IplImage* mask) {
@@ -152,13 +153,18 @@ void VORNSEHybrid::postProcessForStroke(IplImage* mask) {
     const strokeInfo& current = VORNSEMarker::currentStroke;
     const std::uint8_t target = targetValue(current.m_strokeType);
     const std::uint8_t changedFrom = current.m_strokeType == stroke::kBrushRemove ? 255 : 0;
-    cv::Mat changed(mask->height, mask->width, CV_8UC1);
+    const ImagePtr changedImage = createImage(mask->width, mask->height, 1);
+    cv::Mat changed = cv::cvarrToMat(changedImage.get());
+    // The stores below could alias the images' headers: a width of its own lets loops be vectorised.
+    const int width = mask->width;
     for (int y = 0; y < mask->height; ++y) {
         const std::uint8_t* row = rowOf(mask, y);
         const std::uint8_t* before = rowOf(previous, y);
         auto* out = changed.ptr<std::uint8_t>(y);
-        for (int x = 0; x < mask->width; ++x) {
-            out[x] = row[x] == target && before[x] == changedFrom ? kChanged : 0;
+        for (int x = 0; x < width; ++x) {
+            const bool asked = row[x] == target;
+            const bool open = before[x] == changedFrom;
+            out[x] = asked && open ? kChanged : 0;
         }
     }
     const cv::Rect inside(0, 0, mask->width, mask->height);
@@ -173,7 +179,7 @@ void VORNSEHybrid::postProcessForStroke(IplImage* mask) {
         const std::uint8_t* before = rowOf(previous, y);
         const auto* row = changed.ptr<std::uint8_t>(y);
         std::uint8_t* out = rowOf(mask, y);
-        for (int x = 0; x < mask->width; ++x) {
+        for (int x = 0; x < width; ++x) {
             out[x] = row[x] == 255 ? target : before[x];
         }
     }
