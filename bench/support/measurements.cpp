@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <iomanip>
 #include <limits>
 
 namespace {
@@ -45,6 +46,15 @@ double percentile(std::vector<double> values, double share) {
     return values[static_cast<std::size_t>(std::max(rank, 1.0)) - 1];
 }
 
+namespace {
+
+// A field that may contain commas.
+auto quoted(const std::string& field) {
+    return std::quoted(field, '"', '"');
+}
+
+}  // namespace
+
 ResultFile::ResultFile(const std::string& file, std::string program) {
     if (file.empty()) {
         return;
@@ -63,7 +73,7 @@ ResultFile::ResultFile(const std::string& file, std::string program) {
 void ResultFile::add(const std::string& subject, double megapixels, const std::string& statistic,
                      double value, const std::string& unit) {
     if (m_out.is_open()) {
-        m_out << m_prefix << subject << ',' << megapixels << ',' << statistic << ',' << value << ','
-              << unit << std::endl;
+        m_out << m_prefix << quoted(subject) << ',' << megapixels << ',' << quoted(statistic) << ','
+              << value << ',' << unit << std::endl;
     }
 }

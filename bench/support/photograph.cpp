@@ -82,7 +82,7 @@ std::vector<std::uint32_t> wordsOf(const cv::Mat& image) {
 }
 
 bool isPhotograph(const std::filesystem::path& file) {
-    static const std::vector<std::string> kTypes = {".jpg", ".jpeg", ".png"};
+    static const std::vector<std::string> kTypes = {".bmp", ".jpg", ".jpeg", ".png"};
     static const std::vector<std::string> kMarks = {".gt", ".s1", ".s2", ".marks"};
     const bool image =
         std::find(kTypes.begin(), kTypes.end(), file.extension().string()) != kTypes.end();
