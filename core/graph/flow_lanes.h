@@ -56,10 +56,24 @@ inline unsigned push(float* left, float* back, float amount) {
     return static_cast<unsigned>(_mm_movemask_ps(changed));
 }
 
-// In each lane: lowest = capacity < lowest ? capacity : lowest, which passes over what is not a
-// number.
-inline void lower(float* lowest, const float* capacities) {
-    _mm_storeu_ps(lowest, _mm_min_ps(_mm_loadu_ps(capacities), _mm_loadu_ps(lowest)));
+// The smallest of `count` capacities; infinite for none. What is not a number is passed over, as by
+// lowest = capacity < lowest ? capacity : lowest.
+inline float smallest(const float* capacities, int count) {
+    float lowest = std::numeric_limits<float>::infinity();
+    __m128 lanes = _mm_set1_ps(lowest);
+    int i = 0;
+    for (; i + kLanes <= count; i += kLanes) {
+        lanes = _mm_min_ps(_mm_loadu_ps(capacities + i), lanes);
+    }
+    for (; i < count; ++i) {
+        lowest = capacities[i] < lowest ? capacities[i] : lowest;
+    }
+    float ofLanes[kLanes];
+    _mm_storeu_ps(ofLanes, lanes);
+    for (const float lane : ofLanes) {
+        lowest = lane < lowest ? lane : lowest;
+    }
+    return lowest;
 }
 
 #else
@@ -85,30 +99,14 @@ inline unsigned push(float* left, float* back, float amount) {
     return changed;
 }
 
-inline void lower(float* lowest, const float* capacities) {
-    for (int lane = 0; lane < kLanes; ++lane) {
-        lowest[lane] = capacities[lane] < lowest[lane] ? capacities[lane] : lowest[lane];
+inline float smallest(const float* capacities, int count) {
+    float lowest = std::numeric_limits<float>::infinity();
+    for (int i = 0; i < count; ++i) {
+        lowest = capacities[i] < lowest ? capacities[i] : lowest;
     }
+    return lowest;
 }
 
 #endif
-
-// The smallest of `count` capacities; infinite for none.
-inline float smallest(const float* capacities, int count) {
-    constexpr float kMost = std::numeric_limits<float>::infinity();
-    float lowest[kLanes] = {kMost, kMost, kMost, kMost};
-    int i = 0;
-    for (; i + kLanes <= count; i += kLanes) {
-        lower(lowest, capacities + i);
-    }
-    float result = kMost;
-    for (; i < count; ++i) {
-        result = capacities[i] < result ? capacities[i] : result;
-    }
-    for (const float lane : lowest) {
-        result = lane < result ? lane : result;
-    }
-    return result;
-}
 
 }  // namespace flow_lanes
