@@ -27,6 +27,7 @@ inline bool carriesFlow(float capacity) {
 }
 
 #if defined(__SSE2__)
+// NOLINTBEGIN(portability-simd-intrinsics): the other branch is portable.
 
 inline __m128 closed(__m128 capacities) {
     return _mm_or_ps(_mm_cmpeq_ps(capacities, _mm_setzero_ps()),
@@ -76,6 +77,7 @@ inline float smallest(const float* capacities, int count) {
     return lowest;
 }
 
+// NOLINTEND(portability-simd-intrinsics)
 #else
 
 inline OpenEdges openEdges(const float* slots) {

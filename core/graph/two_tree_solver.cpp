@@ -461,11 +461,10 @@ void TwoTreeSolver::pushFlow(LaidPath& path, float amount) {
             (m_state[static_cast<std::size_t>(node)] & kParentMask) - kFirstDirection;
         const float left = path.left(step);
         const float back = path.back(step);
-        if (kTree == kInSink) {
-            openOrClose(node, path.node(step + 1), direction, left, back);
-        } else {
-            openOrClose(node, path.node(step + 1), direction, back, left);
-        }
+        const bool towardsRoot = kTree == kInSink;
+        const float fromChild = towardsRoot ? left : back;
+        const float toChild = towardsRoot ? back : left;
+        openOrClose(node, path.node(step + 1), direction, fromChild, toChild);
         if (left == 0.0F) {
             makeOrphan(node);
         }
