@@ -14,8 +14,8 @@
 //
 // Building: addNode(width * height) once, then addEdge exactly four times per node in node order
 // for the left, up-left, up and up-right neighbours, addtWeights per node, then maxFlow, then
-// getTreeofNode per node. No argument is checked: node numbers beyond the grid are the caller's
-// fault.
+// getTreeofNode per node. No argument is checked: node numbers beyond the grid and negative
+// capacities are the caller's fault. Only addEdge's `absent` makes a slot without an edge.
 //
 // Threads: one graph is built and solved by one thread; VORNSEMarker::m_exitApp may stop a running
 // maxFlow from another.
@@ -113,7 +113,8 @@ class SEGCORE_API VORNSEGraph {
 
     // Computes the maximum flow and leaves the cut in the tree labels. Ends early, with a partial
     // flow, when VORNSEMarker::m_exitApp is set or g_cancelTimer passes 10000 ms (which sets the
-    // flag). The serial solver returns the flow, the block solver 0.
+    // flag). The serial solver returns the flow, the block solver 0. Throws std::bad_alloc without
+    // memory; capacities then may not add up, and the graph has to be built anew.
     float maxFlow();
 
     // The serial solver's steps, public for the block solver.

@@ -63,8 +63,13 @@ T* allocateZeroed(std::size_t count) {
 // The request's clock against its limit. A stopped timer reads the same at every scan.
 class TimeLimit {
   public:
-    TimeLimit()
-        : m_running(g_cancelTimer != nullptr && g_cancelTimer->m_stopped == 0), m_passed(read()) {}
+    TimeLimit() : m_isSet(g_cancelTimer != nullptr) {
+        if (m_isSet) {
+            m_timer = *g_cancelTimer;
+        }
+        m_running = m_isSet && m_timer.m_stopped == 0;
+        m_passed = read();
+    }
 
     // True when the search has to stop; a passed limit becomes a cancel, so that the engine ends its
     // iterations too.
@@ -76,10 +81,14 @@ class TimeLimit {
     }
 
   private:
-    static bool read() { return get_elapsed_time_in_millisec(g_cancelTimer) > kTimeLimitMs; }
+    bool read() {
+        return get_elapsed_time_in_millisec(m_isSet ? &m_timer : nullptr) > kTimeLimitMs;
+    }
 
-    bool m_running;
-    bool m_passed;
+    CpuTimer m_timer{};  // a copy: a reading writes to the timer, which other searches may share
+    bool m_isSet;
+    bool m_running = false;
+    bool m_passed = false;
 };
 
 }  // namespace
@@ -297,7 +306,7 @@ bool TwoTreeSolver::growOrAugment(int node) {
         const int neighbour = node + steps[direction];
         const std::uint8_t state = states[neighbour];
         if ((state & kTreeMask) == 0) {
-            states[neighbour] = static_cast<std::uint8_t>((state & (kActive | kOnPath)) | kTree |
+            states[neighbour] = static_cast<std::uint8_t>((state & kActive) | kTree |
                                                           parentCode(opposite(direction)));
             activate(neighbour);
         } else if ((state & kTreeMask) != kTree) {
@@ -420,7 +429,7 @@ class TwoTreeSolver::Walk {
 };
 
 // The walks wait for memory rather than for each other, so they go side by side. Both leave what they
-// replace before either is laid: a node may have gone from one path to the other.
+// replace before either is laid: a node may go from one path to the other.
 void TwoTreeSolver::walkToRoots(int sourceEnd, int sinkEnd) {
     Walk<kInSource> source(*this, m_sourcePath, sourceEnd);
     Walk<kInSink> sink(*this, m_sinkPath, sinkEnd);
@@ -507,7 +516,7 @@ void TwoTreeSolver::adopt(int node) {
         return;
     }
 
-    states[node] = static_cast<std::uint8_t>(states[node] & (kActive | kOnPath));
+    states[node] = static_cast<std::uint8_t>(states[node] & kActive);
     for (int direction = 0; direction < kSlotsPerNode; ++direction) {
         const int neighbour = node + steps[direction];
         const std::uint8_t state = states[neighbour];

@@ -55,7 +55,44 @@ Grid seededGrid(std::mt19937& random, int round) {
     });
 }
 
+// One corridor to and fro through the grid: paths of up to half its pixels.
+Grid serpentine(std::mt19937& random, int side) {
+    Grid grid(side, side);
+    const auto capacity = [&] { return static_cast<float>(random()) * 1e-9F; };
+    const auto open = [&](int a, int b) {
+        grid.capacity(a, b) = capacity();
+        grid.capacity(b, a) = capacity();
+    };
+    for (int y = 0; y < side; y += 2) {
+        for (int x = 1; x < side; ++x) {
+            open(y * side + x, y * side + x - 1);
+        }
+    }
+    for (int y = 1; y + 1 < side; y += 2) {
+        const int bend = y * side + (y % 4 == 1 ? side - 1 : 0);
+        open(bend, bend - side);
+        open(bend, bend + side);
+    }
+    grid.source.front() = grid.sink.back() = 9.0F;
+    for (int i = 0; i < 2; ++i) {
+        const auto node = random() % grid.source.size();
+        (i % 2 == 0 ? grid.source : grid.sink)[node] = capacity();
+    }
+    return grid;
+}
+
 }  // namespace
+
+TEST(DenseSearch, FollowsPathsOfAnyLength) {
+    std::mt19937 random(13);
+    for (int round = 0; round < 10; ++round) {
+        const Grid grid = serpentine(random, 101);
+        const auto dense = grid.build();
+        const auto plain = grid.build();
+        ASSERT_EQ(denseSearch(*dense), plainSearch(*plain)) << round;
+        expectSame(*dense, *plain, round);
+    }
+}
 
 TEST(DenseSearch, EndsOrStopsWhereThePlainSearchDoes) {
     std::mt19937 random(9);
