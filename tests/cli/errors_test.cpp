@@ -64,7 +64,7 @@ INSTANTIATE_TEST_SUITE_P(
 class Interrupt : public testing::TestWithParam<std::tuple<std::string, std::string>> {};
 
 TEST_P(Interrupt, EndsTheRunWithoutATrace) {
-    const Workplace place(largeDiscScene());
+    const Workplace place(makeDiscScene(640, 480));
     const auto& [seconds, photo] = GetParam();
     // Two hundred boxes are many seconds' work, and standard input never delivers anything. The
     // interrupt waits for the program to block the signal: bit 1 of the mask in hexadecimal.

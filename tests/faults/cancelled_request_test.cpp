@@ -17,30 +17,34 @@
 
 namespace {
 
-constexpr int kWidth = 12;
-constexpr int kHeight = 12;
+constexpr int kSide = 12;
 constexpr std::int64_t kTimeLimitMicros = 10000000;
 
 // A photograph with a pixel on display, and a loop that adds its disc.
-struct Edit {
-    Edit() : session(makeDiscScene(kWidth, kHeight)) {
-        std::vector<int> markers = session.noMarkers();
-        markers.front() = SEGCORE_MARK_OBJECT;
-        session.cutOut(markers);
+struct Edit : HostSession {
+    Edit() : HostSession(makeDiscScene(kSide, kSide)) {
+        cutOut(rectangle(0, 0, 1, 1, SEGCORE_MARK_OBJECT));
+        maskBefore = mask;
         clearLog();
     }
-    void request() { session.box(2, 2, kWidth - 2, kHeight - 2); }
+    void request() { box(2, 2, kSide - 2, kSide - 2); }
+    bool delivered() const { return mask != maskBefore; }
+    // Runs the request, which has to stop.
+    void expectCancelled() {
+        const auto before = editingContext();
+        request();
+        expectUntouched(before);
+    }
+    template <typename Context>
+    void expectUntouched(const Context& before) {
+        EXPECT_FALSE(delivered());
+        EXPECT_TRUE(blended == photo);
+        EXPECT_TRUE(before == editingContext());
+        EXPECT_EQ(takeErrors(), (Log{{6, "Error", "Segmentation canceled due to timeout"}}));
+    }
 
-    HostSession session;
+    std::vector<std::uint8_t> maskBefore;
 };
-
-void expectNothingHappened(Edit& edit, const ContextSnapshot& before,
-                           const std::vector<std::uint8_t>& maskBefore) {
-    EXPECT_TRUE(edit.session.mask == maskBefore);
-    EXPECT_TRUE(edit.session.blended == edit.session.photo);
-    EXPECT_TRUE(before == ContextSnapshot());
-    EXPECT_EQ(takeErrors(), (Log{{6, "Error", "Segmentation canceled due to timeout"}}));
-}
 
 // Cancels right after poll number n, by a hardware watchpoint on the cancel flag: it works on the
 // library as it is shipped. Poll number 0 is a cancel from the start.
@@ -104,46 +108,43 @@ TEST_P(EveryPoll, CancelsWithoutATrace) {
     {
         Edit plain;
         plain.request();
-        uncancelled = plain.session.mask;
+        ASSERT_TRUE(plain.delivered());
+        uncancelled = plain.mask;
     }
     Edit edit;
-    const std::vector<std::uint8_t> maskBefore = edit.session.mask;
-    ASSERT_TRUE(maskBefore != uncancelled);
     std::uint64_t poll = GetParam();
-    for (bool stopped = true; stopped && !HasFailure(); poll += stopped ? kShares : 0) {
+    for (; !edit.delivered() && !HasFailure(); poll += kShares) {
         initSegmentationEngine(0);
-        const ContextSnapshot before;
+        const auto before = editingContext();
         {
             const PollTrap trap(poll);
             edit.request();
         }
-        stopped = edit.session.mask == maskBefore;
-        if (stopped) {
+        if (!edit.delivered()) {
             EXPECT_TRUE(PollTrap::reached());
-            expectNothingHappened(edit, before, maskBefore);
+            edit.expectUntouched(before);
         }
     }
     // Five passes, in each a poll for every node that the flow reaches. After the last one a cancel
     // is too late.
-    EXPECT_GT(poll, 5U * kWidth);
-    EXPECT_TRUE(edit.session.mask == uncancelled);
+    EXPECT_GT(poll, 5U * kSide);
+    EXPECT_TRUE(edit.mask == uncancelled);
     EXPECT_EQ(takeErrors(), Log{});
 }
 
 INSTANTIATE_TEST_SUITE_P(CancelledRequest, EveryPoll, testing::Range(std::uint64_t{0}, kShares));
 
-TEST(CancelledRequest, StaysCancelledUntilANewEngine) {
-    Edit edit;
-    const std::vector<std::uint8_t> maskBefore = edit.session.mask;
-    const ContextSnapshot before;
-    cancelSegmentation();
-    edit.request();
-    expectNothingHappened(edit, before, maskBefore);
-    edit.request();
-    expectNothingHappened(edit, before, maskBefore);
-    initSegmentationEngine(0);
-    edit.request();
-    EXPECT_TRUE(edit.session.mask != maskBefore);
+TEST(CancelledRequest, StaysCancelledUntilANewEngineOrAReset) {
+    for (const auto renew :
+         {+[] { initSegmentationEngine(0); }, +[] { resetSegmentationInterface(); }}) {
+        Edit edit;
+        cancelSegmentation();
+        edit.expectCancelled();
+        edit.expectCancelled();
+        renew();
+        edit.request();
+        EXPECT_TRUE(edit.delivered());
+    }
 }
 
 // The clock moves on with every reading, so that the limit is passed at a chosen one.
@@ -156,22 +157,18 @@ TEST(CancelledRequest, OutOfTimeDeliversNothing) {
         readings = FakeClock::reads();
     }
     // The start, the nodes that the first pass reaches, the ends of five passes.
-    ASSERT_GT(readings, kWidth);
+    ASSERT_GT(readings, kSide);
     Edit edit;
-    const std::vector<std::uint8_t> maskBefore = edit.session.mask;
-    for (const std::int64_t reading :
-         std::vector<std::int64_t>{1, 2, readings / 2, readings - 6, readings - 5, readings - 1}) {
+    for (const std::int64_t reading : {std::int64_t{1}, std::int64_t{2}, readings / 2, readings - 6,
+                                       readings - 5, readings - 1}) {
         initSegmentationEngine(0);
-        const ContextSnapshot before;
-        clearLog();
         const FakeClock clock(0, kTimeLimitMicros / reading + 1);
-        edit.request();
-        expectNothingHappened(edit, before, maskBefore);
+        edit.expectCancelled();
     }
     initSegmentationEngine(0);
     const FakeClock clock(0, kTimeLimitMicros / (readings - 1));  // the last one is still in time
     edit.request();
-    EXPECT_TRUE(edit.session.mask != maskBefore);
+    EXPECT_TRUE(edit.delivered());
     EXPECT_EQ(takeErrors(), Log{});
 }
 

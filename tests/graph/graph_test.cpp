@@ -14,10 +14,6 @@ Grid numbered(int width, int height) {
     return grid;
 }
 
-std::vector<float> capacitiesOf(const VORNSEGraph& graph) {
-    return {graph.m_edgeCaps, graph.m_edgeLast};
-}
-
 }  // namespace
 
 TEST(GraphStore, SlotsLeadToTheNeighboursInScanOrderAndHoldTheirCapacity) {

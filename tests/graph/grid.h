@@ -2,6 +2,8 @@
 // are found by geometry here, not by slot arithmetic.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -11,16 +13,29 @@
 #include <vector>
 
 #include "graph/graph.h"
+#include "history/marker.h"
+#include "support/timers.h"
+
+// Cancels and clocks of a test end with it.
+class FlowTest : public testing::Test {
+  protected:
+    ~FlowTest() override {
+        VORNSEMarker::m_exitApp = false;
+        g_cancelTimer = nullptr;
+    }
+};
 
 constexpr float kDust = 1e-6F;  // what rounding leaves of a saturated edge
 
 struct Grid {
-    Grid(int gridWidth, int gridHeight)
+    Grid(int gridWidth, int gridHeight, float everyCapacity = 0.0F)
         : width(gridWidth),
           height(gridHeight),
           pairs(static_cast<std::size_t>(size())),
           source(static_cast<std::size_t>(size())),
-          sink(static_cast<std::size_t>(size())) {}
+          sink(static_cast<std::size_t>(size())) {
+        forEachEdge([&](int from, int to) { capacity(from, to) = everyCapacity; });
+    }
 
     int size() const { return width * height; }
 
@@ -36,9 +51,6 @@ struct Grid {
         });
         return heads;
     }
-    int earlier(int node, int direction) const {
-        return around(node)[static_cast<std::size_t>(direction)];
-    }
 
     float& capacity(int from, int to) {
         const std::array<int, 8> heads = around(from);
@@ -52,8 +64,8 @@ struct Grid {
     template <typename Visit>
     void forEachEdge(Visit visit) const {
         for (int node = 0; node < size(); ++node) {
-            for (int d = 0; d < 4; ++d) {
-                if (const int other = earlier(node, d); other >= 0) {
+            for (std::size_t d = 0; d < 4; ++d) {
+                if (const int other = around(node)[d]; other >= 0) {
                     visit(node, other);
                     visit(other, node);
                 }
@@ -104,16 +116,14 @@ struct Grid {
     std::vector<float> sink;
 };
 
+inline std::vector<float> capacitiesOf(const VORNSEGraph& graph) {
+    return {graph.m_edgeCaps, graph.m_edgeLast};
+}
+
 // The textbook solver: shortest augmenting paths (Edmonds and Karp 1972).
 inline double textbookMaxFlow(Grid grid) {
     const auto at = [](int node) { return static_cast<std::size_t>(node); };
     double flow = 0.0;
-    for (std::size_t n = 0; n < grid.source.size(); ++n) {
-        const float common = std::min(grid.source[n], grid.sink[n]);
-        grid.source[n] -= common;
-        grid.sink[n] -= common;
-        flow += static_cast<double>(common);
-    }
     for (;;) {
         std::vector<int> from(grid.source.size(), -1);  // a start comes from itself
         std::queue<int> reached;

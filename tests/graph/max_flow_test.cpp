@@ -4,9 +4,7 @@
 #include <random>
 
 #include "graph/grid.h"
-#include "history/marker.h"
 #include "support/fake_clock.h"
-#include "support/timers.h"
 
 namespace {
 
@@ -20,13 +18,6 @@ std::vector<int> labelsOf(const VORNSEGraph& graph) {
     return labels;
 }
 
-// A row with the same capacity in every edge.
-Grid row(int length, float capacity) {
-    Grid grid(length, 1);
-    grid.forEachEdge([&](int from, int to) { grid.capacity(from, to) = capacity; });
-    return grid;
-}
-
 void expectCut(Grid grid, const std::vector<float>& source, const std::vector<float>& sink,
                float flow, const std::vector<int>& labels) {
     grid.source = source;
@@ -36,22 +27,13 @@ void expectCut(Grid grid, const std::vector<float>& source, const std::vector<fl
     EXPECT_EQ(labelsOf(*graph), labels);
 }
 
-class MaxFlow : public testing::Test {
-  protected:
-    void SetUp() override {
-        VORNSEMarker::m_exitApp = false;
-        g_cancelTimer = nullptr;
-    }
-    void TearDown() override { SetUp(); }
-};
+using MaxFlow = FlowTest;
 
 // The middle node of a 3 x 3 grid is an orphan of one tree, its neighbours are roots of the same.
-class Adoption : public MaxFlow, public testing::WithParamInterface<int> {
+class Adoption : public testing::TestWithParam<int> {
   protected:
-    void SetUp() override {
-        MaxFlow::SetUp();
-        Grid grid(3, 3);
-        grid.forEachEdge([&](int from, int to) { grid.capacity(from, to) = 1.0F; });
+    Adoption() {
+        Grid grid(3, 3, 1.0F);
         auto& terminals = GetParam() == tree::kSource ? grid.source : grid.sink;
         terminals = {1, 1, 1, 1, 0, 1, 1, 1, 1};
         graph = grid.build();
@@ -63,11 +45,8 @@ class Adoption : public MaxFlow, public testing::WithParamInterface<int> {
         join(4, parent::kNone);
     }
     void adopt() {
-        if (GetParam() == tree::kSource) {
-            graph->ProcessSourceOrphans(&orphan());
-        } else {
-            graph->ProcessSinkOrphans(&orphan());
-        }
+        GetParam() == tree::kSource ? graph->ProcessSourceOrphans(&orphan())
+                                    : graph->ProcessSinkOrphans(&orphan());
     }
     void setNeighboursFree() {
         for (const int slot : slots) {
@@ -119,29 +98,28 @@ TEST_F(MaxFlow, CutsAsCheaplyAsATextbookSolver) {
 
 TEST_F(MaxFlow, SmallRowsByHand) {
     // Source and sink meet in terminal weights only: every node stays free.
-    expectCut(row(5, 1.0F), {0, 2, 0, 3, 0}, {0, 2, 0, 3, 0}, 5.0F, {2, 2, 2, 2, 2});
+    expectCut(Grid(5, 1, 1.0F), {0, 2, 0, 3, 0}, {0, 2, 0, 3, 0}, 5.0F, {2, 2, 2, 2, 2});
     // A path that saturates from end to end leaves free nodes.
-    expectCut(row(3, 1.0F), {1, 0, 0}, {0, 0, 1}, 1.0F, {2, 2, 2});
+    expectCut(Grid(3, 1, 1.0F), {1, 0, 0}, {0, 0, 1}, 1.0F, {2, 2, 2});
     // Equal edges saturate together: what lies between them is free.
-    expectCut(row(4, 1.0F), {5, 0, 0, 0}, {0, 0, 0, 5}, 1.0F, {0, 2, 2, 1});
+    expectCut(Grid(4, 1, 1.0F), {5, 0, 0, 0}, {0, 0, 0, 5}, 1.0F, {0, 2, 2, 1});
     // -0.0 is no capacity.
-    expectCut(row(3, -0.0F), {1, 0, 0}, {0, 0, 1}, 0.0F, {0, 2, 1});
+    expectCut(Grid(3, 1, -0.0F), {1, 0, 0}, {0, 0, 1}, 0.0F, {0, 2, 1});
     // A node torn by two infinities is no number and so free; it falls to the wider edge.
-    Grid torn = row(3, 3.0F);
+    Grid torn(3, 1, 3.0F);
     torn.capacity(1, 2) = 2.0F;
     expectCut(torn, {kInfinity, kInfinity, 0}, {0, kInfinity, kInfinity}, kInfinity, {0, 0, 1});
     // Cancelled before the start: the roots only, and what the terminals had in common.
     VORNSEMarker::m_exitApp = true;
-    expectCut(row(4, 1.0F), {5, 0, 0, 1}, {2, 0, 0, 4}, 3.0F, {0, 2, 2, 1});
+    expectCut(Grid(4, 1, 1.0F), {5, 0, 0, 1}, {2, 0, 0, 4}, 3.0F, {0, 2, 2, 1});
 }
 
 TEST_F(MaxFlow, StopsAtTheFirstScanThatEndsAfterTenSeconds) {
-    Grid grid = row(64, 1.0F);
+    Grid grid(64, 1, 1.0F);
     grid.source[0] = 1.0F;
     const FakeClock clock(0);
-    CpuTimer* timer = create_timer();
-    g_cancelTimer = timer;
-    start_cpu_timer(timer);
+    CpuTimer timer{};
+    g_cancelTimer = &timer;
     for (const bool late : {false, true}) {
         FakeClock::set(late ? 10000001 : 10000000);
         const auto graph = grid.build();
@@ -151,7 +129,6 @@ TEST_F(MaxFlow, StopsAtTheFirstScanThatEndsAfterTenSeconds) {
         EXPECT_EQ(labelsOf(*graph), labels);
         EXPECT_EQ(VORNSEMarker::m_exitApp, late);
     }
-    destroy_timer(timer);
 }
 
 TEST_P(Adoption, TheEarliestOfEqualParentsInScanOrderWins) {

@@ -1,101 +1,54 @@
 #include "graph/parallel_gc.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <opencv2/imgcodecs.hpp>
-#include <opencv2/imgproc.hpp>
-
-#include "engine/hybrid.h"
 #include "graph/grid.h"
-#include "history/marker.h"
-#include "interface/engine_state.h"
-#include "support/host_session.h"
+#include "support/injected_faults.h"
 #include "support/log_capture.h"
-#include "support/timers.h"
 
 namespace {
 
-// Threads that may still be started; below zero there is no limit.
-int threadsLeft = -1;
-
 constexpr int kCounts[] = {1, 2, 3, 4, 5, 6, 8, 9, 12};
 
-class ParallelCut : public testing::Test {
+class ParallelCut : public FlowTest {
   protected:
     // The solvers poll a running timer, as they do in a request.
-    void SetUp() override {
-        VORNSEMarker::m_exitApp = false;
-        g_cancelTimer = create_timer();
+    ParallelCut() {
+        g_cancelTimer = &timer;
         start_cpu_timer(g_cancelTimer);
         clearLog();
     }
-    void TearDown() override {
-        threadsLeft = -1;
-        VORNSEMarker::m_exitApp = false;
-        destroy_timer(g_cancelTimer);
-        g_cancelTimer = nullptr;
-    }
+
+    CpuTimer timer{};
 };
+
+// Every node has a terminal; limit(n) gives the capacities from 0 to n.
+template <typename Limit>
+Grid gridOf(int width, int height, Limit limit) {
+    Grid grid(width, height);
+    grid.forEachEdge([&](int from, int to) { grid.capacity(from, to) = limit(3); });
+    for (std::size_t node = 0; node < grid.source.size(); ++node) {
+        const bool toSource = limit(1) > 0.5F;
+        (toSource ? grid.source : grid.sink)[node] = limit(11);
+    }
+    return grid;
+}
 
 // Few whole capacities, so that weights are exact and many edges saturate at once.
 Grid tiedGrid(int width, int height, unsigned seed) {
     std::mt19937 random(seed);
-    Grid grid(width, height);
-    grid.forEachEdge(
-        [&](int from, int to) { grid.capacity(from, to) = static_cast<float>(random() % 4); });
-    for (int node = 0; node < grid.size(); ++node) {
-        auto& terminal = random() % 2 == 0 ? grid.source : grid.sink;
-        terminal[static_cast<std::size_t>(node)] = static_cast<float>(random() % 12);
-    }
-    return grid;
+    return gridOf(width, height,
+                  [&](unsigned limit) { return static_cast<float>(random() % (limit + 1)); });
 }
 
-// The engine's graph of a box request on a photograph of the samples, made smaller.
-Grid photographGrid(const char* file) {
-    cv::Mat image = cv::imread(std::string(SEGCORE_SAMPLES) + '/' + file);
-    cv::resize(image, image, cv::Size(150, 100), 0.0, 0.0, cv::INTER_AREA);
-    Scene scene;
-    scene.width = image.cols;
-    scene.height = image.rows;
-    for (auto p = image.begin<cv::Vec3b>(); p != image.end<cv::Vec3b>(); ++p) {
-        scene.pixels.push_back(static_cast<std::uint32_t>((*p)[0] | (*p)[1] << 8 | (*p)[2] << 16));
-    }
-    destroy_timer(std::exchange(g_cancelTimer, nullptr));  // the request makes its own
-    HostSession session(scene);
-    EXPECT_EQ(session.box(15, 5, 135, 95), 0);
-    VORNSEHybrid& engine = *pHybrid;
-    engine.computeBoundingBox();
-    engine.preProcess();
-    engine.graphSpaceAllocator();
-    engine.m_cropImage = engine.cropImage(VORNSEMarker::m_srcImage);
-    engine.m_cropLabel = engine.cropImage(VORNSEMarker::m_labelImage);
-    engine.constructGraphVORN_Whole_Image();
-    const VORNSEGraph& graph = *engine.m_graph;
-    Grid grid(graph.m_width, graph.m_height);
-    for (std::size_t n = 0; n < grid.pairs.size(); ++n) {
-        std::transform(graph.m_edgeCaps + 8 * n, graph.m_edgeCaps + 8 * (n + 1),
-                       grid.pairs[n].begin(), [](float cap) { return std::max(cap, 0.0F); });
-        const float residual = graph.m_nodes[n].residualTerminalCap;
-        (residual > 0.0F ? grid.source : grid.sink)[n] = std::fabs(residual);
-    }
-    engine.clearMemory();
-    return grid;
+Grid spreadGrid(int width, int height, unsigned seed) {
+    std::mt19937 random(seed);
+    return gridOf(width, height, [&](unsigned limit) {
+        return static_cast<float>(limit) * static_cast<float>(random()) / 4294967296.0F;
+    });
 }
 
 }  // namespace
-
-// Stands in front of the system's call for the library too.
-extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
-                              void* (*entry)(void*), void* argument) noexcept {
-    static const auto real =
-        reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
-    if (threadsLeft == 0) {
-        return EAGAIN;
-    }
-    --threadsLeft;
-    return real(thread, attributes, entry, argument);
-}
 
 TEST_F(ParallelCut, BlocksFormTheGridOfTheirCount) {
     const int grids[][3] = {{1, 1, 1}, {2, 2, 1}, {3, 3, 1},  {4, 2, 2}, {6, 3, 2},
@@ -124,26 +77,23 @@ TEST_F(ParallelCut, WeighsNoMoreThanTheTextbookCut) {
                 EXPECT_TRUE(solver.m_pairList.empty());
                 // Every edge is back: none of those inside the grid reads as missing.
                 for (int slot = 0; slot < graph->m_edgeCount; slot += 2) {
+                    const auto direction = static_cast<std::size_t>(slot % 8 / 2);
                     EXPECT_EQ(graph->m_edgeCaps[slot] == kNoEdge,
-                              grid.earlier(slot / 8, slot % 8 / 2) < 0);
+                              grid.around(slot / 8)[direction] < 0);
                 }
             }
         }
     }
 }
 
-TEST_F(ParallelCut, OfAPhotographWeighsTheSameAsTheSerialCut) {
-    for (const char* file : {"coffee.png", "astronaut.png", "rocket.jpg"}) {
-        Grid grid = photographGrid(file);
-        const auto serial = grid.build();
-        const auto flow = static_cast<double>(serial->maxFlow());
-        const double weight = grid.cutWeight(*serial);
-        EXPECT_NEAR(weight, flow, 1e-4 * flow);
-        EXPECT_GT(weight, 100.0);
+TEST_F(ParallelCut, OfALargeGridWeighsWhatTheSerialSearchLetsFlow) {
+    for (unsigned seed = 0; seed < 3; ++seed) {
+        Grid grid = spreadGrid(150, 100, seed);
+        const auto flow = static_cast<double>(grid.build()->maxFlow());  // a sum of floats
         for (const int count : kCounts) {
             const auto graph = grid.build(count);
-            graph->maxFlow();
-            EXPECT_NEAR(grid.cutWeight(*graph), weight, 1e-6 * weight) << file << ' ' << count;
+            ParallelGC(graph.get(), count).maxFlow();
+            EXPECT_NEAR(grid.cutWeight(*graph), flow, 2e-5 * flow) << seed << ' ' << count;
         }
     }
 }
@@ -166,8 +116,9 @@ TEST_F(ParallelCut, IsTheSameEveryTimeAlsoWhenThreadsCannotBeStarted) {
     EXPECT_TRUE(takeErrors().empty());
     // Nine threads each for numbering, partition and block solve, eight for merging.
     for (const int available : {0, 3, 14, 34}) {
-        threadsLeft = available;
+        armFault(Fault::kThread, available + 1, true);
         EXPECT_EQ(solve(), cut);
+        disarmFault();
         EXPECT_EQ(takeErrors().size(), static_cast<std::size_t>(35 - available));
     }
 }
@@ -189,9 +140,8 @@ TEST_F(ParallelCut, PartsThatNothingConnectsAreCutByThemselves) {
 TEST_F(ParallelCut, CancelledItStillPutsEveryEdgeBack) {
     const Grid grid = tiedGrid(12, 9, 7);
     const auto graph = grid.build(6);
-    const std::vector<float> before(graph->m_edgeCaps, graph->m_edgeCaps + graph->m_edgeCount);
+    const std::vector<float> before = capacitiesOf(*graph);
     VORNSEMarker::m_exitApp = true;
     graph->maxFlow();
-    EXPECT_EQ(std::vector<float>(graph->m_edgeCaps, graph->m_edgeCaps + graph->m_edgeCount),
-              before);
+    EXPECT_EQ(capacitiesOf(*graph), before);
 }

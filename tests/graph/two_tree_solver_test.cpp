@@ -2,21 +2,20 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <new>
 
+#include "graph/block_view.h"
 #include "graph/grid.h"
-#include "history/marker.h"
 #include "support/fake_clock.h"
-#include "support/timers.h"
 
 namespace {
 
 constexpr std::int64_t kSecond = 1000000;
 
+using DenseSearch = FlowTest;
+
 // A view of one block that is the whole grid searches the records.
 float plainSearch(VORNSEGraph& graph) {
-    alignas(VORNSEGraph) unsigned char room[sizeof(VORNSEGraph)];
-    auto* view = new (room) VORNSEGraph(&graph, 0, 0, graph.m_width, graph.m_height);
+    const BlockViewPtr view = createBlockView(&graph, 0, 0, graph.m_width, graph.m_height);
     view->InitBlock();
     return view->maxFlowSerialCall();
 }
@@ -83,7 +82,7 @@ Grid serpentine(std::mt19937& random, int side) {
 
 }  // namespace
 
-TEST(DenseSearch, FollowsPathsOfAnyLength) {
+TEST_F(DenseSearch, FollowsPathsOfAnyLength) {
     std::mt19937 random(13);
     for (int round = 0; round < 10; ++round) {
         const Grid grid = serpentine(random, 101);
@@ -94,7 +93,7 @@ TEST(DenseSearch, FollowsPathsOfAnyLength) {
     }
 }
 
-TEST(DenseSearch, EndsOrStopsWhereThePlainSearchDoes) {
+TEST_F(DenseSearch, EndsOrStopsWhereThePlainSearchDoes) {
     std::mt19937 random(9);
     CpuTimer timer{};
     const FakeClock clock(0, kSecond);
@@ -115,10 +114,9 @@ TEST(DenseSearch, EndsOrStopsWhereThePlainSearchDoes) {
         ASSERT_EQ(VORNSEMarker::m_exitApp.exchange(false), stopped) << round;
         expectSame(*dense, *plain, round);
     }
-    g_cancelTimer = nullptr;
 }
 
-TEST(DenseSearch, SkippedRowsTakeNoPart) {
+TEST_F(DenseSearch, SkippedRowsTakeNoPart) {
     std::mt19937 random(11);
     for (int round = 0; round < 20; ++round) {
         const Grid grid = seededGrid(random, round);

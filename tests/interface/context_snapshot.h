@@ -1,44 +1,20 @@
 // What a host can tell of the editing context, for tests of calls that must not change it.
 #pragma once
 
-#include <cstdint>
-#include <vector>
+#include <tuple>
 
 #include "history/undo_redo_history.h"
 #include "interface/engine_state.h"
 #include "interface/segmentation_core.h"
+#include "support/image_bytes.h"
 
-inline std::vector<std::uint8_t> bytesOf(const IplImage* image) {
-    std::vector<std::uint8_t> bytes;
-    for (int y = 0; image != nullptr && y < image->height; ++y) {
-        const std::uint8_t* row = rowOf(image, y);
-        bytes.insert(bytes.end(), row, row + image->width * image->nChannels);
-    }
-    return bytes;
+// Compares equal as long as nothing changed; an engine that is made again counts as a change.
+inline auto editingContext() {
+    using History = VORNSEManageUndoRedo;
+    return std::tuple(bytesOf(VORNSEMarker::m_originalImage), VORNSEMarker::m_originalWidth,
+                      pHybrid, g_imageResizeFactor, bytesOf(VORNSEMarker::m_srcImage),
+                      History::m_current - History::m_bottom, canUndo(), canRedo(),
+                      bytesOf(ImagePtr(History::prevMask())),
+                      bytesOf(ImagePtr(canRedo() ? History::getMask(History::m_current) : nullptr)),
+                      g_contoursReady);
 }
-
-struct ContextSnapshot {
-    std::vector<std::uint32_t> photo;      // empty without one
-    const VORNSEHybrid* engine = pHybrid;  // an engine that is made again counts as changed
-    float resizeFactor = g_imageResizeFactor;
-    std::vector<std::uint8_t> working = bytesOf(VORNSEMarker::m_srcImage);
-    int undoSteps = VORNSEManageUndoRedo::m_current - VORNSEManageUndoRedo::m_bottom;
-    bool undoable = canUndo();
-    bool redoable = canRedo();
-    std::vector<std::uint8_t> shown = bytesOf(ImagePtr(VORNSEManageUndoRedo::prevMask()).get());
-    bool outlineReady = g_contoursReady;
-
-    ContextSnapshot() {
-        if (VORNSEMarker::m_originalImage != nullptr) {
-            photo.resize(bytesOf(VORNSEMarker::m_originalImage).size() / kChannels);
-            copySourceImage(photo.data());
-        }
-    }
-    bool operator==(const ContextSnapshot& other) const {
-        return photo == other.photo && engine == other.engine &&
-               resizeFactor == other.resizeFactor && working == other.working &&
-               undoSteps == other.undoSteps && undoable == other.undoable &&
-               redoable == other.redoable && shown == other.shown &&
-               outlineReady == other.outlineReady;
-    }
-};

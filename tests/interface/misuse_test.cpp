@@ -15,7 +15,7 @@ LogLine sizeCheck(const char* function, int line) {
 template <typename Call>
 void expectRefused(const std::string& name, Call call, const Log& sizeChecks = {}) {
     SCOPED_TRACE(name);
-    const ContextSnapshot before;
+    const auto before = editingContext();
     clearLog();
     call();
     Log errors = takeErrors();
@@ -25,12 +25,14 @@ void expectRefused(const std::string& name, Call call, const Log& sizeChecks = {
         errors.pop_back();
         EXPECT_EQ(errors, sizeChecks);
     }
-    EXPECT_TRUE(ContextSnapshot() == before);
+    EXPECT_TRUE(editingContext() == before);
 }
 
 class Misuse : public testing::Test {
   protected:
     ~Misuse() override {
+        EXPECT_EQ(m_words, std::vector<std::uint32_t>(m_words.size(), 5));
+        EXPECT_EQ(m_bytes, std::vector<std::uint8_t>(m_bytes.size(), 7));
         deinitSegmentation();
         freeLocalBuffers();
         clearLog();
@@ -63,8 +65,6 @@ TEST_F(Misuse, BeforeThePhotograph) {
         expectRefused("redo", [this] { redo(words(), bytes()); });
         EXPECT_FALSE(canUndo() || canRedo());
     }
-    EXPECT_EQ(m_words, std::vector<std::uint32_t>(m_words.size(), 5));
-    EXPECT_EQ(m_bytes, std::vector<std::uint8_t>(m_bytes.size(), 7));
 }
 
 TEST_F(Misuse, BeforeTheEngine) {
@@ -78,13 +78,12 @@ TEST_F(Misuse, BeforeTheEngine) {
     expectRefused("processSegment", [this] { processSegment(0, 0, 0, words(), bytes()); });
     setMarkerImage(80, 100, markers(), SEGCORE_LOOP_ADD);
     expectRefused("processSegment", [this] { processSegment(0, 0, 0, words(), bytes()); });
-    EXPECT_EQ(m_bytes, std::vector<std::uint8_t>(m_bytes.size(), 7));
 }
 
 TEST_F(Misuse, DuringAnEdit) {
     HostSession session(discScene());
     session.box(40, 25, 120, 95);
-    session.brush({80, 60, 90, 60}, 5, SEGCORE_BRUSH_ADD);
+    session.box(50, 40, 100, 80);
     session.undo();
     session.redo();
     const std::vector<std::uint32_t> photo = session.photo;
@@ -127,8 +126,6 @@ TEST_F(Misuse, DuringAnEdit) {
     expectRefused("doSegmentationBB", box(1 << 20, 1 << 20, words(), bytes()));
     expectRefused("doSegmentationBB", box(160, 120, nullptr, bytes()));
     expectRefused("doSegmentationBB", box(160, 120, words(), nullptr));
-    EXPECT_EQ(m_words, std::vector<std::uint32_t>(m_words.size(), 5));
-    EXPECT_EQ(m_bytes, std::vector<std::uint8_t>(m_bytes.size(), 7));
 }
 
 TEST_F(Misuse, PhotographTooNarrowForAWorkingImage) {

@@ -1,4 +1,4 @@
-// Results on their way out: mask, painted outline, outline points, and direct edits.
+// Results on their way out: mask, painted outline, outline points, direct edits and their undoing.
 #include <gtest/gtest.h>
 
 #include "history/undo_redo_history.h"
@@ -15,15 +15,8 @@ class ResultTest : public testing::Test {
   protected:
     ~ResultTest() override { clearLog(); }
 
-    // Markers that set one rectangle as object.
-    std::vector<int> square(int x0, int y0, int size, int code = SEGCORE_MARK_OBJECT) const {
-        std::vector<int> markers = m_session.noMarkers();
-        for (int y = y0; y < y0 + size; ++y) {
-            for (int x = x0; x < x0 + size; ++x) {
-                markers[at(x, y)] = code;
-            }
-        }
-        return markers;
+    std::vector<int> square(int x, int y, int size, int code = SEGCORE_MARK_OBJECT) const {
+        return m_session.rectangle(x, y, size, size, code);
     }
     std::size_t at(int x, int y) const { return static_cast<std::size_t>(y * 160 + x); }
 
@@ -107,6 +100,49 @@ TEST_F(ResultTest, EditsWithoutBuffersAreRecorded) {
     EXPECT_EQ(takeErrors(), Log{});
     m_session.redo();
     EXPECT_EQ(m_session.mask[at(29, 39)], 0);
+}
+
+TEST_F(ResultTest, StepsDeliverTheMasksAndThenThePhotograph) {
+    std::vector<std::vector<std::uint8_t>> masks;
+    std::vector<std::vector<std::uint32_t>> blends;
+    for (int step = 0; step < 3; ++step) {
+        m_session.cutOut(square(40 + 5 * step, 6, 1));
+        masks.push_back(m_session.mask);
+        blends.push_back(m_session.blended);
+    }
+    m_session.undo();
+    EXPECT_EQ(m_session.mask, masks[1]);
+    EXPECT_EQ(m_session.blended, blends[1]);
+    EXPECT_TRUE(canUndo());
+    m_session.undo();
+    EXPECT_EQ(m_session.mask, masks[0]);
+    EXPECT_FALSE(canUndo());
+    m_session.blended.assign(m_session.blended.size(), 0);
+    ::undo(m_session.blended.data(), nullptr);  // no mask to deliver, so none is needed
+    EXPECT_EQ(m_session.blended, m_session.photo);
+    EXPECT_EQ(m_session.mask, masks[0]);
+    for (const std::size_t step : {0U, 1U, 2U, 2U}) {
+        EXPECT_EQ(canRedo(), step != 2 || m_session.mask == masks[1]);
+        m_session.redo();
+        EXPECT_EQ(m_session.mask, masks[step]);
+        EXPECT_EQ(m_session.blended, blends[step]);
+    }
+    m_session.undo();
+    m_session.cutOut(square(40 + 5 * 7, 6, 1));  // drops the branch
+    EXPECT_FALSE(canRedo());
+    EXPECT_EQ(takeErrors(), Log{});
+}
+
+TEST_F(ResultTest, StepsBeforeTheFirstEditDropTheMarksAllTheSame) {
+    setMarkerImage(160, 120, m_session.noMarkers().data(), SEGCORE_LOOP_ADD);
+    m_session.undo();
+    EXPECT_EQ(g_markerImage, nullptr);
+    EXPECT_EQ(m_session.blended, m_session.photo);
+    EXPECT_EQ(VORNSEManageUndoRedo::m_current, 0);
+    m_session.mask.assign(m_session.mask.size(), 7);
+    m_session.redo();  // a cleared slot
+    EXPECT_EQ(m_session.mask, std::vector<std::uint8_t>(m_session.mask.size(), 255));
+    EXPECT_EQ(takeErrors(), Log{});
 }
 
 }  // namespace

@@ -4,18 +4,6 @@
 
 #include "interface/segmentation_core.h"
 
-namespace {
-
-std::vector<cv::Point> pairsOf(const std::vector<int>& points) {
-    std::vector<cv::Point> pairs;
-    for (std::size_t i = 0; i + 1 < points.size(); i += 2) {
-        pairs.emplace_back(points[i], points[i + 1]);
-    }
-    return pairs;
-}
-
-}  // namespace
-
 HostSession::HostSession(const Scene& scene)
     : width(scene.width),
       height(scene.height),
@@ -32,17 +20,11 @@ HostSession::~HostSession() {
 }
 
 int HostSession::box(int left, int top, int right, int bottom) {
-    return loop({left, top, right, top, right, bottom, left, bottom}, SEGCORE_LOOP_ADD);
+    return loop({left, top, right, top, right, bottom, left, bottom});
 }
 
-int HostSession::loop(const std::vector<int>& points, int strokeType) {
-    return request(points, loopMarkers(points), strokeType);
-}
-
-int HostSession::brush(const std::vector<int>& points, int radius, int strokeType) {
-    const int code =
-        strokeType == SEGCORE_BRUSH_ADD ? SEGCORE_MARK_OBJECT : SEGCORE_MARK_BACKGROUND;
-    return request(points, brushMarkers(points, radius, code), strokeType);
+int HostSession::loop(const std::vector<int>& points) {
+    return request(points, loopMarkers(points), SEGCORE_LOOP_ADD);
 }
 
 int HostSession::request(std::vector<int> points, const std::vector<int>& markers, int strokeType) {
@@ -81,24 +63,16 @@ std::vector<int> HostSession::noMarkers() const {
     return std::vector<int>(photo.size(), SEGCORE_MARK_NONE);
 }
 
-std::vector<int> HostSession::loopMarkers(const std::vector<int>& points) const {
+std::vector<int> HostSession::loopMarkers(std::vector<int> points) const {
     std::vector<int> markers = noMarkers();
     cv::Mat canvas(height, width, CV_32SC1, markers.data());
-    cv::fillPoly(canvas, std::vector<std::vector<cv::Point>>{pairsOf(points)},
-                 cv::Scalar(SEGCORE_MARK_CANDIDATE));
+    const std::vector<cv::Mat> polygon{cv::Mat(points).reshape(2)};
+    cv::fillPoly(canvas, polygon, cv::Scalar(SEGCORE_MARK_CANDIDATE));
     return markers;
 }
 
-std::vector<int> HostSession::brushMarkers(const std::vector<int>& points, int radius,
-                                           int code) const {
+std::vector<int> HostSession::rectangle(int x, int y, int columns, int rows, int code) const {
     std::vector<int> markers = noMarkers();
-    cv::Mat canvas(height, width, CV_32SC1, markers.data());
-    const std::vector<cv::Point> path = pairsOf(points);
-    for (std::size_t i = 0; i < path.size(); ++i) {
-        cv::circle(canvas, path[i], radius, cv::Scalar(code), cv::FILLED);
-        if (i > 0) {
-            cv::line(canvas, path[i - 1], path[i], cv::Scalar(code), 2 * radius + 1);
-        }
-    }
+    cv::Mat(height, width, CV_32SC1, markers.data())(cv::Rect(x, y, columns, rows)) = code;
     return markers;
 }

@@ -16,22 +16,19 @@ class HostSession {
     HostSession& operator=(const HostSession&) = delete;
 
     // Requests; each returns processSegment's result. Points are x, y pairs in photograph pixels.
-    // Loops and boxes mark their inside as candidate, brushes a band of `radius` around their path
-    // as object or background.
+    // Loops and boxes add their inside as candidate.
     int box(int left, int top, int right, int bottom);
-    int loop(const std::vector<int>& points, int strokeType);
-    int brush(const std::vector<int>& points, int radius, int strokeType);
+    int loop(const std::vector<int>& points);
     int request(std::vector<int> points, const std::vector<int>& markers, int strokeType);
 
     void undo();
     void redo();
     void cutOut(const std::vector<int>& markers);
-    std::vector<int> fetchOutline();
+    static std::vector<int> fetchOutline();
 
-    // Marks as the requests draw them.
     std::vector<int> noMarkers() const;
-    std::vector<int> loopMarkers(const std::vector<int>& points) const;
-    std::vector<int> brushMarkers(const std::vector<int>& points, int radius, int code) const;
+    std::vector<int> loopMarkers(std::vector<int> points) const;
+    std::vector<int> rectangle(int x, int y, int columns, int rows, int code) const;
 
     int width;
     int height;

@@ -6,22 +6,13 @@
 #include <array>
 #include <cstdarg>
 #include <cstdio>
-#include <iterator>
 #include <mutex>
 #include <utility>
 
 namespace {
 
-std::mutex& guard() {
-    static std::mutex mutex;
-    return mutex;
-}
-
-Log& captured() {
-    static Log lines;
-    return lines;
-}
-
+std::mutex guard;
+Log captured;
 thread_local bool logging = false;
 
 }  // namespace
@@ -32,9 +23,9 @@ extern "C" int __android_log_print(int priority, const char* tag, const char* fo
     va_start(arguments, format);
     const int length = std::vsnprintf(text.data(), text.size(), format, arguments);
     va_end(arguments);
-    const std::lock_guard<std::mutex> lock(guard());
+    const std::lock_guard<std::mutex> lock(guard);
     logging = true;
-    captured().push_back({priority, tag, text.data()});
+    captured.push_back({priority, tag, text.data()});
     logging = false;
     return length;
 }
@@ -48,15 +39,15 @@ std::ostream& operator<<(std::ostream& out, const LogLine& line) {
 }
 
 Log takeLog() {
-    const std::lock_guard<std::mutex> lock(guard());
-    return std::exchange(captured(), {});
+    const std::lock_guard<std::mutex> lock(guard);
+    return std::exchange(captured, {});
 }
 
 Log takeErrors() {
-    Log errors;
-    const Log lines = takeLog();
-    std::copy_if(lines.begin(), lines.end(), std::back_inserter(errors), [](const LogLine& line) {
-        return line.priority == ANDROID_LOG_ERROR && line.tag == "Error";
-    });
-    return errors;
+    Log lines = takeLog();
+    const auto isNoError = [](const LogLine& line) {
+        return line.priority != ANDROID_LOG_ERROR || line.tag != "Error";
+    };
+    lines.erase(std::remove_if(lines.begin(), lines.end(), isNoError), lines.end());
+    return lines;
 }

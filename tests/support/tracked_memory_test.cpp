@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 
@@ -37,17 +36,6 @@ class TrackedMemory : public testing::Test {
 };
 
 }  // namespace
-
-TEST_F(TrackedMemory, MessageVariantsAllocateWithoutRegistering) {
-    auto* bytes = static_cast<unsigned char*>(VORN_Calloc_Msg(10, 8, "f", 4));
-    ASSERT_NE(bytes, nullptr);
-    EXPECT_EQ(std::count(bytes, bytes + 80, 0), 80);
-    void* block = VORN_Malloc_Msg(8, "f", 5);
-    EXPECT_EQ(gMemStack.m_head, nullptr);
-    VORN_Free_Msg(bytes, "f", 6);
-    VORN_Free_Msg(block, "f", 7);
-    EXPECT_EQ(takeLog(), Log{});
-}
 
 TEST_F(TrackedMemory, FailuresNameSizeCallerAndLine) {
     EXPECT_EQ(VORN_Malloc_Msg(kImpossible, "a", 1), nullptr);

@@ -1,10 +1,11 @@
-#include "faults/injected_faults.h"
+#include "support/injected_faults.h"
 
 #include <dlfcn.h>
 #include <pthread.h>
 
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -13,8 +14,10 @@
 
 #ifdef SEGCORE_INTERCEPTED_ALLOCATOR
 #define SYSTEM(name) __interceptor_##name
+constexpr bool kIntercepted = true;
 #else
 #define SYSTEM(name) __libc_##name
+constexpr bool kIntercepted = false;
 #endif
 
 extern "C" {
@@ -27,22 +30,19 @@ void SYSTEM(free)(void*);
 
 namespace {
 
-std::atomic<long> countdown[2]{{0}, {0}};  // by kind; 0 while disarmed
+constexpr long kDisarmed = LONG_MAX;
+std::atomic<long> countdown[2]{{kDisarmed}, {kDisarmed}};  // by kind; below 1 after the first fault
 std::atomic<bool> failsOnward{false};
 std::atomic<bool> hasFailed{false};
 std::atomic<long> live{0};
 std::atomic<long> imagingFailures{0};
 
 // The address sanitizer does not survive a failure of its own while it starts a thread.
-#ifdef SEGCORE_INTERCEPTED_ALLOCATOR
-thread_local bool exempt = true;
-#else
-thread_local bool exempt = false;
-#endif
+thread_local bool exempt = kIntercepted;
 
 bool failsNow(Fault kind) {
     std::atomic<long>& left = countdown[static_cast<int>(kind)];
-    if (left.load(std::memory_order_relaxed) == 0 || isLogging() ||
+    if (left.load(std::memory_order_relaxed) == kDisarmed || isLogging() ||
         (exempt && kind == Fault::kAllocation)) {
         return false;
     }
@@ -56,10 +56,7 @@ bool failsNow(Fault kind) {
 
 template <typename Allocate>
 void* allocate(Allocate&& allocation) {
-    void* block = nullptr;
-    if (!failsNow(Fault::kAllocation)) {
-        block = allocation();
-    }
+    void* block = failsNow(Fault::kAllocation) ? nullptr : allocation();
     if (block == nullptr) {
         errno = ENOMEM;
     } else {
@@ -78,7 +75,7 @@ void armFault(Fault kind, long first, bool onward) {
 }
 
 bool disarmFault() {
-    countdown[0] = countdown[1] = 0;
+    countdown[0] = countdown[1] = kDisarmed;
     return hasFailed;
 }
 
@@ -136,14 +133,10 @@ int pthread_create(pthread_t* __restrict thread, const pthread_attr_t* __restric
     if (failsNow(Fault::kThread)) {
         return EAGAIN;
     }
-#ifdef SEGCORE_INTERCEPTED_ALLOCATOR
-    exempt = true;
+    exempt = kIntercepted;
     const int failure = create(thread, attributes, entry, argument);
     exempt = false;
     return failure;
-#else
-    return create(thread, attributes, entry, argument);
-#endif
 }
 
 }  // extern "C"
@@ -174,15 +167,9 @@ void operator delete(void* block) noexcept {
 void operator delete(void* block, std::size_t) noexcept {
     std::free(block);
 }
-void operator delete(void* block, const std::nothrow_t&) noexcept {
-    std::free(block);
-}
 void operator delete[](void* block) noexcept {
     std::free(block);
 }
 void operator delete[](void* block, std::size_t) noexcept {
-    std::free(block);
-}
-void operator delete[](void* block, const std::nothrow_t&) noexcept {
     std::free(block);
 }
