@@ -20,16 +20,15 @@ class MarkerStore : public testing::Test {
     }
     void TearDown() override { Store::dellocator(); }
 
-    std::vector<bool> held() const {
-        std::vector<bool> result;
+    void expect(const std::vector<bool>& held, std::size_t pointInts, bool flags, double noise) {
+        std::vector<bool> present;
         for (IplImage* const* image : images) {
-            result.push_back(*image != nullptr);
+            present.push_back(*image != nullptr);
         }
-        return result;
-    }
-    static void expectFlags(bool raised, double noise) {
-        EXPECT_EQ(Store::m_exitApp, raised);
-        EXPECT_EQ(Store::m_isHomogenous, raised);
+        EXPECT_EQ(present, held);
+        EXPECT_EQ(Store::currentStroke.m_points.size(), pointInts);
+        EXPECT_EQ(Store::m_exitApp, flags);
+        EXPECT_EQ(Store::m_isHomogenous, flags);
         EXPECT_EQ(Store::m_noiseLevel, noise);
         EXPECT_TRUE(Store::m_isGreyScale);  // no operation touches these two
         EXPECT_EQ(Store::currentStroke.m_strokeType, stroke::kBrushRemove);
@@ -46,25 +45,19 @@ TEST_F(MarkerStore, InitializerForgetsTheLabelsWithoutReleasingThem) {
     const ImagePtr labels(Store::m_labelImage);
     Store::allocator();
     Store::initializer();
-    EXPECT_EQ(held(), (std::vector<bool>{true, true, true, true, true, false}));
+    expect({true, true, true, true, true, false}, 4, false, 0.1);
     EXPECT_EQ(labels->width, 3);  // the address sanitizer sees a release
-    EXPECT_EQ(Store::currentStroke.m_points.size(), 4U);
-    expectFlags(false, 0.1);
 }
 
 TEST_F(MarkerStore, ResetKeepsThePhotographAndWhatWasComputedFromIt) {
     for (int times = 0; times < 2; ++times) {  // again on an empty store
         Store::resetMarkers();
-        EXPECT_EQ(held(), (std::vector<bool>{true, true, true, true, false, false}));
-        EXPECT_TRUE(Store::currentStroke.m_points.empty());
-        expectFlags(false, 0.1);
+        expect({true, true, true, true, false, false}, 0, false, 0.1);
     }
 }
 
 TEST_F(MarkerStore, DeallocatorReleasesEveryImageAndKeepsFlagsAndCapacity) {
     Store::dellocator();
-    EXPECT_EQ(held(), std::vector<bool>(6, false));
-    EXPECT_TRUE(Store::currentStroke.m_points.empty());
+    expect({false, false, false, false, false, false}, 0, true, 10.0);
     EXPECT_GE(Store::currentStroke.m_points.capacity(), 4U);
-    expectFlags(true, 10.0);
 }
