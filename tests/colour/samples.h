@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstring>
 #include <random>
 #include <vector>
 
@@ -31,17 +32,15 @@ inline void setComponent(VORNSEColorModel& model, int k, double weight, double m
     }
 }
 
-// Samples as the rows of doubles that the clustering takes.
-class SampleRows {
-  public:
-    explicit SampleRows(Samples samples) : m_samples(std::move(samples)) {
-        for (pixelVal& sample : m_samples) {
-            m_pointers.push_back(&sample.ch0);
-        }
-    }
-    double** pointers() { return m_pointers.data(); }
+inline bool sameBytes(const VORNSEColorModel& a, const VORNSEColorModel& b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
 
-  private:
-    Samples m_samples;
-    std::vector<double*> m_pointers;
-};
+// The rows of doubles that the clustering takes.
+inline std::vector<double*> rowsOf(Samples& samples) {
+    std::vector<double*> rows;
+    for (pixelVal& sample : samples) {
+        rows.push_back(&sample.ch0);
+    }
+    return rows;
+}

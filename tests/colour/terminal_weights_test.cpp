@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <opencv2/core/mat.hpp>
+#include <opencv2/core.hpp>
 
 #include "colour/model_init.h"
 #include "colour/samples.h"
@@ -25,12 +25,8 @@ class TerminalWeightsInBlocks : public testing::TestWithParam<int> {
             initModelWithKmeansVORN(randomSamples(random, 200, 60), *model);
             model->setInverseCovariance();
         }
-        for (int node = 0; node < kNodes; ++node) {
-            labels.data[node] = static_cast<std::uint8_t>(random() % 4);
-            for (int c = 0; c < 3; ++c) {
-                image.data[3 * node + c] = static_cast<std::uint8_t>(random() % 256);
-            }
-        }
+        cv::randu(image, 0, 256);
+        cv::randu(labels, 0, 4);
         graph.addNode(kNodes);
         clearLog();
     }

@@ -5,7 +5,7 @@
 #include <numeric>
 
 #include "history/marker.h"
-#include "support/image.h"
+#include "support/image_bytes.h"
 
 namespace {
 
@@ -21,12 +21,9 @@ Rows rowsOf(const std::vector<pixelVal>& samples) {
 
 // Bytes start, start + 1, ... in raster order.
 ImagePtr counting(int width, int height, int channels, int start) {
-    ImagePtr image = createImage(width, height, channels);
-    for (int y = 0; y < height; ++y, start += width * channels) {
-        std::iota(rowOf(image.get(), y), rowOf(image.get(), y) + width * channels,
-                  static_cast<std::uint8_t>(start));
-    }
-    return image;
+    Bytes bytes(static_cast<std::size_t>(width * height * channels));
+    std::iota(bytes.begin(), bytes.end(), static_cast<std::uint8_t>(start));
+    return imageOf(width, height, channels, bytes);
 }
 
 class TrainingData : public testing::Test {
@@ -35,12 +32,8 @@ class TrainingData : public testing::Test {
         VORNSEMarker::dellocator();
         VORNSEMarker::m_isGreyScale = false;
     }
-    void extract(const std::vector<std::uint8_t>& codes) {
-        const ImagePtr labels = createImage(4, 2, 1);
-        for (int y = 0; y < 2; ++y) {
-            std::copy_n(codes.begin() + 4 * y, 4, rowOf(labels.get(), y));
-        }
-        extractTrainingData(image.get(), labels.get(), foreground, background);
+    void extract(const Bytes& codes) {
+        extractTrainingData(image.get(), imageOf(4, 2, 1, codes).get(), foreground, background);
     }
 
     const ImagePtr image = counting(4, 2, 3, 0);
