@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
@@ -12,23 +14,21 @@
 #include "history/marker.h"
 #include "interface/engine_state.h"
 #include "interface/segmentation_core.h"
-#include "support/image.h"
+#include "support/image_bytes.h"
 #include "support/log_capture.h"
 
 // One string a row: '.' is 0, '#' is 255, a digit its value.
 using Rows = std::vector<std::string>;
+using Area = cv::Rect;
 
 inline ImagePtr imageOf(const Rows& rows) {
-    ImagePtr image =
-        createImage(static_cast<int>(rows[0].size()), static_cast<int>(rows.size()), 1);
-    for (int y = 0; y < image->height; ++y) {
-        for (int x = 0; x < image->width; ++x) {
-            const char c = rows[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)];
-            rowOf(image.get(), y)[x] =
-                static_cast<std::uint8_t>(c == '.' ? 0 : (c == '#' ? 255 : c - '0'));
-        }
+    Bytes bytes;
+    for (const std::string& row : rows) {
+        std::transform(row.begin(), row.end(), std::back_inserter(bytes), [](char c) {
+            return static_cast<std::uint8_t>(c == '.' ? 0 : (c == '#' ? 255 : c - '0'));
+        });
     }
-    return image;
+    return imageOf(static_cast<int>(rows[0].size()), static_cast<int>(rows.size()), 1, bytes);
 }
 
 inline Rows textOf(const IplImage* image) {
@@ -42,20 +42,19 @@ inline Rows textOf(const IplImage* image) {
     }
     return rows;
 }
+inline Rows textOf(const ImagePtr& image) {
+    return textOf(image.get());
+}
 
-struct Area {
-    int x;
-    int y;
-    int width;
-    int height;
-};
+inline void fill(const ImagePtr& image, const Area& area, int value) {
+    cv::cvarrToMat(image.get())(area) = value;
+}
 
 // A one-channel image of zeros with rectangles of a value in it.
 inline ImagePtr imageWith(int width, int height, const std::vector<Area>& areas, int value) {
-    ImagePtr image = createImage(width, height, 1);
-    cvSetZero(image.get());
+    ImagePtr image = imageOf(width, height, 1, Bytes(static_cast<std::size_t>(width * height)));
     for (const Area& area : areas) {
-        cv::cvarrToMat(image.get())(cv::Rect(area.x, area.y, area.width, area.height)) = value;
+        fill(image, area, value);
     }
     return image;
 }
@@ -107,6 +106,10 @@ class EngineTest : public testing::Test {
         pHybrid->m_cropWidth = region.width;
         pHybrid->m_cropHeight = region.height;
     }
+    static Area region() {
+        return {VORNSEMarker::m_xMinBBox, VORNSEMarker::m_yMinBBox, pHybrid->m_cropWidth,
+                pHybrid->m_cropHeight};
+    }
     static void setStroke(int type, std::vector<int> points) {
         VORNSEMarker::currentStroke.m_strokeType = type;
         VORNSEMarker::currentStroke.m_points = std::move(points);
@@ -117,15 +120,16 @@ class EngineTest : public testing::Test {
     }
 };
 
-// A model of one component with unit covariance: its density at x is weight * exp(-|x - mean|^2 /
-// 2).
+// A model of one component with unit covariance: its density at x is
+// weight * exp(-|x - (c0, c1, c2)|^2 / 2).
 inline VORNSEColorModel unitModel(double c0, double c1, double c2, double weight = 1.0) {
     VORNSEColorModel model;
     model.m_weight[0] = weight;
-    const double mean[kChannels] = {c0, c1, c2};
-    for (int i = 0; i < kChannels; ++i) {
-        model.m_mean[0][i] = mean[i];
-        model.m_covariance[0][4 * i] = 1.0;
+    model.m_mean[0][0] = c0;
+    model.m_mean[0][1] = c1;
+    model.m_mean[0][2] = c2;
+    for (const int i : {0, 4, 8}) {
+        model.m_covariance[0][i] = 1.0;
     }
     model.setDeterminant();
     model.setInverseCovariance();

@@ -42,17 +42,12 @@ TEST_F(LabelImageTest, BrushGrowsABandOfThirteenPixels) {
     startBlue(320, 240);
     for (const int type : {stroke::kBrushAdd, stroke::kBrushRemove}) {
         const int own = type == stroke::kBrushAdd ? 2 : 1;
-        const int band = type == stroke::kBrushAdd ? 4 : 3;
-        const ImagePtr markers = imageWith(320, 240, {{100, 90, 1, 1}}, own);
+        const Area point{100, 90, 1, 1};
         setStroke(type, {});
-        pHybrid->setLabelImage(markers.get());
-        for (int y = 0; y < 240; ++y) {
-            for (int x = 0; x < 320; ++x) {
-                const bool near = std::abs(x - 100) <= 13 && std::abs(y - 90) <= 13;
-                const int expected = x == 100 && y == 90 ? own : (near ? band : 1);
-                ASSERT_EQ(rowOf(VORNSEMarker::m_labelImage, y)[x], expected) << x << ' ' << y;
-            }
-        }
+        const ImagePtr expected = imageWith(320, 240, {{0, 0, 320, 240}}, 1);
+        fill(expected, {87, 77, 27, 27}, own + 2);
+        fill(expected, point, own);
+        EXPECT_EQ(labelsOf(imageWith(320, 240, {point}, own)), textOf(expected));
     }
 }
 
@@ -61,12 +56,11 @@ TEST_F(LabelImageTest, LabelsOfAReducedPhotographAreTheNearestMarks) {
     setStroke(stroke::kLoopAdd, {41, 161, 121, 161});  // (20, 80) to (60, 80)
     ImagePtr markers = imageWith(640, 480, {{40, 60, 1, 1}}, 2);
     rowOf(markers.get(), 61)[43] = 4;  // between the sampled pixels
-    pHybrid->setLabelImage(markers.get());
-    ASSERT_EQ(VORNSEMarker::m_labelImage->width, 320);
-    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 30)[20], 2);
-    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 30)[21], 1);
-    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 80)[45], 0);
-    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 83)[45], 1);
+    const Rows labels = labelsOf(markers);
+    ASSERT_EQ(labels[0].size(), 320U);
+    EXPECT_EQ(labels[30].substr(20, 2), "21");
+    EXPECT_EQ(labels[80][45], '.');
+    EXPECT_EQ(labels[83][45], '1');
 }
 
 TEST_F(LabelImageTest, StrokeIsFreedAsAThickClosedLine) {

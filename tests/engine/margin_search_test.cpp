@@ -12,27 +12,23 @@ class MarginSearchTest : public EngineTest {
     static constexpr int kHeight = 80;
 
     MarginSearchTest() {
-        fill({0, 0, kWidth, kHeight}, 100);
         fill({40, 12, 40, 56}, 200);
-        cv::cvarrToMat(m_labels.get())(cv::Rect(10, 10, 80, 60)) = label::kProbableObject;
+        ::fill(m_labels, {10, 10, 80, 60}, label::kProbableObject);
     }
-    void fill(const Area& area, int value) {
-        cv::cvarrToMat(m_grey.get())(cv::Rect(area.x, area.y, area.width, area.height)) = value;
-    }
+    void fill(const Area& area, int value) { ::fill(m_grey, area, value); }
     // The region left of the whole photograph.
-    cv::Rect kept(int strokeType = stroke::kLoopAdd) {
+    Area kept(int strokeType = stroke::kLoopAdd) {
         const IplImage* grey = m_grey.get();
         start(grey->width, grey->height, [=](int x, int y) { return greyWord(rowOf(grey, y)[x]); });
         setLabels(ImagePtr(cvCloneImage(m_labels.get())));
         setStroke(strokeType, {});
         setRegion({0, 0, grey->width, grey->height});
         pHybrid->preProcess();
-        return {VORNSEMarker::m_xMinBBox, VORNSEMarker::m_yMinBBox, pHybrid->m_cropWidth,
-                pHybrid->m_cropHeight};
+        return region();
     }
-    static cv::Rect from(int column) { return {column, 0, kWidth - column, kHeight}; }
+    static Area from(int column) { return {column, 0, kWidth - column, kHeight}; }
 
-    ImagePtr m_grey = createImage(kWidth, kHeight, 1);
+    ImagePtr m_grey = imageWith(kWidth, kHeight, {{0, 0, kWidth, kHeight}}, 100);
     ImagePtr m_labels = imageWith(kWidth, kHeight, {{0, 0, kWidth, kHeight}}, 1);
 };
 
@@ -50,9 +46,9 @@ TEST_F(MarginSearchTest, PlainMarginIsCutOffOnItsSide) {
         }
         return kept();
     };
-    EXPECT_EQ(turned(false, 1), cv::Rect(0, 0, 70, 80));   // right
-    EXPECT_EQ(turned(true, 1), cv::Rect(0, 0, 80, 70));    // bottom
-    EXPECT_EQ(turned(false, 0), cv::Rect(0, 30, 80, 70));  // top
+    EXPECT_EQ(turned(false, 1), Area(0, 0, 70, 80));   // right
+    EXPECT_EQ(turned(true, 1), Area(0, 0, 80, 70));    // bottom
+    EXPECT_EQ(turned(false, 0), Area(0, 30, 80, 70));  // top
 }
 
 TEST_F(MarginSearchTest, MarkedPixelEndsTheMargin) {
@@ -69,6 +65,9 @@ TEST_F(MarginSearchTest, ThinAndSoftThingsEndTheMargin) {
     fill({28, 40, 12, 1}, 160);
     EXPECT_EQ(kept(), from(19));
     fill({28, 40, 12, 1}, 100);
+    fill({28, kHeight - 1, 12, 1}, 160);  // 64 in the last patch of columns 27 and 28
+    EXPECT_EQ(kept(), from(19));
+    fill({28, kHeight - 1, 12, 1}, 100);
     for (int x = 20; x < 40; ++x) {
         fill({x, 30, 1, 20}, 100 + 2 * (x - 19));  // a slope: columns 24, 25 are 11 levels away
     }
@@ -105,7 +104,7 @@ TEST_F(MarginSearchTest, RegionWithoutInsideStays) {
         m_labels = imageWith(width, height, {{0, 0, width, height}}, 1);
         rowOf(m_grey.get(), height / 2)[width / 2] = 250;
         rowOf(m_labels.get(), height / 2)[width / 2] = label::kProbableObject;
-        EXPECT_EQ(kept(), cv::Rect(0, 0, width, height));
+        EXPECT_EQ(kept(), Area(0, 0, width, height));
     }
 }
 

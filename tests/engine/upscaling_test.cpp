@@ -12,19 +12,17 @@ class UpscalingTest : public EngineTest {
     // know both colours.
     VORNSEHybrid& startRectangle(const Area& bright) {
         VORNSEHybrid& engine = start(640, 480, [=](int x, int y) {
-            const bool lit = x >= bright.x && x < bright.x + bright.width && y >= bright.y &&
-                             y < bright.y + bright.height;
-            return lit ? 0x2040C8U : 0x204010U;
+            return bright.contains(cv::Point(x, y)) ? 0x2040C8U : 0x204010U;
         });
         engine.m_fgModel = unitModel(200.0, 64.0, 32.0);
         engine.m_bgModel = unitModel(16.0, 64.0, 32.0);
         engine.m_lambda = 1.0;
         return engine;
     }
-    static Rows upscaled(IplImage* mask) {
-        const ImagePtr result(pHybrid->intelligentUpscaling(mask));
+    static Rows upscaled(const ImagePtr& mask) {
+        const ImagePtr result(pHybrid->intelligentUpscaling(mask.get()));
         EXPECT_EQ(pHybrid->m_trimapGraph, nullptr);
-        return textOf(result.get());
+        return textOf(result);
     }
 };
 
@@ -32,11 +30,11 @@ TEST_F(UpscalingTest, MaskWithoutOutlineIsEnlarged) {
     startRectangle({200, 160, 40, 40});
     setLabels(imageWith(320, 240, {}, 0));
     const LogLine failed{6, "Error", "Failed: xmin:2147483647, xmax:-1, ymin:2147483647, ymax:-1"};
-    EXPECT_EQ(upscaled(imageWith(320, 240, {}, 0).get()), Rows(480, std::string(640, '.')));
+    EXPECT_EQ(upscaled(imageWith(320, 240, {}, 0)), Rows(480, std::string(640, '.')));
     EXPECT_EQ(takeLog(), Log{failed});
     // Full masks have none either: the image's border is not an outline.
-    const ImagePtr full = imageWith(320, 240, {{0, 0, 320, 240}}, 1);
-    EXPECT_EQ(upscaled(full.get()), Rows(480, std::string(640, '#')));
+    EXPECT_EQ(upscaled(imageWith(320, 240, {{0, 0, 320, 240}}, 1)),
+              Rows(480, std::string(640, '#')));
     EXPECT_EQ(takeLog(), Log{failed});
 }
 
@@ -46,8 +44,8 @@ TEST_F(UpscalingTest, OpenPixelsFollowThePhotograph) {
     VORNSEHybrid& engine = startRectangle({199, 160, 43, 40});
     const Area square{100, 80, 20, 20};
     setLabels(imageWith(320, 240, {square}, 4));
-    EXPECT_EQ(upscaled(imageWith(320, 240, {square}, 1).get()),
-              textOf(imageWith(640, 480, {{199, 160, 43, 40}}, 255).get()));
+    EXPECT_EQ(upscaled(imageWith(320, 240, {square}, 1)),
+              textOf(imageWith(640, 480, {{199, 160, 43, 40}}, 255)));
     // Three working pixels on each side: 97 .. 122 and 77 .. 102, doubled.
     EXPECT_EQ(takeLog(), (Log{{4, "Info", "Passed: xmin:194, xmax:245, ymin:154, ymax:205"},
                               {4, "Info", "m_boundWidthTrimap:52, m_boundHeightTrimap:52"}}));
@@ -60,14 +58,9 @@ TEST_F(UpscalingTest, BandGraphTiesItsRingsAndLinksByContrast) {
     engine.m_boundHeightTrimap = 2;
     engine.m_lambda = 13.512999534606934;
     engine.m_beta = 0.001;
-    const ImagePtr image = createImage(3, 2, 3);
-    cvSetZero(image.get());
-    const int values[2][3] = {{10, 20, 40}, {0, 50, 15}};
-    for (int y = 0; y < 2; ++y) {
-        for (int x = 0; x < 3; ++x) {
-            rowOf(image.get(), y)[3 * x + 1] = static_cast<std::uint8_t>(values[y][x]);
-        }
-    }
+    const ImagePtr image = imageOf(3, 2, 3,
+                                   {0, 10, 0, 0, 20, 0, 0, 40, 0,  //
+                                    0, 0, 0, 0, 50, 0, 0, 15, 0});
     engine.m_fgModel = unitModel(0.0, 13.0, 0.0);
     engine.m_bgModel = unitModel(0.0, 17.0, 0.0);
     ASSERT_EQ(engine.constructGraphTrimapVORN(image.get(), nullptr, imageOf({"127", "72."}).get(),

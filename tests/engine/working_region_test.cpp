@@ -5,25 +5,18 @@ namespace {
 
 class WorkingRegionTest : public EngineTest {
   protected:
-    static void expectRegion(const Area& expected) {
-        EXPECT_EQ(VORNSEMarker::m_xMinBBox, expected.x);
-        EXPECT_EQ(VORNSEMarker::m_yMinBBox, expected.y);
-        EXPECT_EQ(pHybrid->m_cropWidth, expected.width);
-        EXPECT_EQ(pHybrid->m_cropHeight, expected.height);
-    }
     // The box of a request on a 60 x 50 image with labels 4 and 3 apart from each other and a free
     // pixel beside them.
     void expectBox(int type, std::vector<int> points, const Area& expected, int areaTenth) {
         startBlue(60, 50);
         ImagePtr labels = imageWith(60, 50, {{0, 0, 60, 50}}, 1);
-        const cv::Mat codes = cv::cvarrToMat(labels.get());
-        codes(cv::Rect(20, 25, 14, 4)) = 4;
-        codes(cv::Rect(1, 2, 3, 1)) = 3;
-        codes(cv::Rect(15, 48, 1, 1)) = 0;
+        fill(labels, {20, 25, 14, 4}, 4);
+        fill(labels, {1, 2, 3, 1}, 3);
+        fill(labels, {15, 48, 1, 1}, 0);
         setLabels(std::move(labels));
         setStroke(type, std::move(points));
         pHybrid->computeBoundingBox();
-        expectRegion(expected);
+        EXPECT_EQ(region(), expected);
         EXPECT_EQ(pHybrid->m_boxAreaTenth, areaTenth);
     }
 };
@@ -48,28 +41,25 @@ TEST_F(WorkingRegionTest, NothingToChangeGivesTheCorner) {
     setLabels(imageWith(60, 50, {{0, 0, 60, 50}}, 1));
     setStroke(stroke::kLoopAdd, {});
     pHybrid->computeBoundingBox();
-    expectRegion({0, 0, 11, 11});
+    EXPECT_EQ(region(), Area(0, 0, 11, 11));
 }
 
 TEST_F(WorkingRegionTest, StrokeIsScaledToWorkingPixels) {
     startBlue(640, 480);
     setStroke(stroke::kLoopAdd, {101, 61, 201, 141});  // (50, 30) to (100, 70)
     pHybrid->computeBoundingBox();
-    expectRegion({40, 20, 71, 61});
+    EXPECT_EQ(region(), Area(40, 20, 71, 61));
     EXPECT_EQ(pHybrid->m_boxAreaTenth, 200);
 }
 
 class BlackBorderTest : public WorkingRegionTest {
   protected:
     // Narrows a region of a 12 x 10 image that is black outside `bright`; all labels are 4 before.
-    Rows narrow(const Area& bright, const Area& region) {
-        start(12, 10, [&](int x, int y) {
-            const bool lit = x >= bright.x && x < bright.x + bright.width && y >= bright.y &&
-                             y < bright.y + bright.height;
-            return lit ? 0x010000U : 0U;
-        });
+    Rows narrow(const Area& bright, const Area& before) {
+        start(12, 10,
+              [&](int x, int y) { return bright.contains(cv::Point(x, y)) ? 0x010000U : 0U; });
         setLabels(imageWith(12, 10, {{0, 0, 12, 10}}, 4));
-        setRegion(region);
+        setRegion(before);
         pHybrid->removeBlackRegion();
         return textOf(VORNSEMarker::m_labelImage);
     }
@@ -78,7 +68,7 @@ class BlackBorderTest : public WorkingRegionTest {
 
 TEST_F(BlackBorderTest, BarIsCutOffTogetherWithTheOutermostLines) {
     const Rows labels = narrow({0, 3, 12, 7}, {1, 1, 10, 8});
-    expectRegion({1, 3, 10, 6});
+    EXPECT_EQ(region(), Area(1, 3, 10, 6));
     const std::string cut = "411111111114";
     const std::string kept = "414444444414";
     const std::string outside = "444444444444";
@@ -87,9 +77,9 @@ TEST_F(BlackBorderTest, BarIsCutOffTogetherWithTheOutermostLines) {
 
 TEST_F(BlackBorderTest, NothingChangesWithoutBordersOrWithoutContent) {
     EXPECT_EQ(narrow({0, 0, 12, 10}, {0, 0, 12, 10}), m_untouched);
-    expectRegion({0, 0, 12, 10});
+    EXPECT_EQ(region(), Area(0, 0, 12, 10));
     EXPECT_EQ(narrow({0, 0, 2, 10}, {3, 2, 9, 8}), m_untouched);
-    expectRegion({3, 2, 9, 8});
+    EXPECT_EQ(region(), Area(3, 2, 9, 8));
 }
 
 }  // namespace
