@@ -126,21 +126,6 @@ TEST(EdgePath, TheFirstOfTwoEqualOffersStands) {
     EXPECT_EQ(parents[7], 3);
 }
 
-TEST(EdgePath, WeightsCombineLengthAndColour) {
-    Scene scene(4, 4, 1, 1);
-    scene.pixels.setTo(0);
-    scene.pixels(3, 2) = {6, 0, 3};
-    EXPECT_DOUBLE_EQ(find_weight(&scene.image, 0, 1, 3, 2, 0.5), std::sqrt(12.5));
-    scene.codes(3, 2) = label::kProbableObject;
-    scene.codes(2, 2) = label::kBackground;
-    Node_ node;
-    assign_index(node, 4, 4, 3, 2, 0.5);
-    assign_weight(&scene.image, &scene.labels, node, 3, 2, 0.5);
-    EXPECT_EQ(node.neighbours[3].weight, kPathUnreached);
-    EXPECT_DOUBLE_EQ(node.neighbours[1].weight, std::sqrt(8.0));
-    EXPECT_DOUBLE_EQ(node.neighbours[4].weight, std::sqrt(8.5));
-}
-
 TEST(EdgePath, BadRequestsGiveNoPath) {
     Scene scene(4, 4, 1, 1);
     Scene narrow(3, 4, 1, 1);
