@@ -67,14 +67,16 @@ TEST_P(Interrupt, EndsTheRunWithoutATrace) {
     const Workplace place(makeDiscScene(640, 480));
     const auto& [seconds, photo] = GetParam();
     // Two hundred boxes are many seconds' work, and standard input never delivers anything. The
-    // interrupt waits for the program to block the signal: bit 1 of the mask in hexadecimal.
+    // interrupt waits for the shell's child to have become the program, and for that to block the
+    // signal: bit 1 of the mask in hexadecimal.
     const Outcome outcome = place.run(
         std::string(
             "exec 3< <(exec sleep 60); for i in {1..200}; do b+=' --box 40,30,600,450'; done\n") +
         SEGCORE_RUNNER " " SEGCORE_PROGRAM " cut " + photo +
         " $b --mask old.png --dump-steps s <&3 & p=$!\n" +
-        "until grep -q 'SigBlk:.*[2367abef]$' /proc/$p/status; do :; done\n" + "sleep " + seconds +
-        "; kill -INT $p; wait $p");
+        "until [ \"$(</proc/$p/comm)\" != bash ] && grep -q 'SigBlk:.*[2367abef]$' "
+        "/proc/$p/status; do :; done\n" +
+        "sleep " + seconds + "; kill -INT $p; wait $p");
     EXPECT_EQ(outcome.code, 130);
     EXPECT_EQ(outcome.err, "segcore: interrupted, nothing was written\n");
     EXPECT_TRUE(place.isUntouched());
