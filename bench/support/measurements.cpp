@@ -35,6 +35,11 @@ std::string commit() {
     return name != nullptr ? name : "unknown";
 }
 
+// A field that may contain commas.
+auto quoted(const std::string& field) {
+    return std::quoted(field, '"', '"');
+}
+
 }  // namespace
 
 double percentile(std::vector<double> values, double share) {
@@ -45,15 +50,6 @@ double percentile(std::vector<double> values, double share) {
     const double rank = std::ceil(share * static_cast<double>(values.size()));
     return values[static_cast<std::size_t>(std::max(rank, 1.0)) - 1];
 }
-
-namespace {
-
-// A field that may contain commas.
-auto quoted(const std::string& field) {
-    return std::quoted(field, '"', '"');
-}
-
-}  // namespace
 
 ResultFile::ResultFile(const std::string& file, std::string program) {
     if (file.empty()) {

@@ -26,6 +26,15 @@ inline bool carriesFlow(float capacity) {
     return capacity != 0.0F && capacity != kNoEdge;
 }
 
+// Moves `amount` from `left` to `back`. Whether one of them did not carry flow before or does not
+// after.
+inline bool pushOne(float& left, float& back, float amount) {
+    const float before = back;
+    left -= amount;
+    back += amount;
+    return !carriesFlow(left) || !carriesFlow(before) || !carriesFlow(back);
+}
+
 #if defined(__SSE2__)
 // NOLINTBEGIN(portability-simd-intrinsics): the other branch is portable.
 
@@ -44,8 +53,7 @@ inline OpenEdges openEdges(const float* slots) {
             static_cast<unsigned>(_mm_movemask_ps(closed(back))) ^ 0xFU};
 }
 
-// Moves `amount` from `left` to `back` in kLanes places. A bit for each place where a capacity did
-// not carry flow before or does not after.
+// pushOne in kLanes places, a bit for each.
 inline unsigned push(float* left, float* back, float amount) {
     const __m128 amounts = _mm_set1_ps(amount);
     const __m128 rest = _mm_sub_ps(_mm_loadu_ps(left), amounts);
@@ -55,26 +63,6 @@ inline unsigned push(float* left, float* back, float amount) {
     _mm_storeu_ps(back, after);
     const __m128 changed = _mm_or_ps(closed(rest), _mm_or_ps(closed(before), closed(after)));
     return static_cast<unsigned>(_mm_movemask_ps(changed));
-}
-
-// The smallest of `count` capacities; infinite for none. What is not a number is passed over, as by
-// lowest = capacity < lowest ? capacity : lowest.
-inline float smallest(const float* capacities, int count) {
-    float lowest = std::numeric_limits<float>::infinity();
-    __m128 lanes = _mm_set1_ps(lowest);
-    int i = 0;
-    for (; i + kLanes <= count; i += kLanes) {
-        lanes = _mm_min_ps(_mm_loadu_ps(capacities + i), lanes);
-    }
-    for (; i < count; ++i) {
-        lowest = capacities[i] < lowest ? capacities[i] : lowest;
-    }
-    float ofLanes[kLanes];
-    _mm_storeu_ps(ofLanes, lanes);
-    for (const float lane : ofLanes) {
-        lowest = lane < lowest ? lane : lowest;
-    }
-    return lowest;
 }
 
 // NOLINTEND(portability-simd-intrinsics)
@@ -92,23 +80,35 @@ inline OpenEdges openEdges(const float* slots) {
 inline unsigned push(float* left, float* back, float amount) {
     unsigned changed = 0;
     for (int lane = 0; lane < kLanes; ++lane) {
-        const float before = back[lane];
-        left[lane] -= amount;
-        back[lane] += amount;
-        const bool open = carriesFlow(left[lane]) && carriesFlow(before) && carriesFlow(back[lane]);
-        changed |= (open ? 0U : 1U) << lane;
+        changed |= (pushOne(left[lane], back[lane], amount) ? 1U : 0U) << lane;
     }
     return changed;
 }
 
+#endif
+
+// The smallest of `count` capacities; infinite for none. What is not a number is passed over.
 inline float smallest(const float* capacities, int count) {
+    const auto smaller = [](float a, float b) { return a < b ? a : b; };
     float lowest = std::numeric_limits<float>::infinity();
-    for (int i = 0; i < count; ++i) {
-        lowest = capacities[i] < lowest ? capacities[i] : lowest;
+    int i = 0;
+#if defined(__SSE2__)
+    // NOLINTBEGIN(portability-simd-intrinsics): a start that the loop below can do without.
+    __m128 lanes = _mm_set1_ps(lowest);
+    for (; i + kLanes <= count; i += kLanes) {
+        lanes = _mm_min_ps(_mm_loadu_ps(capacities + i), lanes);
+    }
+    float ofLanes[kLanes];
+    _mm_storeu_ps(ofLanes, lanes);
+    for (const float lane : ofLanes) {
+        lowest = smaller(lane, lowest);
+    }
+    // NOLINTEND(portability-simd-intrinsics)
+#endif
+    for (; i < count; ++i) {
+        lowest = smaller(capacities[i], lowest);
     }
     return lowest;
 }
-
-#endif
 
 }  // namespace flow_lanes

@@ -41,9 +41,8 @@ class LaidPath {
         ++m_detourLength;
     }
 
-    // Puts the detour in the place of the steps `from` .. `to` - 1 and forgets the orphans. Every
-    // step counts as new, without capacities, in front of the part that was kept: the first
-    // `from` + detourLength() steps; the others keep theirs.
+    // Puts the detour in the place of the steps `from` .. `to` - 1 and forgets the orphans. The
+    // detour's steps have no capacities yet; all others keep theirs.
     void lay(int from, int to, int root) {
         const int shift = from + m_detourLength - to;
         const int length = m_length + shift;
@@ -87,12 +86,8 @@ class LaidPath {
             }
         }
         for (; step < m_length; ++step) {
-            float& leftover = m_left[static_cast<std::size_t>(step)];
-            float& returned = m_back[static_cast<std::size_t>(step)];
-            const bool open = flow_lanes::carriesFlow(returned);
-            leftover -= amount;
-            returned += amount;
-            if (!open || !flow_lanes::carriesFlow(leftover) || !flow_lanes::carriesFlow(returned)) {
+            if (flow_lanes::pushOne(m_left[static_cast<std::size_t>(step)],
+                                    m_back[static_cast<std::size_t>(step)], amount)) {
                 changed(step);
             }
         }

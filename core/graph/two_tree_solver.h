@@ -1,7 +1,7 @@
 // The search of max_flow.cpp on a denser store, for whole graphs: three bytes a node in tiles instead
 // of its record and its capacities in rows (and four where paths lie), and the paths of the last
-// augmentation kept as far as they hold. Queues, scans and roundings come in the same order, so the result is the same bit for
-// bit.
+// augmentation kept as far as they hold. Queues, scans and roundings come in the same order, so the
+// result is the same bit for bit.
 #pragma once
 
 #include <cstddef>

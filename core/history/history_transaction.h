@@ -21,7 +21,7 @@ class HistoryTransaction {
     int m_bottom;
     int m_current;
     int m_top;
-    // Column by column, kRun rows a word; empty when nothing reachable is overwritten.
+    // Column by column, 32 rows a word; empty when nothing reachable is overwritten.
     std::vector<std::uint32_t> m_slotBits;
     bool m_committed = false;
 };
