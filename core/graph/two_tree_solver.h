@@ -2,6 +2,10 @@
 // of its record and its capacities in rows (and four where paths lie), and the paths of the last
 // augmentation kept as far as they hold. Queues, scans and roundings come in the same order, so the
 // result is the same bit for bit.
+//
+// A cell is a node's number in the graph, row by row, which its capacities and its record go by;
+// everything else goes by the tiled number. Invariant: m_open tells of every edge inside the image
+// whether it carries flow, so that scans of neighbours do not read capacities.
 #pragma once
 
 #include <cstddef>
@@ -11,6 +15,7 @@
 
 #include "graph/graph.h"
 #include "graph/laid_path.h"
+#include "graph/node_state.h"
 #include "graph/tiled_grid.h"
 
 class TwoTreeSolver {
@@ -104,3 +109,24 @@ class TwoTreeSolver {
     LaidPath m_sinkPath;
     LaidPath m_sourcePath;
 };
+
+inline void TwoTreeSolver::activate(int node) {
+    std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
+    if ((state & node_state::kActive) == 0) {
+        state = static_cast<std::uint8_t>(state | node_state::kActive);
+        m_active.push(node);
+    }
+}
+
+inline void TwoTreeSolver::makeOrphan(int node) {
+    std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
+    if ((state & node_state::kOnPath) != 0) {
+        LaidPath& path =
+            (state & node_state::kTreeMask) == node_state::kInSink ? m_sinkPath : m_sourcePath;
+        path.orphaned(m_step[static_cast<std::size_t>(node)]);
+    }
+    if ((state & node_state::kParentMask) != node_state::kNoParent) {
+        state = static_cast<std::uint8_t>(state & ~node_state::kParentMask);
+        m_orphans.push(node);
+    }
+}
