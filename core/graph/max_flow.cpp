@@ -20,13 +20,12 @@
 
 #include "graph/graph.h"
 #include "graph/parallel_gc.h"
+#include "graph/time_limit.h"
 #include "graph/two_tree_solver.h"
 #include "history/marker.h"
-#include "support/timers.h"
 
 namespace {
 
-constexpr double kTimeLimitMs = 10000.0;
 constexpr int kUnreachable = std::numeric_limits<int>::max();
 
 // Number of edges from the far end of `slot` to the terminal of its tree, counting `slot`;
@@ -130,22 +129,6 @@ int growFrom(VORNSEGraph& graph, const nodes* node) {
     return kOutside;
 }
 
-// True when the run has to stop; a passed time limit becomes a cancel, so that the engine ends its
-// iterations too.
-bool mustStop() {
-    // A reading writes to the timer, which the block solver's threads share: each reads a copy.
-    CpuTimer copy{};
-    CpuTimer* timer = nullptr;
-    if (g_cancelTimer != nullptr) {
-        copy = *g_cancelTimer;
-        timer = &copy;
-    }
-    if (get_elapsed_time_in_millisec(timer) > kTimeLimitMs) {
-        VORNSEMarker::m_exitApp = true;
-    }
-    return VORNSEMarker::m_exitApp;
-}
-
 }  // namespace
 
 float VORNSEGraph::maxFlow() {
@@ -213,6 +196,7 @@ float VORNSEGraph::maxFlowSerialCall() {
 }
 
 float VORNSEGraph::searchRecords() {
+    TimeLimit limit;
     while (nodes* node = GetTopActiveQueueNode()) {
         node->nextActive = nullptr;
         for (;;) {
@@ -235,7 +219,7 @@ float VORNSEGraph::searchRecords() {
                 }
                 node->nextActive = nullptr;
             }
-            if (mustStop()) {
+            if (limit.mustStop()) {
                 return m_flow;
             }
             if (path == kOutside) {

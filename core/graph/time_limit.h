@@ -1,4 +1,4 @@
-// How long a search may take.
+// How long a search may take: the limit that both searches keep to.
 #pragma once
 
 #include "history/marker.h"
@@ -12,7 +12,7 @@ class TimeLimit {
             m_timer = *g_cancelTimer;
         }
         m_running = m_isSet && m_timer.m_stopped == 0;
-        m_passed = read();
+        m_passed = !m_running && read();
     }
 
     // True when the search has to stop; a passed limit becomes a cancel, so that the engine ends its
