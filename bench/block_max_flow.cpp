@@ -11,7 +11,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 #include <utility>
@@ -190,8 +189,7 @@ void run(const Options& options) {
 }  // namespace
 
 int main(int count, char** list) {
-    try {
-        Arguments arguments(count, list);
+    return runProgram(count, list, [](Arguments arguments) {
         Options options;
         options.photos = arguments.text("--photos", SEGCORE_BENCH_PHOTOS);
         options.megapixels = arguments.number("--megapixels", 0.0);
@@ -200,9 +198,5 @@ int main(int count, char** list) {
         options.csv = arguments.text("--csv", "");
         arguments.requireAllTaken();
         run(options);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return EXIT_FAILURE;
-    }
-    return EXIT_SUCCESS;
+    });
 }

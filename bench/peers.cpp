@@ -9,7 +9,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
@@ -240,8 +239,7 @@ void run(const Options& options) {
 }  // namespace
 
 int main(int count, char** list) {
-    try {
-        Arguments arguments(count, list);
+    return runProgram(count, list, [](Arguments arguments) {
         Options options;
         options.photo = arguments.text("--photo", SEGCORE_BENCH_PHOTO);
         options.photos = arguments.text("--photos", SEGCORE_BENCH_PHOTOS);
@@ -252,9 +250,5 @@ int main(int count, char** list) {
         options.csv = arguments.text("--csv", "");
         arguments.requireAllTaken();
         run(options);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return EXIT_FAILURE;
-    }
-    return EXIT_SUCCESS;
+    });
 }

@@ -8,7 +8,6 @@
 // --once makes a single doSegmentationBB and nothing else, for counting instructions.
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <map>
 #include <stdexcept>
 
@@ -123,8 +122,7 @@ void profile(const Options& options) {
 }  // namespace
 
 int main(int count, char** list) {
-    try {
-        Arguments arguments(count, list);
+    return runProgram(count, list, [](Arguments arguments) {
         Options options;
         options.photo = arguments.text("--photo", SEGCORE_BENCH_PHOTO);
         options.megapixels = arguments.number("--megapixels", 0.0);
@@ -134,9 +132,5 @@ int main(int count, char** list) {
         options.csv = arguments.text("--csv", "");
         arguments.requireAllTaken();
         profile(options);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return EXIT_FAILURE;
-    }
-    return EXIT_SUCCESS;
+    });
 }

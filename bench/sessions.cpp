@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <functional>
 #include <iostream>
@@ -231,16 +230,12 @@ Options optionsOf(Arguments arguments) {
 }  // namespace
 
 int main(int count, char** list) {
-    try {
-        const Options options = optionsOf(Arguments(count, list));
+    return runProgram(count, list, [](const Arguments& arguments) {
+        const Options options = optionsOf(arguments);
         if (options.kind.empty()) {
             measureAll(options);
         } else {
             measureKind(options);
         }
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return EXIT_FAILURE;
-    }
-    return EXIT_SUCCESS;
+    });
 }

@@ -1,6 +1,9 @@
 // Command lines of the form "--name value" and "--flag".
 #pragma once
 
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -19,3 +22,15 @@ class Arguments {
   private:
     std::vector<std::string> m_rest;
 };
+
+// A program's main: runs body(arguments) and returns its exit code, with one line for an exception.
+template <typename Body>
+int runProgram(int count, char** list, Body body) {
+    try {
+        body(Arguments(count, list));
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return EXIT_FAILURE;
+    }
+    return EXIT_SUCCESS;
+}
