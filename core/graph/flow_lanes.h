@@ -26,15 +26,6 @@ inline bool carriesFlow(float capacity) {
     return capacity != 0.0F && capacity != kNoEdge;
 }
 
-// Moves `amount` from `left` to `back`. Whether one of them did not carry flow before or does not
-// after.
-inline bool pushOne(float& left, float& back, float amount) {
-    const float before = back;
-    left -= amount;
-    back += amount;
-    return !carriesFlow(left) || !carriesFlow(before) || !carriesFlow(back);
-}
-
 #if defined(__SSE2__)
 // NOLINTBEGIN(portability-simd-intrinsics): the other branch is portable.
 
@@ -53,7 +44,8 @@ inline OpenEdges openEdges(const float* slots) {
             static_cast<unsigned>(_mm_movemask_ps(closed(back))) ^ 0xFU};
 }
 
-// pushOne in kLanes places, a bit for each.
+// Moves `amount` from `left` to `back` in kLanes places; a bit for each where one of the two did not
+// carry flow before or does not after.
 inline unsigned push(float* left, float* back, float amount) {
     const __m128 amounts = _mm_set1_ps(amount);
     const __m128 rest = _mm_sub_ps(_mm_loadu_ps(left), amounts);
@@ -80,7 +72,12 @@ inline OpenEdges openEdges(const float* slots) {
 inline unsigned push(float* left, float* back, float amount) {
     unsigned changed = 0;
     for (int lane = 0; lane < kLanes; ++lane) {
-        changed |= (pushOne(left[lane], back[lane], amount) ? 1U : 0U) << lane;
+        const float before = back[lane];
+        left[lane] -= amount;
+        back[lane] += amount;
+        const bool closed =
+            !carriesFlow(left[lane]) || !carriesFlow(before) || !carriesFlow(back[lane]);
+        changed |= (closed ? 1U : 0U) << lane;
     }
     return changed;
 }
@@ -89,24 +86,24 @@ inline unsigned push(float* left, float* back, float amount) {
 
 // The smallest of `count` capacities; infinite for none. What is not a number is passed over.
 inline float smallest(const float* capacities, int count) {
-    const auto smaller = [](float a, float b) { return a < b ? a : b; };
     float lowest = std::numeric_limits<float>::infinity();
-    int i = 0;
 #if defined(__SSE2__)
-    // NOLINTBEGIN(portability-simd-intrinsics): a start that the loop below can do without.
-    __m128 lanes = _mm_set1_ps(lowest);
-    for (; i + kLanes <= count; i += kLanes) {
-        lanes = _mm_min_ps(_mm_loadu_ps(capacities + i), lanes);
+    if (count >= kLanes) {
+        // NOLINTBEGIN(portability-simd-intrinsics): the loop below would do too.
+        __m128 lanes = _mm_set1_ps(lowest);
+        for (int i = 0; i + kLanes < count; i += kLanes) {
+            lanes = _mm_min_ps(_mm_loadu_ps(capacities + i), lanes);
+        }
+        // The last ones may have been looked at before.
+        lanes = _mm_min_ps(_mm_loadu_ps(capacities + count - kLanes), lanes);
+        lanes = _mm_min_ps(lanes, _mm_movehl_ps(lanes, lanes));
+        lanes = _mm_min_ps(lanes, _mm_shuffle_ps(lanes, lanes, 1));
+        return _mm_cvtss_f32(lanes);
+        // NOLINTEND(portability-simd-intrinsics)
     }
-    float ofLanes[kLanes];
-    _mm_storeu_ps(ofLanes, lanes);
-    for (const float lane : ofLanes) {
-        lowest = smaller(lane, lowest);
-    }
-    // NOLINTEND(portability-simd-intrinsics)
 #endif
-    for (; i < count; ++i) {
-        lowest = smaller(capacities[i], lowest);
+    for (int i = 0; i < count; ++i) {
+        lowest = capacities[i] < lowest ? capacities[i] : lowest;
     }
     return lowest;
 }

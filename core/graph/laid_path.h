@@ -3,6 +3,9 @@
 // lies before the first orphan serves the next augmentation from the same end, and what lies after
 // the last one serves every walk that comes upon it. While a step is laid, its capacities are here
 // and not in the graph.
+//
+// The steps lie in the middle of their arrays, with room before and after: when a detour is longer or
+// shorter than what it replaces, only the shorter part of the rest moves.
 #pragma once
 
 #include <algorithm>
@@ -13,20 +16,28 @@
 
 class LaidPath {
   public:
-    // Steps 0 .. length() - 1 lead from node(0) to the root, node(length()).
-    int length() const { return m_length; }
+    // A node by its tiled number and its number in the graph.
+    struct Place {
+        int node;
+        int cell;
+    };
+
+    // Steps begin() .. end() - 1 lead from node(begin()) to the root, node(end()).
+    int begin() const { return m_begin; }
+    int end() const { return m_end; }
+    Place root() const { return {node(m_end), m_rootCell}; }
     int node(int step) const { return m_nodes[static_cast<std::size_t>(step)]; }
     // The edge of a step in the direction of the flow, and its capacities there and back.
     int slot(int step) const { return m_slots[static_cast<std::size_t>(step)]; }
     float left(int step) const { return m_left[static_cast<std::size_t>(step)]; }
     float back(int step) const { return m_back[static_cast<std::size_t>(step)]; }
 
-    // Number of steps that a walk from `start` can keep.
-    int keptFrom(int start) const { return m_nodes[0] == start ? m_firstOrphan : 0; }
+    // The step up to which a walk from `start` can keep the path.
+    int keptFrom(int start) const { return node(m_begin) == start ? m_firstOrphan : m_begin; }
 
     // Whether a walk that comes upon `node`, said to be at `step`, can follow the path from there.
     bool joinsAt(int step, int node) const {
-        return step > m_lastOrphan && step < m_length &&
+        return step > m_lastOrphan && step >= m_begin && step < m_end &&
                m_nodes[static_cast<std::size_t>(step)] == node;
     }
 
@@ -35,34 +46,53 @@ class LaidPath {
     void addToDetour(int node, int slot) {
         const auto step = static_cast<std::size_t>(m_detourLength);
         if (step == m_detour.size()) {
-            m_detour.resize(std::max(2 * m_detour.size(), kFirstCapacity));
+            m_detour.resize(2 * step + kFirstRoom);
         }
         m_detour[step] = {node, slot};
         ++m_detourLength;
     }
 
-    // Puts the detour in the place of the steps `from` .. `to` - 1 and forgets the orphans. The
-    // detour's steps have no capacities yet; all others keep theirs.
-    void lay(int from, int to, int root) {
-        const int shift = from + m_detourLength - to;
-        const int length = m_length + shift;
-        reserve(static_cast<std::size_t>(length));
-        if (shift != 0) {
-            move(m_nodes, to, shift);
-            move(m_slots, to, shift);
-            move(m_left, to, shift);
-            move(m_back, to, shift);
+    struct Steps {
+        int first;
+        int last;  // one past
+    };
+    struct Laid {
+        Steps detour;  // they have no capacities yet, all others keep theirs
+        Steps placed;  // with those that moved
+    };
+
+    // Puts the detour in the place of the steps `from` .. `to` - 1 and forgets the orphans.
+    Laid lay(int from, int to, Place root) {
+        const int shift = makeRoom();
+        from += shift;
+        to += shift;
+        const int longer = m_detourLength - (to - from);
+        Laid laid{};
+        if (from - m_begin <= m_end - to) {
+            move(m_begin, from, -longer);
+            m_begin -= longer;
+            laid.detour = {to - m_detourLength, to};
+            laid.placed = {longer == 0 ? laid.detour.first : m_begin, to};
+        } else {
+            move(to, m_end, longer);
+            m_end += longer;
+            laid.detour = {from, from + m_detourLength};
+            laid.placed = {from, longer == 0 ? laid.detour.last : m_end};
         }
         for (int i = 0; i < m_detourLength; ++i) {
             const Edge& edge = m_detour[static_cast<std::size_t>(i)];
-            m_nodes[static_cast<std::size_t>(from + i)] = edge.node;
-            m_slots[static_cast<std::size_t>(from + i)] = edge.slot;
+            m_nodes[static_cast<std::size_t>(laid.detour.first + i)] = edge.node;
+            m_slots[static_cast<std::size_t>(laid.detour.first + i)] = edge.slot;
         }
-        m_length = length;
-        m_nodes[static_cast<std::size_t>(m_length)] = root;
+        m_nodes[static_cast<std::size_t>(m_end)] = root.node;
+        m_rootCell = root.cell;
+        if (shift != 0) {
+            laid.placed = {m_begin, m_end};
+        }
         m_detourLength = 0;
-        m_firstOrphan = m_length;
+        m_firstOrphan = m_end;
         m_lastOrphan = kNoStep;
+        return laid;
     }
     void setCapacities(int step, float left, float back) {
         m_left[static_cast<std::size_t>(step)] = left;
@@ -70,73 +100,92 @@ class LaidPath {
     }
 
     // The smallest capacity on the way; infinite on a path without steps.
-    float smallest() const { return flow_lanes::smallest(m_left.data(), m_length); }
+    float smallest() const {
+        return flow_lanes::smallest(m_left.data() + m_begin, m_end - m_begin);
+    }
 
     // Pushes flow along the path; `changed(step)` in order for each step where a capacity did not
     // carry flow before or does not after.
     template <typename Changed>
     void push(float amount, Changed changed) {
         using flow_lanes::kLanes;
-        int step = 0;
-        for (; step + kLanes <= m_length; step += kLanes) {
+        for (int step = m_begin; step < m_end; step += kLanes) {
             unsigned lanes = flow_lanes::push(&m_left[static_cast<std::size_t>(step)],
                                               &m_back[static_cast<std::size_t>(step)], amount);
+            if (m_end - step < kLanes) {
+                lanes &= (1U << (m_end - step)) - 1;
+            }
             for (; lanes != 0; lanes &= lanes - 1) {
                 changed(step + __builtin_ctz(lanes));
             }
         }
-        for (; step < m_length; ++step) {
-            if (flow_lanes::pushOne(m_left[static_cast<std::size_t>(step)],
-                                    m_back[static_cast<std::size_t>(step)], amount)) {
-                changed(step);
-            }
-        }
     }
 
-    // The node of this step, or the root at length(), has lost its parent.
+    // The node of this step, or the root at end(), has lost its parent.
     void orphaned(int step) {
         m_firstOrphan = std::min(m_firstOrphan, step);
         m_lastOrphan = std::max(m_lastOrphan, step);
     }
-    // The range of the steps orphaned since the path was laid; length() and -1 without any.
+    // The range of the steps orphaned since the path was laid; end() and -1 without any.
     int firstOrphan() const { return m_firstOrphan; }
     int lastOrphan() const { return m_lastOrphan; }
 
   private:
     static constexpr int kNoStep = -1;
     static constexpr int kNobody = -1;
-    static constexpr std::size_t kFirstCapacity = 1024;
+    static constexpr int kFirstRoom = 1024;
 
     struct Edge {
         int node;
         int slot;
     };
 
-    void reserve(std::size_t length) {
-        if (length > m_slots.size()) {
-            const std::size_t capacity = std::max({length, 2 * m_slots.size(), kFirstCapacity});
-            m_nodes.resize(capacity + 1);
-            m_slots.resize(capacity);
-            m_left.resize(capacity);
-            m_back.resize(capacity);
+    // Moves everything to where the detour has room on either side; by how much.
+    int makeRoom() {
+        const auto size = static_cast<int>(m_slots.size());
+        if (m_begin >= m_detourLength && m_end + m_detourLength + flow_lanes::kLanes <= size) {
+            return 0;
+        }
+        const int length = m_end - m_begin;
+        const int begin = 2 * (length + m_detourLength) + kFirstRoom;
+        moveTo(begin, m_nodes);
+        moveTo(begin, m_slots);
+        moveTo(begin, m_left);
+        moveTo(begin, m_back);
+        const int shift = begin - m_begin;
+        m_begin += shift;
+        m_end += shift;
+        return shift;
+    }
+    template <typename T>
+    void moveTo(int begin, std::vector<T>& steps) const {
+        std::vector<T> moved(static_cast<std::size_t>(2 * begin));
+        std::copy(steps.begin() + m_begin, steps.begin() + m_end, moved.begin() + begin);
+        steps.swap(moved);
+    }
+
+    void move(int first, int last, int shift) {
+        if (shift != 0 && first != last) {
+            moveOf(m_nodes, first, last, shift);
+            moveOf(m_slots, first, last, shift);
+            moveOf(m_left, first, last, shift);
+            moveOf(m_back, first, last, shift);
         }
     }
-
-    // Moves the steps from `first` on by `shift` places.
     template <typename T>
-    void move(std::vector<T>& steps, int first, int shift) {
+    static void moveOf(std::vector<T>& steps, int first, int last, int shift) {
         T* const source = steps.data() + first;
-        std::memmove(source + shift, source,
-                     static_cast<std::size_t>(m_length - first) * sizeof(T));
+        std::memmove(source + shift, source, static_cast<std::size_t>(last - first) * sizeof(T));
     }
 
-    // As long as the longest path so far.
     std::vector<int> m_nodes = {kNobody};
     std::vector<int> m_slots;
     std::vector<float> m_left;
     std::vector<float> m_back;
     std::vector<Edge> m_detour;
-    int m_length = 0;
+    int m_begin = 0;
+    int m_end = 0;
+    int m_rootCell = 0;
     int m_detourLength = 0;
     int m_firstOrphan = 0;
     int m_lastOrphan = kNoStep;

@@ -31,13 +31,14 @@ void TwoTreeSolver::openOrClose(int node, int neighbour, int direction, float th
 
 // Pushes what the path through the edge from `sourceEnd` in `direction` to `sinkEnd` can carry.
 void TwoTreeSolver::augment(int sourceEnd, int sinkEnd, int direction) {
-    const int slot = kSlotsPerNode * m_grid.rowMajor(sourceEnd) + m_slotOffset[direction];
+    const int sourceCell = m_grid.rowMajor(sourceEnd);
+    const int slot = kSlotsPerNode * sourceCell + m_slotOffset[direction];
     prefetch(m_caps + slot);
-    walkToRoots(sourceEnd, sinkEnd);
-    const int sinkRoot = m_sinkPath.node(m_sinkPath.length());
-    const int sourceRoot = m_sourcePath.node(m_sourcePath.length());
-    float& sinkResidual = m_records[m_grid.rowMajor(sinkRoot)].residualTerminalCap;
-    float& sourceResidual = m_records[m_grid.rowMajor(sourceRoot)].residualTerminalCap;
+    walkToRoots({sourceEnd, sourceCell}, {sinkEnd, sourceCell + m_cellOffset[direction]});
+    const LaidPath::Place sinkRoot = m_sinkPath.root();
+    const LaidPath::Place sourceRoot = m_sourcePath.root();
+    float& sinkResidual = m_records[sinkRoot.cell].residualTerminalCap;
+    float& sourceResidual = m_records[sourceRoot.cell].residualTerminalCap;
     float bottleneck = m_caps[slot];
     for (const float room :
          {m_sinkPath.smallest(), -sinkResidual, m_sourcePath.smallest(), sourceResidual}) {
@@ -50,14 +51,14 @@ void TwoTreeSolver::augment(int sourceEnd, int sinkEnd, int direction) {
     pushFlow<kInSink>(m_sinkPath, bottleneck);
     sinkResidual += bottleneck;
     if (sinkResidual == 0.0F) {
-        makeOrphan(sinkRoot);
-        m_sinkPath.orphaned(m_sinkPath.length());
+        makeOrphan(sinkRoot.node);
+        m_sinkPath.orphaned(m_sinkPath.end());
     }
     pushFlow<kInSource>(m_sourcePath, bottleneck);
     sourceResidual -= bottleneck;
     if (sourceResidual == 0.0F) {
-        makeOrphan(sourceRoot);
-        m_sourcePath.orphaned(m_sourcePath.length());
+        makeOrphan(sourceRoot.node);
+        m_sourcePath.orphaned(m_sourcePath.end());
     }
     m_graph.m_flow += bottleneck;
 }
@@ -68,19 +69,20 @@ void TwoTreeSolver::augment(int sourceEnd, int sinkEnd, int direction) {
 template <int kTree>
 class TwoTreeSolver::Walk {
   public:
-    Walk(TwoTreeSolver& solver, LaidPath& path, int start)
+    Walk(TwoTreeSolver& solver, LaidPath& path, LaidPath::Place start)
         : m_solver(solver),
           m_path(path),
-          m_kept(path.keptFrom(start)),
-          m_joined(path.length()),
-          m_node(m_kept > 0 ? path.node(m_kept) : start),
-          m_cell(solver.m_grid.rowMajor(m_node)) {}
+          m_kept(path.keptFrom(start.node)),
+          m_joined(path.end()),
+          m_node(m_kept > path.begin() ? path.node(m_kept) : start.node),
+          m_cell(m_node == start.node ? start.cell : solver.m_grid.rowMajor(m_node)) {}
 
     // One step; false at the root or back on the path.
     bool step() {
         const std::uint8_t state = m_solver.m_state[static_cast<std::size_t>(m_node)];
         const int code = state & kParentMask;
         if (code == kTerminalParent) {
+            prefetch(&m_solver.m_records[m_cell].residualTerminalCap);
             return false;
         }
         if ((state & kOnPath) != 0) {
@@ -104,21 +106,18 @@ class TwoTreeSolver::Walk {
     void leave() const { m_solver.takeOff(m_path, m_kept, m_joined); }
 
     void lay() {
-        const bool joins = m_joined < m_path.length();
-        const int detourEnd = m_kept + m_path.detourLength();
-        m_path.lay(m_kept, m_joined, joins ? m_path.node(m_path.length()) : m_node);
+        const bool joins = m_joined < m_path.end();
+        const LaidPath::Laid laid =
+            m_path.lay(m_kept, m_joined, joins ? m_path.root() : LaidPath::Place{m_node, m_cell});
         const float* const caps = m_solver.m_caps;
-        for (int step = m_kept; step < detourEnd; ++step) {
+        for (int step = laid.detour.first; step < laid.detour.last; ++step) {
             const int slot = m_path.slot(step);
             m_path.setCapacities(step, caps[slot], caps[slot ^ 1]);
-            const auto node = static_cast<std::size_t>(m_path.node(step));
-            m_solver.m_state[node] = static_cast<std::uint8_t>(m_solver.m_state[node] | kOnPath);
-            m_solver.m_step[node] = step;
+            std::uint8_t& state = m_solver.m_state[static_cast<std::size_t>(m_path.node(step))];
+            state = static_cast<std::uint8_t>(state | kOnPath);
         }
-        if (detourEnd != m_joined) {
-            for (int step = detourEnd; step < m_path.length(); ++step) {
-                m_solver.m_step[static_cast<std::size_t>(m_path.node(step))] = step;
-            }
+        for (int step = laid.placed.first; step < laid.placed.last; ++step) {
+            m_solver.m_step[static_cast<std::size_t>(m_path.node(step))] = step;
         }
     }
 
@@ -133,7 +132,7 @@ class TwoTreeSolver::Walk {
 
 // The walks wait for memory rather than for each other, so they go side by side. Both leave what they
 // replace before either is laid: a node may go from one path to the other.
-void TwoTreeSolver::walkToRoots(int sourceEnd, int sinkEnd) {
+void TwoTreeSolver::walkToRoots(LaidPath::Place sourceEnd, LaidPath::Place sinkEnd) {
     Walk<kInSource> source(*this, m_sourcePath, sourceEnd);
     Walk<kInSink> sink(*this, m_sinkPath, sinkEnd);
     bool sourceGoesOn = true;

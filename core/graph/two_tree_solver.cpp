@@ -7,6 +7,7 @@
 
 #include <limits>
 
+#include "graph/neighbour_states.h"
 #include "graph/time_limit.h"
 #include "history/marker.h"
 
@@ -33,8 +34,8 @@ void TwoTreeSolver::run() {
             stopped = limit.mustStop();
         }
     }
-    takeOff(m_sourcePath, 0, m_sourcePath.length());
-    takeOff(m_sinkPath, 0, m_sinkPath.length());
+    takeOff(m_sourcePath, m_sourcePath.begin(), m_sourcePath.end());
+    takeOff(m_sinkPath, m_sinkPath.begin(), m_sinkPath.end());
     exportRecords();
 }
 
@@ -45,29 +46,35 @@ bool TwoTreeSolver::growOrAugment(int node) {
     std::uint8_t* const states = m_state.get();
     const Directions open = m_open[static_cast<std::size_t>(node)];
     const int* const steps = m_grid.steps(node);
-    for (unsigned left = kTree == kInSource ? open.out : open.in; left != 0; left &= left - 1) {
+    const unsigned usable = kTree == kInSource ? open.out : open.in;
+    const NeighbourStates near(states, node, steps);
+    constexpr int kOtherTree = kTree == kInSource ? kInSink : kInSource;
+    const unsigned meeting = usable & near.inTree(kOtherTree);
+    const unsigned beforeMeeting = (meeting & -meeting) - 1;
+    for (unsigned left = usable & near.inTree(kInNoTree) & beforeMeeting; left != 0;
+         left &= left - 1) {
         const int direction = __builtin_ctz(left);
         const int neighbour = node + steps[direction];
-        const std::uint8_t state = states[neighbour];
-        if ((state & kTreeMask) == 0) {
-            states[neighbour] = static_cast<std::uint8_t>((state & kActive) | kTree |
-                                                          parentCode(opposite(direction)));
-            activate(neighbour);
-        } else if ((state & kTreeMask) != kTree) {
-            // Marked active, the node is not queued while its orphans are adopted: it is scanned
-            // again right after.
-            states[node] = static_cast<std::uint8_t>(states[node] | kActive);
-            if (kTree == kInSource) {
-                augment(node, neighbour, direction);
-            } else {
-                augment(neighbour, node, opposite(direction));
-            }
-            adoptOrphans();
-            states[node] = static_cast<std::uint8_t>(states[node] & ~kActive);
-            return true;
-        }
+        states[neighbour] = static_cast<std::uint8_t>((states[neighbour] & kActive) | kTree |
+                                                      parentCode(opposite(direction)));
+        activate(neighbour);
     }
-    return false;
+    if (meeting == 0) {
+        return false;
+    }
+    // Marked active, the node is not queued while its orphans are adopted: it is scanned again right
+    // after.
+    const int direction = __builtin_ctz(meeting);
+    const int neighbour = node + steps[direction];
+    states[node] = static_cast<std::uint8_t>(states[node] | kActive);
+    if (kTree == kInSource) {
+        augment(node, neighbour, direction);
+    } else {
+        augment(neighbour, node, opposite(direction));
+    }
+    adoptOrphans();
+    states[node] = static_cast<std::uint8_t>(states[node] & ~kActive);
+    return true;
 }
 
 void TwoTreeSolver::adoptOrphans() {
@@ -87,18 +94,17 @@ void TwoTreeSolver::adopt(int node) {
     const Directions open = m_open[static_cast<std::size_t>(node)];
     const unsigned usable = kTree == kInSource ? open.in : open.out;
     const int* const steps = m_grid.steps(node);
+    const NeighbourStates near(states, node, steps);
+    const unsigned relatives = near.inTree(kTree) & near.withParent();
+    const unsigned children = relatives & near.children();
     int bestDirection = -1;
     int bestDistance = kUnreachable;
-    for (unsigned left = usable; left != 0; left &= left - 1) {
+    for (unsigned left = usable & relatives & ~children; left != 0; left &= left - 1) {
         const int direction = __builtin_ctz(left);
-        const int neighbour = node + steps[direction];
-        if ((states[neighbour] & kTreeMask) == kTree &&
-            (states[neighbour] & kParentMask) != kNoParent) {
-            const int candidate = distance<kTree>(neighbour, bestDistance);
-            if (candidate < bestDistance) {
-                bestDistance = candidate;
-                bestDirection = direction;
-            }
+        const int candidate = distance<kTree>(node + steps[direction], bestDistance);
+        if (candidate < bestDistance) {
+            bestDistance = candidate;
+            bestDirection = direction;
         }
     }
     if (bestDirection >= 0) {
@@ -107,19 +113,11 @@ void TwoTreeSolver::adopt(int node) {
     }
 
     states[node] = static_cast<std::uint8_t>(states[node] & kActive);
-    for (int direction = 0; direction < kSlotsPerNode; ++direction) {
-        const int neighbour = node + steps[direction];
-        const std::uint8_t state = states[neighbour];
-        const int code = state & kParentMask;
-        if ((state & kTreeMask) != kTree || code == kNoParent) {
-            continue;
-        }
-        if ((usable >> direction & 1U) != 0) {
-            activate(neighbour);
-        }
-        if (code == parentCode(opposite(direction))) {
-            makeOrphan(neighbour);
-        }
+    for (unsigned left = usable & relatives; left != 0; left &= left - 1) {
+        activate(node + steps[__builtin_ctz(left)]);
+    }
+    for (unsigned left = children; left != 0; left &= left - 1) {
+        makeOrphan(node + steps[__builtin_ctz(left)]);
     }
 }
 
@@ -130,25 +128,27 @@ int TwoTreeSolver::distance(int node, int limit) const {
     const LaidPath& path = kTree == kInSink ? m_sinkPath : m_sourcePath;
     for (int total = 1; total < limit; ++total) {
         const std::uint8_t state = m_state[static_cast<std::size_t>(node)];
-        if ((state & kOnPath) != 0) {
-            const int step = m_step[static_cast<std::size_t>(node)];
-            if (step > path.lastOrphan()) {
-                return total + path.length() - step;
+        const bool simpleStep = (state & (kOnPath | kFirstDirection)) == kFirstDirection;
+        if (!simpleStep) {
+            if ((state & kOnPath) != 0) {
+                const int step = m_step[static_cast<std::size_t>(node)];
+                if (step > path.lastOrphan()) {
+                    return total + path.end() - step;
+                }
+                if (step < path.firstOrphan()) {
+                    total += path.firstOrphan() - step - 1;
+                    node = path.node(path.firstOrphan());
+                    continue;
+                }
             }
-            if (step < path.firstOrphan()) {
-                total += path.firstOrphan() - step - 1;
-                node = path.node(path.firstOrphan());
-                continue;
+            if ((state & kParentMask) == kTerminalParent) {
+                return total;
+            }
+            if ((state & kParentMask) == kNoParent) {
+                return kUnreachable;
             }
         }
-        const int code = state & kParentMask;
-        if (code == kTerminalParent) {
-            return total;
-        }
-        if (code == kNoParent) {
-            return kUnreachable;
-        }
-        node += m_grid.steps(node)[code - kFirstDirection];
+        node += m_grid.steps(node)[state & (kSlotsPerNode - 1)];
     }
     return kUnreachable;
 }

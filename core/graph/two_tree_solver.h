@@ -80,7 +80,7 @@ class TwoTreeSolver {
     void augment(int sourceEnd, int sinkEnd, int direction);
     template <int kTree>
     class Walk;
-    void walkToRoots(int sourceEnd, int sinkEnd);
+    void walkToRoots(LaidPath::Place sourceEnd, LaidPath::Place sinkEnd);
     void takeOff(const LaidPath& path, int from, int to);
     template <int kTree>
     void pushFlow(LaidPath& path, float amount);
