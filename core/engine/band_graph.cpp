@@ -12,6 +12,7 @@
 #include "graph/graph.h"
 #include "history/marker.h"
 #include "support/image.h"
+#include "support/in_parts.h"
 
 namespace {
 
@@ -78,28 +79,13 @@ void addNodes(VORNSEGraph& graph, WeightsOf& weightsOf, const IplImage* image,
     }
 }
 
-}  // namespace
-
-int VORNSEHybrid::constructGraphTrimapVORN(IplImage* image, IplImage* /*texA*/, IplImage* trimap,
-                                           IplImage* texHor, IplImage* texVer) {
-    const int width = m_boundWidthTrimap;
-    const int height = m_boundHeightTrimap;
-    const int pixels = width * height;
-    m_trimapGraph = new VORNSEGraph(pixels, pixels * kSlotsPerNode, width, height, 0);
-    VORNSEGraph& graph = *m_trimapGraph;
-    if (graph.m_nodes == nullptr || graph.m_edgeCaps == nullptr) {
-        return kGraphFailed;
-    }
-    graph.reset();
-    TerminalWeightCache weightsOf(m_fgModel, m_bgModel, modelWeights);
-    addNodes(graph, weightsOf, image, trimap, texHor, texVer);
-
-    const ContrastTable table(m_beta, "constructGraphTrimapVORN", kTableLine, kTableFreeLine);
-    if (!table.valid()) {
-        return kGraphFailed;
-    }
-    const auto straight = static_cast<float>(m_lambda);
-    const auto diagonal = static_cast<float>(m_lambda * kDiagonal);
+// Adds the band's neighbour links, row by row.
+void addEdges(VORNSEGraph& graph, const ContrastTable& table, double lambda, const IplImage* image,
+              const IplImage* trimap) {
+    const int width = graph.m_width;
+    const int height = graph.m_height;
+    const auto straight = static_cast<float>(lambda);
+    const auto diagonal = static_cast<float>(lambda * kDiagonal);
     const auto link = [&graph](bool present, float weight) {
         graph.addEdge(0, 0, weight, weight, !present);
     };
@@ -122,8 +108,8 @@ int VORNSEHybrid::constructGraphTrimapVORN(IplImage* image, IplImage* /*texA*/, 
                 const bool upLeft = bandAbove(x - 1);
                 link(upLeft, upLeft ? contrast(x, x - 1) * diagonal : 0.0F);
                 const bool up = bandAbove(x);
-                link(up, up ? static_cast<float>(m_lambda * static_cast<double>(contrast(x, x)))
-                            : 0.0F);
+                link(up,
+                     up ? static_cast<float>(lambda * static_cast<double>(contrast(x, x))) : 0.0F);
                 const bool upRight = bandAbove(x + 1);
                 link(upRight, upRight ? contrast(x, x + 1) * diagonal : 0.0F);
             }
@@ -138,5 +124,29 @@ int VORNSEHybrid::constructGraphTrimapVORN(IplImage* image, IplImage* /*texA*/, 
             }
         });
     }
+}
+
+}  // namespace
+
+int VORNSEHybrid::constructGraphTrimapVORN(IplImage* image, IplImage* /*texA*/, IplImage* trimap,
+                                           IplImage* texHor, IplImage* texVer) {
+    const int width = m_boundWidthTrimap;
+    const int height = m_boundHeightTrimap;
+    const int pixels = width * height;
+    m_trimapGraph = new VORNSEGraph(pixels, pixels * kSlotsPerNode, width, height, 0);
+    VORNSEGraph& graph = *m_trimapGraph;
+    if (graph.m_nodes == nullptr || graph.m_edgeCaps == nullptr) {
+        return kGraphFailed;
+    }
+    graph.reset();
+    const ContrastTable table(m_beta, "constructGraphTrimapVORN", kTableLine, kTableFreeLine);
+    if (!table.valid()) {
+        return kGraphFailed;
+    }
+    TerminalWeightCache weightsOf(m_fgModel, m_bgModel, modelWeights);
+    // Nodes and edges have arrays and counts of their own.
+    sideBySide(
+        pixels, [&] { addNodes(graph, weightsOf, image, trimap, texHor, texVer); },
+        [&] { addEdges(graph, table, m_lambda, image, trimap); });
     return kGraphBuilt;
 }

@@ -38,25 +38,31 @@ void appendRuns(const std::uint8_t* row, int width, int y, std::uint8_t value,
 
 }  // namespace
 
-Components findComponents(const cv::Mat& image, std::uint8_t value) {
-    Components found;
-    std::vector<PixelRun>& runs = found.runs;
-    std::size_t above = 0;
-    for (int y = 0; y < image.rows; ++y) {
-        const std::size_t first = runs.size();
-        appendRuns(image.ptr<std::uint8_t>(y), image.cols, y, value, runs);
-        for (std::size_t i = first, j = above; i < runs.size() && j < first;) {
-            if (runs[i].x0 < runs[j].x1 && runs[j].x0 < runs[i].x1) {
-                join(runs, static_cast<int>(i), static_cast<int>(j));
-            }
-            if (runs[i].x1 < runs[j].x1) {
-                ++i;
-            } else {
-                ++j;
-            }
+void ComponentSearch::add(const std::uint8_t* row, int width) {
+    const std::size_t first = m_runs.size();
+    appendRuns(row, width, m_y, m_value, m_runs);
+    joinWithRowAbove(first);
+    m_above = first;
+    ++m_y;
+}
+
+void ComponentSearch::joinWithRowAbove(std::size_t firstOfRow) {
+    for (std::size_t i = firstOfRow, j = m_above; i < m_runs.size() && j < firstOfRow;) {
+        if (m_runs[i].x0 < m_runs[j].x1 && m_runs[j].x0 < m_runs[i].x1) {
+            join(m_runs, static_cast<int>(i), static_cast<int>(j));
         }
-        above = first;
+        if (m_runs[i].x1 < m_runs[j].x1) {
+            ++i;
+        } else {
+            ++j;
+        }
     }
+}
+
+Components ComponentSearch::finish() {
+    Components found;
+    found.runs.swap(m_runs);
+    std::vector<PixelRun>& runs = found.runs;
     for (std::size_t i = 0; i < runs.size(); ++i) {
         PixelRun& run = runs[i];
         // A root precedes its members, so its own entry already holds the component's number.
@@ -73,4 +79,12 @@ Components findComponents(const cv::Mat& image, std::uint8_t value) {
         component.yMax = run.y;
     }
     return found;
+}
+
+Components findComponents(const cv::Mat& image, std::uint8_t value) {
+    ComponentSearch search(value);
+    for (int y = 0; y < image.rows; ++y) {
+        search.add(image.ptr<std::uint8_t>(y), image.cols);
+    }
+    return search.finish();
 }

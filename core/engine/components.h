@@ -27,5 +27,23 @@ struct Components {
     std::vector<Component> components;
 };
 
-// The components of the pixels with byte `value` in an 8-bit image that holds 0 and 255 only.
+// Takes an image of bytes 0 and 255 row by row and finds the components of one of the two.
+class ComponentSearch {
+  public:
+    explicit ComponentSearch(std::uint8_t value) : m_value(value) {}
+
+    // The next row, from the top down.
+    void add(const std::uint8_t* row, int width);
+    // After the last row; the search is used up.
+    Components finish();
+
+  private:
+    void joinWithRowAbove(std::size_t firstOfRow);
+
+    std::uint8_t m_value;
+    int m_y = 0;
+    std::size_t m_above = 0;  // first run of the row above
+    std::vector<PixelRun> m_runs;
+};
+
 Components findComponents(const cv::Mat& image, std::uint8_t value);

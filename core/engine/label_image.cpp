@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
@@ -73,10 +74,10 @@ class SampledMarkers {
     cv::Mat rowMaxima(int radius) const {
         cv::Mat maxima = cv::Mat::zeros(m_markers.rows + 2 * radius,
                                         static_cast<int>(m_columns.size()), CV_8UC1);
+        const std::vector<std::uint8_t> unmarked(static_cast<std::size_t>(m_markers.cols));
         for (int y = 0; y < m_markers.rows; ++y) {
             const auto* row = m_markers.ptr<std::uint8_t>(y);
-            const auto marked = [](std::uint8_t value) { return value != 0; };
-            if (std::none_of(row, row + m_markers.cols, marked)) {
+            if (std::memcmp(row, unmarked.data(), unmarked.size()) == 0) {
                 continue;
             }
             auto* out = maxima.ptr<std::uint8_t>(y + radius);

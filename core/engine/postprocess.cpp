@@ -18,8 +18,7 @@ namespace {
 constexpr double kIslandShare = 0.1;  // islands below this share of the largest one vanish
 constexpr int kHolePixels = 5;        // holes below this size are filled
 constexpr std::uint8_t kObjectByte = 255;
-constexpr std::uint8_t kChanged = 127;
-constexpr int kFourConnected = 4;
+constexpr std::uint8_t kChanged = 255;
 
 // Components are numbered from 2 in bytes, and only those whose number fits are looked at. The last
 // number, 255, is also the byte of the object: what is collected for its component are all pixels of
@@ -98,8 +97,101 @@ void fillHoles(cv::Mat& mask) {
     }
 }
 
+void checkStrokeSize(const IplImage* mask) {
+    checkImageSize(mask->width, mask->height, "postProcessForStroke", 1694);
+}
+
 std::uint8_t targetValue(int strokeType) {
     return stroke::adds(strokeType) ? 255 : 0;
+}
+
+// The regions in which the new mask changes the shown one in the stroke's direction, and which of
+// them the stroke touches.
+struct Changes {
+    Components regions;
+    std::vector<bool> touched;
+};
+
+Components changedRegions(const IplImage* mask, const IplImage* previous, int strokeType) {
+    const std::uint8_t target = targetValue(strokeType);
+    const std::uint8_t changedFrom = strokeType == stroke::kBrushRemove ? 255 : 0;
+    // Stores could alias the images' headers: a width of its own lets the loop be vectorised.
+    const int width = mask->width;
+    std::vector<std::uint8_t> changed(static_cast<std::size_t>(width));
+    ComponentSearch search(kChanged);
+    for (int y = 0; y < mask->height; ++y) {
+        const std::uint8_t* row = rowOf(mask, y);
+        const std::uint8_t* before = rowOf(previous, y);
+        std::uint8_t* out = changed.data();
+        for (int x = 0; x < width; ++x) {
+            const bool asked = row[x] == target;
+            const bool open = before[x] == changedFrom;
+            out[x] = asked && open ? kChanged : 0;
+        }
+        search.add(out, width);
+    }
+    return search.finish();
+}
+
+Changes changesOf(const IplImage* mask, const IplImage* previous, const strokeInfo& stroke) {
+    Changes changes{changedRegions(mask, previous, stroke.m_strokeType), {}};
+    changes.touched.resize(changes.regions.components.size());
+    const std::vector<PixelRun>& runs = changes.regions.runs;
+    for (std::size_t i = 0; i + 1 < stroke.m_points.size(); i += 2) {
+        const int x = stroke.m_points[i];
+        const int y = stroke.m_points[i + 1];
+        const auto run = std::partition_point(runs.begin(), runs.end(), [x, y](const PixelRun& r) {
+            return r.y < y || (r.y == y && r.x1 <= x);
+        });
+        if (run != runs.end() && run->y == y && run->x0 <= x) {
+            changes.touched[static_cast<std::size_t>(run->component)] = true;
+        }
+    }
+    return changes;
+}
+
+// The shown mask with those changes that the stroke touches, as far as they lie in a rectangle.
+void keepTouched(IplImage* mask, const IplImage* previous, const cv::Rect& where) {
+    const strokeInfo& current = VORNSEMarker::currentStroke;
+    const Changes changes = changesOf(mask, previous, current);
+    for (int y = 0; y < mask->height; ++y) {
+        std::copy_n(rowOf(previous, y), mask->width, rowOf(mask, y));
+    }
+    cv::Mat image = cv::cvarrToMat(mask);
+    const Component box = {0, where.x, where.x + where.width - 1, where.y,
+                           where.y + where.height - 1};
+    for (const PixelRun& run : changes.regions.runs) {
+        const PixelRun part = clipped(run, box);
+        if (changes.touched[static_cast<std::size_t>(run.component)] && part.x1 > part.x0) {
+            fillRun(image, part, targetValue(current.m_strokeType));
+        }
+    }
+}
+
+// The part of the photograph that the working image's crop stands for.
+cv::Rect croppedPart(int cropWidth, int cropHeight) {
+    const auto scaled = [](int working) {
+        return static_cast<int>(g_imageResizeFactor * static_cast<float>(working));
+    };
+    return {scaled(VORNSEMarker::m_xMinBBox), scaled(VORNSEMarker::m_yMinBBox), scaled(cropWidth),
+            scaled(cropHeight)};
+}
+
+// The shown mask with the new one's pixels of one value, as far as they lie in a rectangle.
+void merge(IplImage* mask, const IplImage* previous, std::uint8_t target, const cv::Rect& where) {
+    for (int y = 0; y < mask->height; ++y) {
+        std::uint8_t* row = rowOf(mask, y);
+        const std::uint8_t* before = rowOf(previous, y);
+        if (where.empty() || y < where.y || y >= where.br().y) {
+            std::copy_n(before, mask->width, row);
+            continue;
+        }
+        std::copy_n(before, where.x, row);
+        for (int x = where.x; x < where.br().x; ++x) {
+            row[x] = row[x] == target ? target : before[x];
+        }
+        std::copy(before + where.br().x, before + mask->width, row + where.br().x);
+    }
 }
 
 }  // namespace
@@ -108,33 +200,20 @@ void VORNSEHybrid::postProcess(IplImage* mask) {
     const int strokeType = VORNSEMarker::currentStroke.m_strokeType;
     if (strokeType == stroke::kLoopAdd) {
         postProcessForLoop(mask);
-    } else if (stroke::isBrush(strokeType)) {
-        postProcessForStroke(mask);
     }
-    if (VORNSEMarker::m_prevResult == nullptr) {
+    const IplImage* previous = VORNSEMarker::m_prevResult;
+    if (previous == nullptr) {
         return;
     }
-    const auto scaled = [](int working) {
-        return static_cast<int>(g_imageResizeFactor * static_cast<float>(working));
-    };
-    const int top = scaled(VORNSEMarker::m_yMinBBox);
-    const int left = scaled(VORNSEMarker::m_xMinBBox);
-    const int bottom = std::min(top + scaled(m_cropHeight), mask->height);
-    const int right = std::min(left + scaled(m_cropWidth), mask->width);
-    const std::uint8_t target = targetValue(strokeType);
-    const bool merges = (stroke::adds(strokeType) || stroke::removes(strokeType)) && left < right;
-    for (int y = 0; y < mask->height; ++y) {
-        std::uint8_t* row = rowOf(mask, y);
-        const std::uint8_t* before = rowOf(VORNSEMarker::m_prevResult, y);
-        if (!merges || y < top || y >= bottom) {
-            std::copy_n(before, mask->width, row);
-            continue;
-        }
-        std::copy_n(before, left, row);
-        for (int x = left; x < right; ++x) {
-            row[x] = row[x] == target ? target : before[x];
-        }
-        std::copy(before + right, before + mask->width, row + right);
+    const cv::Rect whole(0, 0, mask->width, mask->height);
+    const cv::Rect part = croppedPart(m_cropWidth, m_cropHeight) & whole;
+    if (stroke::isBrush(strokeType)) {
+        checkStrokeSize(mask);
+        // What the stroke does not touch is the shown mask already, so that merging adds nothing.
+        keepTouched(mask, previous, part);
+    } else {
+        const bool merges = stroke::adds(strokeType) || stroke::removes(strokeType);
+        merge(mask, previous, targetValue(strokeType), merges ? part : cv::Rect());
     }
 }
 
@@ -149,38 +228,6 @@ void VORNSEHybrid::postProcessForStroke(IplImage* mask) {
     if (previous == nullptr) {
         return;
     }
-    checkImageSize(mask->width, mask->height, "postProcessForStroke", 1694);
-    const strokeInfo& current = VORNSEMarker::currentStroke;
-    const std::uint8_t target = targetValue(current.m_strokeType);
-    const std::uint8_t changedFrom = current.m_strokeType == stroke::kBrushRemove ? 255 : 0;
-    const ImagePtr changedImage = createImage(mask->width, mask->height, 1);
-    cv::Mat changed = cv::cvarrToMat(changedImage.get());
-    // The stores below could alias the images' headers: a width of its own lets loops be vectorised.
-    const int width = mask->width;
-    for (int y = 0; y < mask->height; ++y) {
-        const std::uint8_t* row = rowOf(mask, y);
-        const std::uint8_t* before = rowOf(previous, y);
-        auto* out = changed.ptr<std::uint8_t>(y);
-        for (int x = 0; x < width; ++x) {
-            const bool asked = row[x] == target;
-            const bool open = before[x] == changedFrom;
-            out[x] = asked && open ? kChanged : 0;
-        }
-    }
-    const cv::Rect inside(0, 0, mask->width, mask->height);
-    for (std::size_t i = 0; i + 1 < current.m_points.size(); i += 2) {
-        const cv::Point point(current.m_points[i], current.m_points[i + 1]);
-        if (inside.contains(point) && changed.at<std::uint8_t>(point) == kChanged) {
-            cv::floodFill(changed, point, cv::Scalar(255), nullptr, cv::Scalar(), cv::Scalar(),
-                          kFourConnected);
-        }
-    }
-    for (int y = 0; y < mask->height; ++y) {
-        const std::uint8_t* before = rowOf(previous, y);
-        const auto* row = changed.ptr<std::uint8_t>(y);
-        std::uint8_t* out = rowOf(mask, y);
-        for (int x = 0; x < width; ++x) {
-            out[x] = row[x] == 255 ? target : before[x];
-        }
-    }
+    checkStrokeSize(mask);
+    keepTouched(mask, previous, cv::Rect(0, 0, mask->width, mask->height));
 }

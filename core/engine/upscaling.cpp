@@ -144,43 +144,66 @@ void enlargeMask(IplImage* mask, IplImage* result) {
     cvResize(mask, result, CV_INTER_NN);
 }
 
-// Labels at photo size become the mask: 255 for object, also where the cut says so.
-ImagePtr maskOfLabels(const IplImage* labels, const IplImage* smallCodes, const Enlarged& codes,
-                      const Extent& band, const VORNSEGraph& cut, int cutWidth, int cutHeight) {
-    ImagePtr smallMask = createChecked(labels->width, labels->height);
+// The mask at working size, 255 for object.
+ImagePtr maskOfLabels(const IplImage* labels) {
+    ImagePtr mask = createChecked(labels->width, labels->height);
     for (int y = 0; y < labels->height; ++y) {
         const std::uint8_t* row = rowOf(labels, y);
-        std::transform(row, row + labels->width, rowOf(smallMask.get(), y), [](std::uint8_t value) {
+        std::transform(row, row + labels->width, rowOf(mask.get(), y), [](std::uint8_t value) {
             return static_cast<std::uint8_t>(label::isObject(value) ? 255 : 0);
         });
     }
+    return mask;
+}
+
+// What the cut decided: at the open places of the band's rectangle.
+struct Decided {
+    const VORNSEGraph& cut;
+    const Enlarged& codes;
+    Extent band;
+    int width;
+    int height;
+
+    void write(int y, const std::vector<int>& openColumns, std::uint8_t* row) const {
+        const int firstNode = (y - band.yMin) * width;
+        for (const int x : openColumns) {
+            row[band.xMin + x] = cut.getTreeofNode(firstNode + x) == 1 ? 0 : 255;
+        }
+    }
+    bool hasRow(int y) const { return y >= band.yMin && y < band.yMin + height; }
+    // The open ones of row y, counted from the rectangle's left side.
+    void openColumns(int y, std::vector<std::uint8_t>& row, std::vector<int>& columns) const {
+        row.resize(static_cast<std::size_t>(width));
+        codes.copyRow(y, band.xMin, width, row.data());
+        columns.clear();
+        for (int x = 0; x < width; ++x) {
+            if (row[static_cast<std::size_t>(x)] == trimap::kOpen) {
+                columns.push_back(x);
+            }
+        }
+    }
+};
+
+// The working mask at photo size, with what the cut decided.
+ImagePtr enlargedMask(const IplImage* smallMask, const Decided& decided) {
     const int width = VORNSEMarker::m_originalWidth;
     const int height = VORNSEMarker::m_originalHeight;
-    const Enlarged enlarged(smallMask.get(), width, height);
+    const Enlarged enlarged(smallMask, width, height);
     ImagePtr mask = createChecked(width, height);
-    std::vector<std::uint8_t> codeRow(static_cast<std::size_t>(cutWidth));
-    bool plainAbove = false;  // whether the row above holds nothing of the cut
+    std::vector<std::uint8_t> plainRow(static_cast<std::size_t>(width));
+    std::vector<std::uint8_t> codeRow;
+    std::vector<int> openColumns;
     for (int y = 0; y < height; ++y) {
+        if (!enlarged.repeats(y)) {
+            enlarged.copyRow(y, 0, width, plainRow.data());
+        }
         std::uint8_t* row = rowOf(mask.get(), y);
-        const std::uint8_t* source = codes.sourceRow(y);
-        const bool plain = y < band.yMin || y >= band.yMin + cutHeight ||
-                           std::find(source, source + smallCodes->width, trimap::kOpen) ==
-                               source + smallCodes->width;
-        if (plain && plainAbove && enlarged.repeats(y)) {
-            std::memcpy(row, rowOf(mask.get(), y - 1), static_cast<std::size_t>(width));
-            continue;
-        }
-        plainAbove = plain;
-        enlarged.copyRow(y, 0, width, row);
-        if (plain) {
-            continue;
-        }
-        codes.copyRow(y, band.xMin, cutWidth, codeRow.data());
-        const int firstNode = (y - band.yMin) * cutWidth;
-        for (int x = 0; x < cutWidth; ++x) {
-            if (codeRow[static_cast<std::size_t>(x)] == trimap::kOpen) {
-                row[band.xMin + x] = cut.getTreeofNode(firstNode + x) == 1 ? 0 : 255;
+        std::copy(plainRow.begin(), plainRow.end(), row);
+        if (decided.hasRow(y)) {
+            if (y == decided.band.yMin || !decided.codes.repeats(y)) {
+                decided.openColumns(y, codeRow, openColumns);
             }
+            decided.write(y, openColumns, row);
         }
     }
     return mask;
@@ -195,7 +218,7 @@ IplImage* VORNSEHybrid::intelligentUpscaling(IplImage* mask) {
     ImagePtr smallCodes = createChecked(mask->width, mask->height);
     codeTrimap(mask, smallCodes.get());
     const Enlarged enlargedCodes(smallCodes.get(), photoWidth, photoHeight);
-    const auto enlargedMask = [&] {
+    const auto plainMask = [&] {
         ImagePtr result = createChecked(photoWidth, photoHeight);
         enlargeMask(mask, result.get());
         return result.release();
@@ -207,7 +230,7 @@ IplImage* VORNSEHybrid::intelligentUpscaling(IplImage* mask) {
                           band.yMin, band.yMax);
         m_boundWidthTrimap = 0;
         m_boundHeightTrimap = 0;
-        return enlargedMask();
+        return plainMask();
     }
     SEGCORE_LOG_INFO("Passed: xmin:%d, xmax:%d, ymin:%d, ymax:%d", band.xMin, band.xMax, band.yMin,
                      band.yMax);
@@ -251,15 +274,15 @@ IplImage* VORNSEHybrid::intelligentUpscaling(IplImage* mask) {
     m_trimapGraph = nullptr;
     if (status != kGraphBuilt) {
         SEGCORE_LOG_ERROR("Failed: intelligentUpscaling (status_flag = %d)", status);
-        return enlargedMask();
+        return plainMask();
     }
     codes.reset();
     horizontal.reset();
     vertical.reset();
     cut->maxFlow();
-    return maskOfLabels(VORNSEMarker::m_labelImage, smallCodes.get(), enlargedCodes, band, *cut,
-                        m_boundWidthTrimap, m_boundHeightTrimap)
-        .release();
+    const ImagePtr smallMask = maskOfLabels(VORNSEMarker::m_labelImage);
+    const Decided decided{*cut, enlargedCodes, band, m_boundWidthTrimap, m_boundHeightTrimap};
+    return enlargedMask(smallMask.get(), decided).release();
 }
 
 IplImage* VORNSEHybrid::cropImageTrimap(IplImage* source, int width, int height, int rowStart,

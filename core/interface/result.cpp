@@ -128,10 +128,12 @@ void writeMask(std::uint8_t* out) {
 void paintOutline(const IplImage* outline, std::uint32_t* out) {
     for (int y = 0; y < outline->height; ++y, out += outline->width) {
         const std::uint8_t* const row = rowOf(outline, y);
-        const std::uint8_t* const end = row + outline->width;
-        // Pixels that anti-aliasing left dimmer are not part of the painted line.
-        for (const std::uint8_t* lit = std::find(row, end, kLit); lit != end;
-             lit = std::find(lit + 1, end, kLit)) {
+        const auto nextLit = [row, outline](std::ptrdiff_t from) {
+            // Pixels that anti-aliasing left dimmer are not part of the painted line.
+            return static_cast<const std::uint8_t*>(
+                std::memchr(row + from, kLit, static_cast<std::size_t>(outline->width - from)));
+        };
+        for (const std::uint8_t* lit = nextLit(0); lit != nullptr; lit = nextLit(lit - row + 1)) {
             out[lit - row] = kOutlineWord;
         }
     }
