@@ -109,11 +109,13 @@ class LaidPath {
     template <typename Changed>
     void push(float amount, Changed changed) {
         using flow_lanes::kLanes;
-        for (int step = m_begin; step < m_end; step += kLanes) {
-            unsigned lanes = flow_lanes::push(&m_left[static_cast<std::size_t>(step)],
-                                              &m_back[static_cast<std::size_t>(step)], amount);
-            if (m_end - step < kLanes) {
-                lanes &= (1U << (m_end - step)) - 1;
+        float* const left = m_left.data();
+        float* const back = m_back.data();
+        const int end = m_end;
+        for (int step = m_begin; step < end; step += kLanes) {
+            unsigned lanes = flow_lanes::push(left + step, back + step, amount);
+            if (end - step < kLanes) {
+                lanes &= (1U << (end - step)) - 1;  // behind the path is nothing to tell of
             }
             for (; lanes != 0; lanes &= lanes - 1) {
                 changed(step + __builtin_ctz(lanes));

@@ -43,6 +43,13 @@ class NeighbourStates {
     unsigned withParent() const {
         return differing(node_state::kParentMask, byte_lanes::everyByte(node_state::kNoParent));
     }
+    unsigned atTerminal() const {
+        const std::uint64_t codes = byte_lanes::everyByte(node_state::kTerminalParent);
+        return kAll & ~differing(node_state::kParentMask, codes);
+    }
+    unsigned onPath() const {
+        return byte_lanes::nonZero(m_states >> 1 & byte_lanes::everyByte(node_state::kOnPath >> 1));
+    }
     // Those whose parent is the node itself.
     unsigned children() const { return kAll & ~differing(node_state::kParentMask, parentHere()); }
 

@@ -57,6 +57,7 @@ bool TwoTreeSolver::growOrAugment(int node) {
         const int neighbour = node + steps[direction];
         states[neighbour] = static_cast<std::uint8_t>((states[neighbour] & kActive) | kTree |
                                                       parentCode(opposite(direction)));
+        m_parent[static_cast<std::size_t>(neighbour)] = node;
         activate(neighbour);
     }
     if (meeting == 0) {
@@ -97,18 +98,9 @@ void TwoTreeSolver::adopt(int node) {
     const NeighbourStates near(states, node, steps);
     const unsigned relatives = near.inTree(kTree) & near.withParent();
     const unsigned children = relatives & near.children();
-    int bestDirection = -1;
-    int bestDistance = kUnreachable;
-    for (unsigned left = usable & relatives & ~children; left != 0; left &= left - 1) {
-        const int direction = __builtin_ctz(left);
-        const int candidate = distance<kTree>(node + steps[direction], bestDistance);
-        if (candidate < bestDistance) {
-            bestDistance = candidate;
-            bestDirection = direction;
-        }
-    }
-    if (bestDirection >= 0) {
-        states[node] = static_cast<std::uint8_t>(states[node] | parentCode(bestDirection));
+    const int direction = nearest<kTree>(node, near, usable & relatives & ~children);
+    if (direction >= 0) {
+        setParent(node, direction);
         return;
     }
 
@@ -119,6 +111,42 @@ void TwoTreeSolver::adopt(int node) {
     for (unsigned left = children; left != 0; left &= left - 1) {
         makeOrphan(node + steps[__builtin_ctz(left)]);
     }
+}
+
+// The candidate whose way to the terminal is the shortest, among equals the first one; -1 when none has
+// a way. What costs no walk comes first: it bounds the others.
+template <int kTree>
+int TwoTreeSolver::nearest(int node, const NeighbourStates& near, unsigned candidates) const {
+    const unsigned roots = candidates & near.atTerminal();
+    if (roots != 0) {
+        return __builtin_ctz(roots);
+    }
+    const int* const steps = m_grid.steps(node);
+    const LaidPath& path = kTree == kInSink ? m_sinkPath : m_sourcePath;
+    int best = -1;
+    int bestDistance = kUnreachable;
+    for (unsigned left = candidates & near.onPath(); left != 0; left &= left - 1) {
+        const int direction = __builtin_ctz(left);
+        const int step = m_step[static_cast<std::size_t>(node + steps[direction])];
+        if (step > path.lastOrphan()) {
+            candidates &= ~(1U << direction);
+            const int known = 1 + path.end() - step;
+            if (known < bestDistance) {
+                bestDistance = known;
+                best = direction;
+            }
+        }
+    }
+    for (unsigned left = candidates; left != 0; left &= left - 1) {
+        const int direction = __builtin_ctz(left);
+        const int limit = bestDistance + (direction < best ? 1 : 0);
+        const int walked = distance<kTree>(node + steps[direction], limit);
+        if (walked < limit) {
+            bestDistance = walked;
+            best = direction;
+        }
+    }
+    return best;
 }
 
 // Number of edges from an orphan through its neighbour `node` to the terminal. When the chain is
@@ -148,7 +176,7 @@ int TwoTreeSolver::distance(int node, int limit) const {
                 return kUnreachable;
             }
         }
-        node += m_grid.steps(node)[state & (kSlotsPerNode - 1)];
+        node = m_parent[static_cast<std::size_t>(node)];
     }
     return kUnreachable;
 }

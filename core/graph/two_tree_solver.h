@@ -1,4 +1,4 @@
-// The search of max_flow.cpp on a denser store, for whole graphs: three bytes a node in tiles instead
+// The search of max_flow.cpp on a denser store, for whole graphs: seven bytes a node in tiles instead
 // of its record and its capacities in rows (and four where paths lie), and the paths of the last
 // augmentation kept as far as they hold. Queues, scans and roundings come in the same order, so the
 // result is the same bit for bit.
@@ -15,6 +15,7 @@
 
 #include "graph/graph.h"
 #include "graph/laid_path.h"
+#include "graph/neighbour_states.h"
 #include "graph/node_state.h"
 #include "graph/tiled_grid.h"
 
@@ -89,7 +90,10 @@ class TwoTreeSolver {
     template <int kTree>
     void adopt(int node);
     template <int kTree>
+    int nearest(int node, const NeighbourStates& near, unsigned candidates) const;
+    template <int kTree>
     int distance(int node, int limit) const;
+    void setParent(int node, int direction);
     void activate(int node);
     void makeOrphan(int node);
     int directionOf(int cell, int slot) const;
@@ -103,7 +107,8 @@ class TwoTreeSolver {
     int m_slotOffset[kSlotsPerNode];
     Zeroed<std::uint8_t> m_state;
     Zeroed<Directions> m_open;
-    Zeroed<int> m_step;  // of a node on a laid path
+    Zeroed<int> m_parent;  // of a node whose parent is a neighbour
+    Zeroed<int> m_step;    // of a node on a laid path
     Queue m_active;
     Queue m_orphans;
     LaidPath m_sinkPath;
@@ -116,6 +121,12 @@ inline void TwoTreeSolver::activate(int node) {
         state = static_cast<std::uint8_t>(state | node_state::kActive);
         m_active.push(node);
     }
+}
+
+inline void TwoTreeSolver::setParent(int node, int direction) {
+    std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
+    state = static_cast<std::uint8_t>(state | node_state::parentCode(direction));
+    m_parent[static_cast<std::size_t>(node)] = node + m_grid.steps(node)[direction];
 }
 
 inline void TwoTreeSolver::makeOrphan(int node) {

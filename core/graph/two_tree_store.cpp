@@ -52,6 +52,7 @@ TwoTreeSolver::TwoTreeSolver(VORNSEGraph& graph)
     if (fits()) {
         m_state.reset(allocateZeroed<std::uint8_t>(m_grid.size()));
         m_open.reset(allocateZeroed<Directions>(m_grid.size()));
+        m_parent.reset(allocateZeroed<int>(m_grid.size()));
         m_step.reset(allocateZeroed<int>(m_grid.size()));
     }
 }
@@ -64,7 +65,7 @@ bool TwoTreeSolver::fits() const {
 }
 
 bool TwoTreeSolver::canSolve() const {
-    return m_state != nullptr && m_open != nullptr && m_step != nullptr;
+    return m_state != nullptr && m_open != nullptr && m_parent != nullptr && m_step != nullptr;
 }
 
 template <typename Visit>
@@ -118,17 +119,15 @@ void TwoTreeSolver::importEdges(int cell, int node, int x, int y) {
 void TwoTreeSolver::importRecords() {
     forEachNode([this](int cell, int node, int x, int y) {
         const nodes& record = m_records[cell];
-        std::uint8_t state = kNoParent;
-        if (record.parentEdge == parent::kTerminal) {
-            state = kTerminalParent;
-        } else if (record.parentEdge != parent::kNone) {
-            state = parentCode(directionOf(cell, record.parentEdge));
-        }
+        std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
         if (record.treeLabel != tree::kFree) {
-            state = static_cast<std::uint8_t>(
-                state | (record.treeLabel == tree::kSink ? kInSink : kInSource));
+            state = record.treeLabel == tree::kSink ? kInSink : kInSource;
         }
-        m_state[static_cast<std::size_t>(node)] = state;
+        if (record.parentEdge == parent::kTerminal) {
+            state = static_cast<std::uint8_t>(state | kTerminalParent);
+        } else if (record.parentEdge != parent::kNone) {
+            setParent(node, directionOf(cell, record.parentEdge));
+        }
         importEdges(cell, node, x, y);
     });
     while (nodes* record = m_graph.GetTopActiveQueueNode()) {
