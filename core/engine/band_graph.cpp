@@ -12,7 +12,6 @@
 #include "graph/graph.h"
 #include "history/marker.h"
 #include "support/image.h"
-#include "support/in_parts.h"
 
 namespace {
 
@@ -139,14 +138,12 @@ int VORNSEHybrid::constructGraphTrimapVORN(IplImage* image, IplImage* /*texA*/, 
         return kGraphFailed;
     }
     graph.reset();
+    TerminalWeightCache weightsOf(m_fgModel, m_bgModel, modelWeights);
+    addNodes(graph, weightsOf, image, trimap, texHor, texVer);
     const ContrastTable table(m_beta, "constructGraphTrimapVORN", kTableLine, kTableFreeLine);
     if (!table.valid()) {
         return kGraphFailed;
     }
-    TerminalWeightCache weightsOf(m_fgModel, m_bgModel, modelWeights);
-    // Nodes and edges have arrays and counts of their own.
-    sideBySide(
-        pixels, [&] { addNodes(graph, weightsOf, image, trimap, texHor, texVer); },
-        [&] { addEdges(graph, table, m_lambda, image, trimap); });
+    addEdges(graph, table, m_lambda, image, trimap);
     return kGraphBuilt;
 }

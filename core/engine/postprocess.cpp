@@ -223,6 +223,7 @@ void VORNSEHybrid::postProcessForLoop(IplImage* mask) {
     fillHoles(image);
 }
 
+// The first half of postProcess for a brush, by itself; postProcess does both halves at once.
 void VORNSEHybrid::postProcessForStroke(IplImage* mask) {
     const IplImage* previous = VORNSEMarker::m_prevResult;
     if (previous == nullptr) {

@@ -2,8 +2,8 @@
 // enlarged, and a second cut at photo resolution decides its open pixels from the colour models and
 // the photograph's own contrast.
 //
-// Notation: the trimap codes of trimap.h. Invariant at the end: every working image and the band's graph are released,
-// m_labelImage is unchanged.
+// Notation: the trimap codes of trimap.h. Invariant at the end: every working image and the band's
+// graph are released, m_labelImage is unchanged.
 #include <opencv2/imgproc/imgproc_c.h>
 
 #include <algorithm>
@@ -83,9 +83,6 @@ class Enlarged {
           m_columns(nearestPositions(small->width, width)),
           m_rows(nearestPositions(small->height, height)) {}
 
-    const std::uint8_t* sourceRow(int y) const {
-        return rowOf(m_small, m_rows[static_cast<std::size_t>(y)]);
-    }
     // Whether row y repeats the row before it.
     bool repeats(int y) const {
         const auto row = static_cast<std::size_t>(y);
@@ -131,6 +128,10 @@ class Enlarged {
     }
 
   private:
+    const std::uint8_t* sourceRow(int y) const {
+        return rowOf(m_small, m_rows[static_cast<std::size_t>(y)]);
+    }
+
     const IplImage* m_small;
     std::vector<int> m_columns;
     std::vector<int> m_rows;
@@ -156,55 +157,64 @@ ImagePtr maskOfLabels(const IplImage* labels) {
     return mask;
 }
 
-// What the cut decided: at the open places of the band's rectangle.
-struct Decided {
-    const VORNSEGraph& cut;
-    const Enlarged& codes;
-    Extent band;
-    int width;
-    int height;
+// What the cut decided at the open places of its rectangle, which starts at the band's first column and
+// row.
+class CutRows {
+  public:
+    CutRows(const VORNSEGraph& cut, const Enlarged& codes, const Extent& band)
+        : m_cut(cut),
+          m_codes(codes),
+          m_left(band.xMin),
+          m_top(band.yMin),
+          m_codeRow(static_cast<std::size_t>(cut.m_width)) {}
 
-    void write(int y, const std::vector<int>& openColumns, std::uint8_t* row) const {
-        const int firstNode = (y - band.yMin) * width;
-        for (const int x : openColumns) {
-            row[band.xMin + x] = cut.getTreeofNode(firstNode + x) == 1 ? 0 : 255;
+    // Into row y of the photo-sized mask; rows come from the top down.
+    void writeRow(int y, std::uint8_t* row) {
+        if (y < m_top || y >= m_top + m_cut.m_height) {
+            return;
+        }
+        if (y == m_top || !m_codes.repeats(y)) {
+            findOpenColumns(y);
+        }
+        const int firstNode = (y - m_top) * m_cut.m_width;
+        for (const int x : m_openColumns) {
+            row[m_left + x] = m_cut.getTreeofNode(firstNode + x) == 1 ? 0 : 255;
         }
     }
-    bool hasRow(int y) const { return y >= band.yMin && y < band.yMin + height; }
-    // The open ones of row y, counted from the rectangle's left side.
-    void openColumns(int y, std::vector<std::uint8_t>& row, std::vector<int>& columns) const {
-        row.resize(static_cast<std::size_t>(width));
-        codes.copyRow(y, band.xMin, width, row.data());
-        columns.clear();
-        for (int x = 0; x < width; ++x) {
-            if (row[static_cast<std::size_t>(x)] == trimap::kOpen) {
-                columns.push_back(x);
+
+  private:
+    void findOpenColumns(int y) {
+        m_codes.copyRow(y, m_left, m_cut.m_width, m_codeRow.data());
+        m_openColumns.clear();
+        for (int x = 0; x < m_cut.m_width; ++x) {
+            if (m_codeRow[static_cast<std::size_t>(x)] == trimap::kOpen) {
+                m_openColumns.push_back(x);
             }
         }
     }
+
+    const VORNSEGraph& m_cut;
+    const Enlarged& m_codes;
+    int m_left;
+    int m_top;
+    std::vector<std::uint8_t> m_codeRow;
+    std::vector<int> m_openColumns;  // of the last row
 };
 
 // The working mask at photo size, with what the cut decided.
-ImagePtr enlargedMask(const IplImage* smallMask, const Decided& decided) {
+ImagePtr enlargedMask(const IplImage* smallMask, CutRows cutRows) {
     const int width = VORNSEMarker::m_originalWidth;
     const int height = VORNSEMarker::m_originalHeight;
     const Enlarged enlarged(smallMask, width, height);
     ImagePtr mask = createChecked(width, height);
     std::vector<std::uint8_t> plainRow(static_cast<std::size_t>(width));
-    std::vector<std::uint8_t> codeRow;
-    std::vector<int> openColumns;
     for (int y = 0; y < height; ++y) {
         if (!enlarged.repeats(y)) {
             enlarged.copyRow(y, 0, width, plainRow.data());
         }
         std::uint8_t* row = rowOf(mask.get(), y);
         std::copy(plainRow.begin(), plainRow.end(), row);
-        if (decided.hasRow(y)) {
-            if (y == decided.band.yMin || !decided.codes.repeats(y)) {
-                decided.openColumns(y, codeRow, openColumns);
-            }
-            decided.write(y, openColumns, row);
-        }
+        cutRows.writeRow(y, row);
     }
     return mask;
 }
@@ -281,8 +291,7 @@ IplImage* VORNSEHybrid::intelligentUpscaling(IplImage* mask) {
     vertical.reset();
     cut->maxFlow();
     const ImagePtr smallMask = maskOfLabels(VORNSEMarker::m_labelImage);
-    const Decided decided{*cut, enlargedCodes, band, m_boundWidthTrimap, m_boundHeightTrimap};
-    return enlargedMask(smallMask.get(), decided).release();
+    return enlargedMask(smallMask.get(), CutRows(*cut, enlargedCodes, band)).release();
 }
 
 IplImage* VORNSEHybrid::cropImageTrimap(IplImage* source, int width, int height, int rowStart,

@@ -16,10 +16,12 @@ namespace flow_lanes {
 
 constexpr int kLanes = 4;
 
-// Which of a node's four edges carry flow from it and towards it; bit d for direction d.
+// Which of a node's four edges carry flow from it and towards it, and which have a capacity below 0
+// without being absent; bit d for direction d.
 struct OpenEdges {
     unsigned out;
     unsigned in;
+    unsigned negative;
 };
 
 inline bool carriesFlow(float capacity) {
@@ -40,8 +42,13 @@ inline OpenEdges openEdges(const float* slots) {
     const __m128 high = _mm_loadu_ps(slots + kLanes);
     const __m128 there = _mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0));
     const __m128 back = _mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1));
-    return {static_cast<unsigned>(_mm_movemask_ps(closed(there))) ^ 0xFU,
-            static_cast<unsigned>(_mm_movemask_ps(closed(back))) ^ 0xFU};
+    const auto lanes = [](__m128 mask) { return static_cast<unsigned>(_mm_movemask_ps(mask)); };
+    const __m128 absent = _mm_set1_ps(kNoEdge);
+    const __m128 zero = _mm_setzero_ps();
+    const __m128 below = _mm_or_ps(_mm_cmplt_ps(there, zero), _mm_cmplt_ps(back, zero));
+    const __m128 bothAbsent = _mm_and_ps(_mm_cmpeq_ps(there, absent), _mm_cmpeq_ps(back, absent));
+    return {lanes(closed(there)) ^ 0xFU, lanes(closed(back)) ^ 0xFU,
+            lanes(_mm_andnot_ps(bothAbsent, below))};
 }
 
 // Moves `amount` from `left` to `back` in kLanes places; a bit for each where one of the two did not
@@ -61,10 +68,14 @@ inline unsigned push(float* left, float* back, float amount) {
 #else
 
 inline OpenEdges openEdges(const float* slots) {
-    OpenEdges open = {0, 0};
+    OpenEdges open = {0, 0, 0};
     for (int edge = 0; edge < kLanes; ++edge) {
-        open.out |= (carriesFlow(slots[2 * edge]) ? 1U : 0U) << edge;
-        open.in |= (carriesFlow(slots[2 * edge + 1]) ? 1U : 0U) << edge;
+        const float there = slots[2 * edge];
+        const float back = slots[2 * edge + 1];
+        const bool absent = there == kNoEdge && back == kNoEdge;
+        open.out |= (carriesFlow(there) ? 1U : 0U) << edge;
+        open.in |= (carriesFlow(back) ? 1U : 0U) << edge;
+        open.negative |= (!absent && (there < 0.0F || back < 0.0F) ? 1U : 0U) << edge;
     }
     return open;
 }

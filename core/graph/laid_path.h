@@ -42,7 +42,6 @@ class LaidPath {
     }
 
     // A detour: the steps that a walk took beside the path.
-    int detourLength() const { return m_detourLength; }
     void addToDetour(int node, int slot) {
         const auto step = static_cast<std::size_t>(m_detourLength);
         if (step == m_detour.size()) {

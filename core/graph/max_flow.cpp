@@ -187,8 +187,7 @@ float VORNSEGraph::maxFlowSerialCall() {
     const bool isBlockView = m_blockWidth > 0;
     if (!isBlockView && m_orphanHead == nullptr) {
         TwoTreeSolver solver(*this);
-        if (solver.canSolve()) {
-            solver.run();
+        if (solver.canSolve() && solver.run()) {
             return m_flow;
         }
     }

@@ -17,8 +17,10 @@ namespace {
 constexpr int kUnreachable = std::numeric_limits<int>::max();
 }
 
-void TwoTreeSolver::run() {
-    importRecords();
+bool TwoTreeSolver::run() {
+    if (!importRecords()) {
+        return false;
+    }
     TimeLimit limit;
     bool stopped = VORNSEMarker::m_exitApp;
     while (!stopped && !m_active.empty()) {
@@ -37,6 +39,7 @@ void TwoTreeSolver::run() {
     takeOff(m_sourcePath, m_sourcePath.begin(), m_sourcePath.end());
     takeOff(m_sinkPath, m_sinkPath.begin(), m_sinkPath.end());
     exportRecords();
+    return true;
 }
 
 // Grows the tree of `node` by its free neighbours up to the first neighbour in the other tree, and
@@ -156,8 +159,8 @@ int TwoTreeSolver::distance(int node, int limit) const {
     const LaidPath& path = kTree == kInSink ? m_sinkPath : m_sourcePath;
     for (int total = 1; total < limit; ++total) {
         const std::uint8_t state = m_state[static_cast<std::size_t>(node)];
-        const bool simpleStep = (state & (kOnPath | kFirstDirection)) == kFirstDirection;
-        if (!simpleStep) {
+        const bool plainStep = (state & (kOnPath | kParentIsNeighbour)) == kParentIsNeighbour;
+        if (!plainStep) {
             if ((state & kOnPath) != 0) {
                 const int step = m_step[static_cast<std::size_t>(node)];
                 if (step > path.lastOrphan()) {

@@ -29,8 +29,10 @@ class TwoTreeSolver {
     bool canSolve() const;
 
     // Runs the search and writes trees and queues back into the graph's records, also when it is
-    // stopped early. Throws std::bad_alloc without memory.
-    void run();
+    // stopped early. False, and nothing done, for a graph with capacities below 0 (absent edges
+    // apart): on those the plain search looks at kNoEdge in one direction only. Throws std::bad_alloc
+    // without memory.
+    bool run();
 
   private:
     // First-in-first-out queue of node numbers.
@@ -73,8 +75,8 @@ class TwoTreeSolver {
 
     template <typename Visit>
     void forEachNode(Visit visit) const;
-    void importEdges(int cell, int node, int x, int y);
-    void importRecords();
+    bool importEdges(int cell, int node, int x, int y);
+    bool importRecords();
     void exportRecords();
     template <int kTree>
     bool growOrAugment(int node);
@@ -107,7 +109,7 @@ class TwoTreeSolver {
     int m_slotOffset[kSlotsPerNode];
     Zeroed<std::uint8_t> m_state;
     Zeroed<Directions> m_open;
-    Zeroed<int> m_parent;  // of a node whose parent is a neighbour
+    Zeroed<int> m_parent;  // of a node whose parent is a neighbour: long walks need no table
     Zeroed<int> m_step;    // of a node on a laid path
     Queue m_active;
     Queue m_orphans;

@@ -90,8 +90,9 @@ int TwoTreeSolver::directionOf(int cell, int slot) const {
                             m_slotOffset);
 }
 
-// Every edge belongs to the later of its nodes in row order, whose directions 0 .. 3 it takes.
-void TwoTreeSolver::importEdges(int cell, int node, int x, int y) {
+// Every edge belongs to the later of its nodes in row order, whose directions 0 .. 3 it takes. False for
+// a capacity below 0.
+bool TwoTreeSolver::importEdges(int cell, int node, int x, int y) {
     constexpr unsigned kLeft = 1U;
     constexpr unsigned kUpLeft = 2U;
     constexpr unsigned kUp = 4U;
@@ -114,10 +115,12 @@ void TwoTreeSolver::importEdges(int cell, int node, int x, int y) {
         there.out =
             static_cast<std::uint8_t>(there.out | (in >> direction & 1U) << opposite(direction));
     }
+    return (open.negative & ~outside) == 0;
 }
 
-void TwoTreeSolver::importRecords() {
-    forEachNode([this](int cell, int node, int x, int y) {
+bool TwoTreeSolver::importRecords() {
+    bool nonNegative = true;
+    forEachNode([this, &nonNegative](int cell, int node, int x, int y) {
         const nodes& record = m_records[cell];
         std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
         if (record.treeLabel != tree::kFree) {
@@ -128,13 +131,17 @@ void TwoTreeSolver::importRecords() {
         } else if (record.parentEdge != parent::kNone) {
             setParent(node, directionOf(cell, record.parentEdge));
         }
-        importEdges(cell, node, x, y);
+        nonNegative &= importEdges(cell, node, x, y);
     });
+    if (!nonNegative) {
+        return false;
+    }
     while (nodes* record = m_graph.GetTopActiveQueueNode()) {
         record->nextActive = nullptr;
         const auto cell = static_cast<int>(record - m_records);
         activate(m_grid.at(cell % m_graph.m_width, cell / m_graph.m_width));
     }
+    return true;
 }
 
 void TwoTreeSolver::exportRecords() {

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "history/undo_redo_history.h"
-#include "support/in_parts.h"
 
 using History = VORNSEManageUndoRedo;
 
@@ -11,15 +10,11 @@ namespace {
 
 constexpr int kRun = 32;  // rows whose bits fill a word
 
-std::size_t runsOfColumn() {
-    return static_cast<std::size_t>((History::height + kRun - 1) / kRun);
-}
-
-// Calls visit(words, rows, run) for every run of the columns; `run` numbers those of all columns.
+// Calls visit(words, rows, run) for every run of every column, in the order that they are kept in.
 template <typename Visit>
-void forEachRun(int firstColumn, int lastColumn, Visit visit) {
-    std::size_t run = static_cast<std::size_t>(firstColumn) * runsOfColumn();
-    for (int x = firstColumn; x < lastColumn; ++x) {
+void forEachRun(Visit visit) {
+    std::size_t run = 0;
+    for (int x = 0; x < History::width; ++x) {
         for (int y = 0; y < History::height; y += kRun) {
             visit(History::m_bitPlane[x] + y, std::min(kRun, History::height - y), run++);
         }
@@ -51,17 +46,15 @@ HistoryTransaction::HistoryTransaction(Step step)
     if (step == Step::kMove || !History::canRedo() || History::m_bitPlane == nullptr) {
         return;
     }
-    m_slotBits.resize(static_cast<std::size_t>(History::width) * runsOfColumn());
-    inParts(History::width, History::height, [this](int firstColumn, int lastColumn) {
-        forEachRun(firstColumn, lastColumn,
-                   [this](const std::uint32_t* words, int rows, std::size_t run) {
-                       std::uint32_t last[kRun] = {};
-                       if (rows < kRun) {
-                           std::copy_n(words, rows, last);
-                           words = last;
-                       }
-                       m_slotBits[run] = bitsOf(words, m_current);
-                   });
+    const auto runs = static_cast<std::size_t>((History::height + kRun - 1) / kRun);
+    m_slotBits.resize(static_cast<std::size_t>(History::width) * runs);
+    forEachRun([this](const std::uint32_t* words, int rows, std::size_t run) {
+        std::uint32_t last[kRun] = {};
+        if (rows < kRun) {
+            std::copy_n(words, rows, last);
+            words = last;
+        }
+        m_slotBits[run] = bitsOf(words, m_current);
     });
 }
 
@@ -76,7 +69,7 @@ HistoryTransaction::~HistoryTransaction() {
         return;
     }
     const std::uint32_t bit = std::uint32_t{1} << m_current;
-    forEachRun(0, History::width, [this, bit](std::uint32_t* words, int rows, std::size_t run) {
+    forEachRun([this, bit](std::uint32_t* words, int rows, std::size_t run) {
         for (int i = 0; i < rows; ++i) {
             words[i] = (words[i] & ~bit) | ((m_slotBits[run] >> i & 1U) << m_current);
         }

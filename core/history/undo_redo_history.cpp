@@ -16,7 +16,6 @@
 
 #include "history/marker.h"
 #include "support/image.h"
-#include "support/in_parts.h"
 #include "support/large_pages.h"
 #include "support/log.h"
 
@@ -66,25 +65,22 @@ struct TileStack {
     int x1;
 };
 
-// Calls visit for every stack of tiles, down one column of them after the other, on several threads.
+// Calls visit for every stack of tiles, down one column of them after the other.
 template <typename Visit>
-void forEachStack(const Visit& visit) {
+void forEachStack(Visit visit) {
     const int width = VORNSEMarker::m_originalWidth;
     const int height = VORNSEMarker::m_originalHeight;
-    const std::int64_t pixelsOfColumn = std::int64_t{kTile} * height;
-    inParts((width + kTile - 1) / kTile, pixelsOfColumn, [&](int firstColumn, int lastColumn) {
-        for (int x = kTile * firstColumn; x < std::min(kTile * lastColumn, width); x += kTile) {
-            for (int y = 0; y < height;) {
-                TileStack stack{};
-                stack.x0 = x;
-                stack.x1 = std::min(x + kTile, width);
-                for (; stack.count < kTilesInStack && y < height; y += kTile) {
-                    stack.tiles[stack.count++] = {x, stack.x1, y, std::min(y + kTile, height)};
-                }
-                visit(stack);
+    for (int x = 0; x < width; x += kTile) {
+        for (int y = 0; y < height;) {
+            TileStack stack{};
+            stack.x0 = x;
+            stack.x1 = std::min(x + kTile, width);
+            for (; stack.count < kTilesInStack && y < height; y += kTile) {
+                stack.tiles[stack.count++] = {x, stack.x1, y, std::min(y + kTile, height)};
             }
+            visit(stack);
         }
-    });
+    }
 }
 
 enum class Content { kEmpty, kFull, kMixed };

@@ -213,35 +213,4 @@ INSTANTIATE_TEST_SUITE_P(
                (sweep.param.onward ? "Onward" : "") + (sweep.param.reduced ? "Reduced" : "");
     });
 
-// Photographs of this size are walked by several threads.
-auto largeSession(const Scene& scene) {
-    HostSession host(scene);
-    const int w = scene.width;
-    const int h = scene.height;
-    std::vector<decltype(host.mask)> masks;
-    host.box(w / 5, h / 5, 4 * w / 5, 4 * h / 5);
-    masks.push_back(host.mask);
-    for (const int x : {w / 2, w / 3}) {
-        host.request({x + w / 16, 9 * h / 16, x + w / 10, 9 * h / 16},
-                     host.rectangle(x, h / 2, w / 8, h / 8, SEGCORE_MARK_BACKGROUND),
-                     SEGCORE_BRUSH_REMOVE);
-        masks.push_back(host.mask);
-        host.undo();
-        masks.push_back(host.mask);
-    }
-    return masks;
-}
-
-TEST(LargeSession, GivesTheSameMasksWithoutThreads) {
-    const Scene scene = makeDiscScene(1700, 1500);
-    const auto expected = largeSession(scene);
-    armFault(Fault::kThread, 1, true);
-    const auto alone = largeSession(scene);
-    EXPECT_TRUE(disarmFault());
-    EXPECT_TRUE(alone == expected);
-    EXPECT_LT(scene.errorRate(expected.front()), 0.01);
-    EXPECT_TRUE(expected[1] != expected[0]);
-    EXPECT_TRUE(expected[2] == expected[0]);
-}
-
 }  // namespace
