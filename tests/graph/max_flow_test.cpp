@@ -29,42 +29,6 @@ void expectCut(Grid grid, const std::vector<float>& source, const std::vector<fl
 
 using MaxFlow = FlowTest;
 
-// The middle node of a 3 x 3 grid is an orphan of one tree, its neighbours are roots of the same.
-class Adoption : public testing::TestWithParam<int> {
-  protected:
-    Adoption() {
-        Grid grid(3, 3, 1.0F);
-        auto& terminals = GetParam() == tree::kSource ? grid.source : grid.sink;
-        terminals = {1, 1, 1, 1, 0, 1, 1, 1, 1};
-        graph = grid.build();
-        graph->maxflowInit();
-        while (nodes* queued = graph->GetTopActiveQueueNode()) {
-            queued->nextActive = nullptr;
-        }
-        graph->outgoingSlots(4, slots);
-        join(4, parent::kNone);
-    }
-    void adopt() {
-        GetParam() == tree::kSource ? graph->ProcessSourceOrphans(&orphan())
-                                    : graph->ProcessSinkOrphans(&orphan());
-    }
-    void setNeighboursFree() {
-        for (const int slot : slots) {
-            graph->m_nodes[graph->headOf(slot)].treeLabel = tree::kFree;
-        }
-    }
-    void join(int node, int parentEdge) {
-        graph->m_nodes[node].treeLabel = GetParam();
-        graph->m_nodes[node].parentEdge = parentEdge;
-    }
-    nodes& orphan() { return graph->m_nodes[4]; }
-    // The capacity on which flow would pass between the orphan and a parent over `slot`.
-    float& useful(int slot) { return graph->m_edgeCaps[GetParam() == 0 ? slot ^ 1 : slot]; }
-
-    std::unique_ptr<VORNSEGraph> graph;
-    int slots[8];  // of the orphan
-};
-
 }  // namespace
 
 TEST_F(MaxFlow, CutsAsCheaplyAsATextbookSolver) {
@@ -130,52 +94,3 @@ TEST_F(MaxFlow, StopsAtTheFirstScanThatEndsAfterTenSeconds) {
         EXPECT_EQ(VORNSEMarker::m_exitApp, late);
     }
 }
-
-TEST_P(Adoption, TheEarliestOfEqualParentsInScanOrderWins) {
-    for (const int slot : slots) {
-        adopt();
-        EXPECT_EQ(orphan().parentEdge, slot);
-        EXPECT_EQ(orphan().treeLabel, GetParam());
-        useful(slot) = slot % 3 == 0 ? -0.0F : 0.0F;  // out of the running, whatever its sign
-        join(4, parent::kNone);
-    }
-    adopt();
-    EXPECT_EQ(orphan().treeLabel, tree::kFree);
-    EXPECT_EQ(graph->m_activeHead, nullptr);
-}
-
-TEST_P(Adoption, TheNearestRootWinsAndOwnDescendantsAreNoParents) {
-    setNeighboursFree();
-    // Left hangs on the orphan itself, up-left on left, up on up-left.
-    join(3, slots[0] ^ 1);
-    join(0, 8 * 3 + 5);
-    join(1, 8 * 1);
-    // Down is a root; down-right, earlier in the scan, is its child.
-    join(7, parent::kTerminal);
-    join(8, 8 * 8);
-    adopt();
-    EXPECT_EQ(orphan().parentEdge, slots[6]);
-    join(4, parent::kNone);
-    useful(slots[6]) = 0.0F;
-    adopt();
-    EXPECT_EQ(orphan().parentEdge, slots[5]);
-}
-
-TEST_P(Adoption, AFreedOrphanWakesItsNeighboursAndOrphansItsChildren) {
-    setNeighboursFree();
-    // Left and right are children; only from the right could the orphan be claimed again.
-    join(3, slots[0] ^ 1);
-    join(5, slots[4] ^ 1);
-    useful(slots[0]) = 0.0F;
-    graph->m_nodes[1].treeLabel = 1 - GetParam();  // the other tree is left alone
-    adopt();
-    EXPECT_EQ(orphan().treeLabel, tree::kFree);
-    EXPECT_EQ(orphan().parentEdge, parent::kNone);
-    EXPECT_EQ(graph->GetTopActiveQueueNode(), graph->m_nodes + 5);
-    EXPECT_EQ(graph->GetTopActiveQueueNode(), nullptr);
-    EXPECT_EQ(graph->GetTopOrphanQueueNode(), graph->m_nodes + 3);
-    EXPECT_EQ(graph->GetTopOrphanQueueNode(), graph->m_nodes + 5);
-    EXPECT_EQ(graph->GetTopOrphanQueueNode(), nullptr);
-}
-
-INSTANTIATE_TEST_SUITE_P(BothTrees, Adoption, testing::Values(tree::kSource, tree::kSink));
