@@ -3,59 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <iterator>
 
 #include "colour/model_init.h"
 #include "colour/samples.h"
-#include "history/marker.h"
 #include "support/image_bytes.h"
-#include "support/log_capture.h"
 
-static bool operator==(pixelVal a, pixelVal b) {
-    return a.ch0 == b.ch0 && a.ch1 == b.ch1 && a.ch2 == b.ch2;
-}
-
-namespace {
-
-class AlternativeInit : public testing::Test {
-  protected:
-    void SetUp() override {
-        VORNSEMarker::m_noiseLevel = 0.1;
-        clearLog();
-    }
-};
-
-double logLikelihood(const VORNSEColorModel& model, const Samples& samples) {
-    double sum = 0.0;
-    for (const pixelVal& sample : samples) {
-        sum += std::log(model.GMMProb(sample));
-    }
-    return sum;
-}
-
-}  // namespace
-
-TEST_F(AlternativeInit, EmNeverLowersTheLikelihood) {
-    std::mt19937 random(1);
-    for (int round = 0; round < 3; ++round) {
-        const Samples samples = randomSamples(random, 1000, 200);
-        VORNSEColorModel model;
-        initModelWithKmeansVORN(samples, model);
-        VORNSEColorModel atOnce = model;
-        model.setInverseCovariance();
-        const double start = logLikelihood(model, samples);
-        double before = start;
-        for (int pass = 0; pass < 40; ++pass) {
-            model.EM(samples, 1);
-            const double after = logLikelihood(model, samples);
-            EXPECT_GE(after, before - 1e-9 * std::fabs(before)) << round << ' ' << pass;
-            before = after;
-        }
-        EXPECT_GT(before, start + 10.0);
-        atOnce.EM(samples, 40);
-        EXPECT_TRUE(sameBytes(atOnce, model));
-    }
-}
+using AlternativeInit = ColourTest;
 
 TEST_F(AlternativeInit, EmPassByHand) {
     // One component takes every sample whole, so a pass gives the plain mean and covariance. A
@@ -64,13 +17,9 @@ TEST_F(AlternativeInit, EmPassByHand) {
     setComponent(model, 2, 0.5, 10.0, 100.0);
     const Samples samples = {{8, 0, 0},  {12, 0, 4}, {8, 6, 4},  {12, 6, 0},
                              {10, 3, 2}, {10, 3, 2}, {1e6, 0, 0}};
-    VORNSEColorModel prepared = model;
+    const VORNSEColorModel before = model;
     model.EM(Samples(4), 3);  // too few
-    EXPECT_TRUE(sameBytes(model, prepared));
-    prepared.setDeterminant();
-    prepared.setInverseCovariance();
-    model.EM(samples, 0);
-    EXPECT_TRUE(sameBytes(model, prepared));
+    EXPECT_TRUE(sameBytes(model, before));
     model.EM(samples, 1);
     EXPECT_DOUBLE_EQ(model.m_weight[2], 6.0 / 7.0);
     const double mean[] = {10, 3, 2};
@@ -87,6 +36,13 @@ TEST_F(AlternativeInit, EmPassByHand) {
     setComponent(twins, 1, 0.75, 10.0, 100.0);
     twins.EM(samples, 1);
     EXPECT_DOUBLE_EQ(twins.m_weight[0], 0.25 * 6.0 / 7.0);
+    // Two passes are a pass after a pass.
+    setComponent(twins, 1, 0.75, 12.0, 90.0);
+    VORNSEColorModel atOnce = twins;
+    atOnce.EM(samples, 2);
+    twins.EM(samples, 1);
+    twins.EM(samples, 1);
+    EXPECT_TRUE(sameBytes(atOnce, twins));
 }
 
 TEST_F(AlternativeInit, StatisticsByHand) {
@@ -157,44 +113,35 @@ TEST_F(AlternativeInit, LibraryKmeansFindsSeparateColoursAndRepeats) {
 TEST_F(AlternativeInit, UnlabelledPixelsAreSharedOutByTheirLikelihood) {
     // Rows of mixed background colours, then a row of unlabelled ones like them, one of strangers
     // and one between.
-    constexpr int kWidth = 8;
-    constexpr int kBackgroundRows = 16;
-    constexpr unsigned kValues[] = {100, 220, 140};
-    constexpr int kRows = kBackgroundRows + 3;
-    Bytes pixels;
-    Bytes codes;
-    std::mt19937 random(1);
-    for (int i = 0; i < kWidth * kRows; ++i) {
-        const int x = i % kWidth;
-        const int row = i / kWidth - kBackgroundRows;
-        codes.push_back(static_cast<std::uint8_t>(row < 0 ? 1 + 2 * (x % 2) : 2 * (x % 3)));
-        std::generate_n(std::back_inserter(pixels), 3, [&] {
-            return static_cast<std::uint8_t>(row < 0 ? 80 + random() % 40
-                                                     : kValues[row] + static_cast<unsigned>(x));
-        });
+    cv::Mat3b pixels(19, 8);
+    cv::RNG(1).fill(pixels, cv::RNG::UNIFORM, 80, 120);
+    cv::Mat1b codes(pixels.size(), label::kBackground);
+    codes.rowRange(8, 16).setTo(label::kProbableBackground);
+    const int unlabelled[][2] = {
+        {100, label::kFree}, {220, label::kObject}, {140, label::kProbableObject}};
+    for (int row = 0; row < 3; ++row) {
+        pixels.row(16 + row).setTo(cv::Scalar::all(unlabelled[row][0]));
+        codes.row(16 + row).setTo(unlabelled[row][1]);
     }
-    const ImagePtr image = imageOf(kWidth, kRows, 3, pixels);
-    const ImagePtr labels = imageOf(kWidth, kRows, 1, codes);
+    const IplImage image = cvIplImage(pixels);
+    const IplImage labels = cvIplImage(codes);
     VORNSEColorModel models[2];
-    initThirdInitalization(image.get(), labels.get(), models[0], models[1]);
-    const double ranges[][2] = {{220, 227}, {80, 120}};
+    initThirdInitalization(&image, &labels, models[0], models[1]);
+    const double ranges[][2] = {{220, 220}, {80, 120}};
     for (const int m : {0, 1}) {
-        double weight = 0.0;
         for (int k = 0; k < kComponents; ++k) {
-            weight += models[m].m_weight[k];
             if (models[m].m_weight[k] > 0.0) {
                 EXPECT_GE(models[m].m_mean[k][0], ranges[m][0]);
                 EXPECT_LE(models[m].m_mean[k][0], ranges[m][1]);
             }
         }
-        EXPECT_NEAR(weight, 1.0, 1e-12);
     }
 
     // Without labels, or with labels that do not fit, both models stay.
     const VORNSEColorModel before[2] = {models[0], models[1]};
-    initThirdInitalization(image.get(), nullptr, models[0], models[1]);
+    initThirdInitalization(&image, nullptr, models[0], models[1]);
     EXPECT_TRUE(takeErrors().empty());
-    initThirdInitalization(image.get(), createImage(4, 3, 1).get(), models[0], models[1]);
+    initThirdInitalization(&image, createImage(4, 3, 1).get(), models[0], models[1]);
     EXPECT_EQ(takeErrors().size(), 1U);
     EXPECT_TRUE(sameBytes(models[0], before[0]) && sameBytes(models[1], before[1]));
 }

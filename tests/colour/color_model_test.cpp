@@ -5,14 +5,11 @@
 #include <cmath>
 
 #include "colour/samples.h"
-#include "history/marker.h"
 
 namespace {
 
-class ColorModel : public testing::Test {
+class ColorModel : public ColourTest {
   protected:
-    void SetUp() override { VORNSEMarker::m_noiseLevel = 0.1; }
-
     void prepare() {
         model.setDeterminant();
         model.setInverseCovariance();

@@ -1,14 +1,30 @@
 // Seeded colour samples, and models with chosen components.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstring>
 #include <random>
 #include <vector>
 
 #include "colour/color_model.h"
+#include "history/marker.h"
+#include "support/log_capture.h"
 
 using Samples = std::vector<pixelVal>;
+
+class ColourTest : public testing::Test {
+  protected:
+    ColourTest() {
+        VORNSEMarker::m_noiseLevel = 0.1;
+        clearLog();
+    }
+};
+
+inline bool operator==(pixelVal a, pixelVal b) {
+    return a.ch0 == b.ch0 && a.ch1 == b.ch1 && a.ch2 == b.ch2;
+}
 
 // `distinct` values a channel: few make duplicates, ties and empty clusters.
 inline Samples randomSamples(std::mt19937& random, std::size_t count, unsigned distinct) {

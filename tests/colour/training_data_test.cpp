@@ -4,20 +4,11 @@
 
 #include <numeric>
 
+#include "colour/samples.h"
 #include "history/marker.h"
 #include "support/image_bytes.h"
 
 namespace {
-
-using Rows = std::vector<std::vector<double>>;
-
-Rows rowsOf(const std::vector<pixelVal>& samples) {
-    Rows rows;
-    for (const pixelVal& s : samples) {
-        rows.push_back({s.ch0, s.ch1, s.ch2});
-    }
-    return rows;
-}
 
 // Bytes start, start + 1, ... in raster order.
 ImagePtr counting(int width, int height, int channels, int start) {
@@ -37,22 +28,22 @@ class TrainingData : public testing::Test {
     }
 
     const ImagePtr image = counting(4, 2, 3, 0);
-    std::vector<pixelVal> foreground{9, {1, 1, 1}};  // left over from before
-    std::vector<pixelVal> background;
-    const std::vector<double> filler = {10, 20, 30};
+    Samples foreground{9, {1, 1, 1}};  // left over from before
+    Samples background;
+    const pixelVal filler = {10, 20, 30};
 };
 
 }  // namespace
 
 TEST_F(TrainingData, RoutesByLabelInRasterOrderAndFillsUpToFive) {
     extract({2, 0, 4, 3, 5, 2, 255, 0});
-    EXPECT_EQ(rowsOf(foreground), (Rows{{0, 1, 2}, {6, 7, 8}, {15, 16, 17}, filler, filler}));
-    EXPECT_EQ(rowsOf(background), (Rows{{9, 10, 11}, filler, filler, filler, filler}));
+    EXPECT_EQ(foreground, (Samples{{0, 1, 2}, {6, 7, 8}, {15, 16, 17}, filler, filler}));
+    EXPECT_EQ(background, (Samples{{9, 10, 11}, filler, filler, filler, filler}));
     extract({1, 3, 1, 3, 1, 3, 4, 0});
     EXPECT_EQ(background.size(), 6U);
     extractTrainingData(image.get(), nullptr, foreground, background);
-    EXPECT_EQ(rowsOf(foreground), Rows(5, filler));
-    EXPECT_EQ(rowsOf(background), Rows(5, filler));
+    EXPECT_EQ(foreground, Samples(5, filler));
+    EXPECT_EQ(background, Samples(5, filler));
 }
 
 TEST_F(TrainingData, GreySamplesTakeTheirTextureFromTheRegionsPlace) {
@@ -62,6 +53,6 @@ TEST_F(TrainingData, GreySamplesTakeTheirTextureFromTheRegionsPlace) {
     VORNSEMarker::m_xMinBBox = 5;
     VORNSEMarker::m_yMinBBox = 7;
     extract({2, 0, 0, 0, 0, 0, 0, 1});
-    EXPECT_EQ(rowsOf(foreground)[0], (std::vector<double>{0, 68, 168}));   // at (5, 7)
-    EXPECT_EQ(rowsOf(background)[0], (std::vector<double>{21, 80, 180}));  // at (8, 8)
+    EXPECT_EQ(foreground[0], (pixelVal{0, 68, 168}));   // at (5, 7)
+    EXPECT_EQ(background[0], (pixelVal{21, 80, 180}));  // at (8, 8)
 }
