@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <limits>
 
 #include "interface/context_snapshot.h"
 #include "support/fake_clock.h"
@@ -83,6 +84,10 @@ class PollTrap {
     PollTrap(const PollTrap&) = delete;
     PollTrap& operator=(const PollTrap&) = delete;
 
+    static std::uint64_t polls() {
+        std::uint64_t count = 0;
+        return read(s_event, &count, sizeof count) == sizeof count ? count : 0;
+    }
     // Whether the request came so far.
     static bool reached() { return s_reached != 0; }
     static bool available() {
@@ -105,9 +110,12 @@ TEST_P(EveryPoll, CancelsWithoutATrace) {
         GTEST_SKIP() << "no hardware watchpoints here";
     }
     std::vector<std::uint8_t> uncancelled;
+    std::uint64_t polls = 0;
     {
         Edit plain;
+        const PollTrap trap(std::numeric_limits<std::int32_t>::max());
         plain.request();
+        polls = PollTrap::polls();
         ASSERT_TRUE(plain.delivered());
         uncancelled = plain.mask;
     }
@@ -125,9 +133,10 @@ TEST_P(EveryPoll, CancelsWithoutATrace) {
             edit.expectUntouched(before);
         }
     }
-    // Five passes, in each a poll for every node that the flow reaches. After the last one a cancel
-    // is too late.
+    // Five passes, in each a poll for every node that the flow reaches. After the last one, and no
+    // sooner, a cancel is too late.
     EXPECT_GT(poll, 5U * kSide);
+    EXPECT_GE(poll - kShares, polls);
     EXPECT_TRUE(edit.mask == uncancelled);
     EXPECT_EQ(takeErrors(), Log{});
 }
