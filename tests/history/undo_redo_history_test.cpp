@@ -41,9 +41,6 @@ class MaskHistory : public testing::Test {
     static void record(const Mask& mask) {
         History::updateBitPlane(imageOf(kWidth, kHeight, 1, mask).get());
     }
-    static std::vector<int> ring() {
-        return {History::m_bottom, History::m_current, History::m_top};
-    }
 };
 
 }  // namespace
@@ -78,23 +75,6 @@ TEST_F(MaskHistory, BehavesLikeAListOfMasksOnRandomSequences) {
     }
 }
 
-TEST_F(MaskHistory, StepsThroughThreeMasks) {
-    for (const Mask& mask : {plain(1), plain(0), plain(255)}) {
-        record(mask);
-    }
-    EXPECT_EQ(ring(), (std::vector<int>{0, 3, 3}));
-    EXPECT_EQ(take(History::redo()), plain(255));  // nothing to redo: the mask on display
-    EXPECT_EQ(take(History::undo()), plain(0));
-    EXPECT_EQ(take(History::undo()), plain(255));  // stored as 1: any byte but 0 is object
-    EXPECT_FALSE(History::canUndo());
-    EXPECT_EQ(History::undo(), nullptr);
-    EXPECT_EQ(History::undo(), nullptr);
-    EXPECT_EQ(ring(), (std::vector<int>{0, 0, 3}));
-    History::reset();
-    EXPECT_EQ(ring(), (std::vector<int>{0, 0, 0}));
-    EXPECT_EQ(take(History::getMask(2)), plain(255));  // the planes keep their bits
-}
-
 TEST_F(MaskHistory, SlotsAreBitsOfColumnMajorWords) {
     Mask corner = plain(0);
     corner[2 * kWidth + 36] = 9;
@@ -104,14 +84,6 @@ TEST_F(MaskHistory, SlotsAreBitsOfColumnMajorWords) {
     EXPECT_EQ(History::m_bitPlane[2][36], 0x80000000U);
     set(31, plain(0));
     EXPECT_EQ(History::m_bitPlane[36][2], 0x10U);
-}
-
-TEST_F(MaskHistory, AnEmptyHistoryShowsNothingAndRedoReadsClearedPlanes) {
-    EXPECT_EQ(History::undo(), nullptr);
-    EXPECT_EQ(History::prevMask(), nullptr);
-    EXPECT_FALSE(History::canUndo() || History::canRedo());
-    EXPECT_EQ(take(History::redo()), plain(0));
-    EXPECT_EQ(ring(), (std::vector<int>{0, 0, 0}));
 }
 
 TEST_F(MaskHistory, OnlyAnImpossibleSizeIsLogged) {
