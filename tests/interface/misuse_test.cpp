@@ -84,15 +84,11 @@ TEST_F(Misuse, DuringAnEdit) {
     HostSession session(discScene());
     session.box(40, 25, 120, 95);
     session.box(50, 40, 100, 80);
-    session.undo();
-    session.redo();
-    const std::vector<std::uint32_t> photo = session.photo;
-
-    expectRefused("setSourceImage", [&] { setSourceImage(0, 5, photo.data()); },
+    expectRefused("setSourceImage", [&] { setSourceImage(0, 5, words()); },
                   {sizeCheck("setSourceImage", 115)});
-    expectRefused("setSourceImage", [&] { setSourceImage(9, -1, photo.data()); },
+    expectRefused("setSourceImage", [&] { setSourceImage(9, -1, words()); },
                   {sizeCheck("setSourceImage", 115)});
-    expectRefused("setSourceImage", [&] { setSourceImage(1 << 16, 1 << 16, photo.data()); });
+    expectRefused("setSourceImage", [&] { setSourceImage(1 << 16, 1 << 16, words()); });
     expectRefused("setSourceImage", [&] { setSourceImage(160, 120, nullptr); });
     expectRefused("setMarkerImage", [&] { setMarkerImage(0, 0, markers(), 0); },
                   {sizeCheck("setMarkerImage", 164), sizeCheck("setMarkerImage", 173)});
@@ -123,7 +119,6 @@ TEST_F(Misuse, DuringAnEdit) {
     };
     expectRefused("doSegmentationBB", box(0, 9, words(), bytes()),
                   {sizeCheck("setSourceImage", 115)});
-    expectRefused("doSegmentationBB", box(1 << 20, 1 << 20, words(), bytes()));
     expectRefused("doSegmentationBB", box(160, 120, nullptr, bytes()));
     expectRefused("doSegmentationBB", box(160, 120, words(), nullptr));
 }
@@ -133,11 +128,6 @@ TEST_F(Misuse, PhotographTooNarrowForAWorkingImage) {
     HostSession session(discScene());
     session.box(40, 25, 120, 95);
     const std::vector<std::uint32_t> line(100000, 3);
-    std::vector<std::uint8_t> mask(line.size(), 7);
-    expectRefused("doSegmentationBB",
-                  [&] { doSegmentationBB(1, 100000, line.data(), 0, 0, 0, 9, mask.data()); },
-                  {sizeCheck("intializer", 103)});
-    EXPECT_EQ(mask, std::vector<std::uint8_t>(mask.size(), 7));
     setSourceImage(1, 100000, line.data());
     expectRefused("initSegmentationEngine", [] { initSegmentationEngine(0); },
                   {sizeCheck("intializer", 103)});

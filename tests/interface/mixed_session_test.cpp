@@ -2,9 +2,9 @@
 // cancels from a second thread. Meant for the sanitizer builds above all.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
 #include <functional>
+#include <opencv2/core.hpp>
 #include <random>
 #include <string_view>
 #include <thread>
@@ -53,9 +53,10 @@ class MixedCalls {
     int around(int limit) { return below(limit + 6) - 3; }
 
     void newPhoto() {
-        const int sizes[][2] = {{48, 40}, {64, 30}, {1, 1}, {1, 20}, {17, 2}, {330, 250}};
-        const int choice = below(12);
-        const auto& size = sizes[choice < 6 ? choice : choice % 2];
+        const int sizes[][2] = {{48, 40}, {64, 30}, {1, 1},  {1, 20},    {20, 1},   {17, 2},
+                                {2, 3},   {3, 3},   {9, 60}, {330, 250}, {40, 2000}};
+        const int choice = below(22);
+        const auto& size = sizes[choice < 11 ? choice : choice % 2];
         const Scene scene = makeDiscScene(size[0], size[1]);
         m_width = scene.width;
         m_height = scene.height;
@@ -70,85 +71,51 @@ class MixedCalls {
         }
         setCurrentMarkerVector(static_cast<int>(m_points.size()), m_points.data());
         std::vector<int> markers(m_photo.size());
-        const int code = below(5);
         const int left = below(m_width);
         const int top = below(m_height);
-        const int right = left + below(m_width - left);
-        const int bottom = top + below(m_height - top);
-        for (int y = top; y <= bottom; ++y) {
-            for (int x = left; x <= right; ++x) {
-                markers[static_cast<std::size_t>(y * m_width + x)] = code;
-            }
-        }
+        const cv::Rect marked(left, top, 1 + below(m_width - left), 1 + below(m_height - top));
+        cv::Mat(m_height, m_width, CV_32SC1, markers.data())(marked) = below(5);
         setMarkerImage(below(20) == 0 ? m_height : m_width, m_height, markers.data(), below(5));
     }
 
     void step() {
         std::uint32_t* const blended = below(30) == 0 ? nullptr : m_blended.data();
         std::uint8_t* const mask = below(30) == 0 ? nullptr : m_mask.data();
-        switch (below(24)) {
-            case 0:
+        const std::function<void()> calls[] = {
+            [&] {
                 newPhoto();
                 setSourceImage(m_width, m_height, m_photo.data());
-                break;
-            case 1:
-            case 2:
-                initSegmentationEngine(0);
-                break;
-            case 3:
+            },
+            [&] {
                 newPhoto();
                 doSegmentationBB(m_width, m_height, m_photo.data(), around(m_width),
                                  around(m_height), around(m_width), around(m_height),
                                  m_mask.data());
-                break;
-            case 4:
-                setSourceImage(below(2), -below(2), m_photo.data());
-                break;
-            case 5:
-                deinitSegmentation();
-                break;
-            case 6:
-                resetSegmentationInterface();
-                break;
-            case 7:
-                cancelSegmentation();
-                break;
-            case 8:
-                exitSegmentation();
-                break;
-            case 9:
-                undo(blended, mask);
-                break;
-            case 10:
-                redo(blended, mask);
-                break;
-            case 11:
-                copySourceImage(m_blended.data());
-                break;
-            case 12: {
-                int* array = nullptr;
-                int count = 0;
-                fetch_path_array(&array, &count);
-                keep(std::vector<int>(array, array + count));
-                release_path_array(array);
-                break;
-            }
-            case 13:
-                freeLocalBuffers();
-                break;
-            case 14:
-            case 15:
-            case 16:
+            },
+            [&] { setSourceImage(below(2), -below(2), m_photo.data()); },
+            [] { deinitSegmentation(); },
+            [] { resetSegmentationInterface(); },
+            [] { cancelSegmentation(); },
+            [] { exitSegmentation(); },
+            [] { freeLocalBuffers(); },
+            [&] { undo(blended, mask); },
+            [&] { redo(blended, mask); },
+            [&] { copySourceImage(m_blended.data()); },
+            [&] { keep(HostSession::fetchOutline()); },
+            [&] { processSegment(0, 0, 0, blended, mask); },
+            [&] {
                 mark();
                 cutOutImage(0, 0, 0, blended, mask);
-                break;
-            case 17:
-                processSegment(0, 0, 0, blended, mask);
-                break;
-            default:
+            },
+            [] { initSegmentationEngine(0); },
+            [&] {
                 mark();
                 keep(std::vector<int>{processSegment(0, 0, 0, blended, mask)});
-        }
+            }};
+        // Edits, engines and requests several times as often as the others.
+        constexpr int kOthers = 13;
+        const int choice = below(24);
+        calls[choice < kOthers ? choice : kOthers + choice % 3]();
     }
 
     std::mt19937 m_random;
@@ -162,58 +129,19 @@ class MixedCalls {
 };
 
 TEST(MixedSession, TwoHundredCallsGiveTheSameBytesAgain) {
-    for (const unsigned seed : {1U, 2U, 3U}) {
+    for (const unsigned seed : {1U, 2U, 3U, 4U}) {
         const std::size_t first = MixedCalls(seed).run(200);
         EXPECT_EQ(MixedCalls(seed).run(200), first) << seed;
     }
     clearLog();
 }
 
-// What every step of a session on a photograph of that size delivers.
-auto resultsOfSession(int width, int height) {
-    HostSession session(makeDiscScene(width, height));
-    std::vector<std::vector<std::uint8_t>> masks;
-    const auto keep = [&] {
-        EXPECT_TRUE(std::all_of(session.mask.begin(), session.mask.end(),
-                                [](std::uint8_t byte) { return byte == 0 || byte == 255; }));
-        masks.push_back(session.mask);
-    };
-    session.box(-2, -2, width + 2, height);
-    keep();
-    for (const int code : {SEGCORE_MARK_OBJECT, SEGCORE_MARK_BACKGROUND}) {
-        const bool adds = code == SEGCORE_MARK_OBJECT;
-        const std::vector<int> marks = session.rectangle(width / 2, height / 2, 1, 1, code);
-        session.request({width / 2, height / 2}, marks,
-                        adds ? SEGCORE_BRUSH_ADD : SEGCORE_BRUSH_REMOVE);
-        keep();
-        session.request({0, 0, width - 1, height - 1}, marks,
-                        adds ? SEGCORE_LOOP_ADD : SEGCORE_LOOP_REMOVE);
-        keep();
-        session.undo();
-        keep();
-        session.cutOut(marks);
-        keep();
-    }
-    return std::pair(masks, session.fetchOutline());
-}
-
-TEST(MixedSession, PhotographsOfAnySizeGiveTheSameBytesAgain) {
-    const int sizes[][2] = {{1, 1}, {1, 20}, {20, 1},  {17, 2},    {2, 3},
-                            {3, 3}, {9, 60}, {64, 30}, {330, 250}, {40, 2000}};
-    for (const auto& [width, height] : sizes) {
-        EXPECT_EQ(resultsOfSession(width, height), resultsOfSession(width, height)) << width;
-    }
-    clearLog();
-}
-
 TEST(MixedSession, SecondThreadCancelsAtAnyTime) {
     HostSession session(discScene());
-    session.box(35, 20, 125, 100);
-    const std::vector<std::uint8_t> mask = session.mask;
     int cancelled = 0;
     for (int delay = 0; delay < 40; ++delay) {
         initSegmentationEngine(0);
-        session.mask.assign(mask.size(), 7);
+        session.mask.assign(session.mask.size(), 7);
         std::thread second([delay] {
             std::this_thread::sleep_for(std::chrono::milliseconds(delay));
             cancelSegmentation();
@@ -223,11 +151,9 @@ TEST(MixedSession, SecondThreadCancelsAtAnyTime) {
         if (session.mask.front() == 7) {
             ++cancelled;
             EXPECT_EQ(session.blended, session.photo);
-            EXPECT_EQ(session.mask, std::vector<std::uint8_t>(mask.size(), 7));
+            EXPECT_EQ(session.mask, std::vector<std::uint8_t>(session.mask.size(), 7));
         } else {
             EXPECT_LT(discScene().errorRate(session.mask), 0.01);
-            session.undo();
-            EXPECT_EQ(session.mask, mask);
         }
     }
     EXPECT_GT(cancelled, 0);

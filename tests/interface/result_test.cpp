@@ -55,15 +55,12 @@ TEST_F(ResultTest, HolesAndSeparateObjectsHaveOutlinesOfTheirOwn) {
     m_session.cutOut(markers);
     const std::vector<int> outline = m_session.fetchOutline();
     EXPECT_EQ(outline[0], 3);
-    std::size_t points = 0;
     std::size_t next = 1;
     for (int contour = 0; contour < outline[0]; ++contour) {
-        const auto count = static_cast<std::size_t>(outline[next]);
-        points += count;
-        next += 2 + 2 * count;
+        next += 2 + 2 * static_cast<std::size_t>(outline[next]);
         EXPECT_EQ(outline[next - 1], -1);
     }
-    EXPECT_EQ(outline.size(), 2 * (3 + points) + 1);
+    EXPECT_EQ(outline.size(), next);
 }
 
 TEST_F(ResultTest, EmptyMaskHasNoOutline) {
@@ -93,40 +90,33 @@ TEST_F(ResultTest, EditsStartFromTheMaskOnDisplay) {
     EXPECT_EQ(takeErrors(), Log{});
 }
 
-TEST_F(ResultTest, EditsWithoutBuffersAreRecorded) {
+TEST_F(ResultTest, StepsDeliverTheMasksAndThenThePhotograph) {
+    std::vector<std::pair<std::vector<std::uint8_t>, std::vector<std::uint32_t>>> results;
+    const auto shown = [this] { return std::pair(m_session.mask, m_session.blended); };
+    for (int step = 0; step < 2; ++step) {
+        m_session.cutOut(square(40 + 5 * step, 6, 1));
+        results.push_back(shown());
+    }
     const std::vector<int> markers = square(20, 30, 10);
     setMarkerImage(160, 120, markers.data(), SEGCORE_BRUSH_ADD);
-    cutOutImage(0, 0, 0, nullptr, nullptr);
-    EXPECT_EQ(takeErrors(), Log{});
-    m_session.redo();
-    EXPECT_EQ(m_session.mask[at(29, 39)], 0);
-}
-
-TEST_F(ResultTest, StepsDeliverTheMasksAndThenThePhotograph) {
-    std::vector<std::vector<std::uint8_t>> masks;
-    std::vector<std::vector<std::uint32_t>> blends;
-    for (int step = 0; step < 3; ++step) {
-        m_session.cutOut(square(40 + 5 * step, 6, 1));
-        masks.push_back(m_session.mask);
-        blends.push_back(m_session.blended);
-    }
+    cutOutImage(0, 0, 0, nullptr, nullptr);  // is recorded without being seen
     m_session.undo();
-    EXPECT_EQ(m_session.mask, masks[1]);
-    EXPECT_EQ(m_session.blended, blends[1]);
+    EXPECT_EQ(shown(), results[1]);
     EXPECT_TRUE(canUndo());
     m_session.undo();
-    EXPECT_EQ(m_session.mask, masks[0]);
+    EXPECT_EQ(shown(), results[0]);
     EXPECT_FALSE(canUndo());
     m_session.blended.assign(m_session.blended.size(), 0);
     ::undo(m_session.blended.data(), nullptr);  // no mask to deliver, so none is needed
     EXPECT_EQ(m_session.blended, m_session.photo);
-    EXPECT_EQ(m_session.mask, masks[0]);
-    for (const std::size_t step : {0U, 1U, 2U, 2U}) {
-        EXPECT_EQ(canRedo(), step != 2 || m_session.mask == masks[1]);
+    for (const std::size_t step : {0U, 1U}) {
+        EXPECT_TRUE(canRedo());
         m_session.redo();
-        EXPECT_EQ(m_session.mask, masks[step]);
-        EXPECT_EQ(m_session.blended, blends[step]);
+        EXPECT_EQ(shown(), results[step]);
     }
+    m_session.redo();
+    EXPECT_EQ(m_session.mask[at(29, 39)], 0);
+    EXPECT_FALSE(canRedo());
     m_session.undo();
     m_session.cutOut(square(40 + 5 * 7, 6, 1));  // drops the branch
     EXPECT_FALSE(canRedo());
