@@ -1,6 +1,5 @@
 // One request from labels to the recorded mask.
 #include "engine/engine_test.h"
-#include "graph/graph.h"
 #include "history/undo_redo_history.h"
 #include "support/fake_clock.h"
 #include "support/host_session.h"
@@ -20,6 +19,8 @@ TEST_F(DriverTest, FixedLabelsSurviveAndNoneStaysFree) {
     ASSERT_EQ(session.request(box, markers, SEGCORE_LOOP_ADD), 0);
     EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 30)[40], 2);
     EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 60)[80], 1);
+    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 60)[46], 3);  // four pixels off the disc
+    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 60)[60], 4);
     for (const std::string& row : textOf(VORNSEMarker::m_labelImage)) {
         EXPECT_EQ(row.find_first_not_of("1234"), std::string::npos);
     }
@@ -40,23 +41,6 @@ TEST_F(DriverTest, TimeLimitItselfIsNotOver) {
     EXPECT_FALSE(pHybrid->cancelSegmentation());
     FakeClock::set(10000001);
     EXPECT_TRUE(pHybrid->cancelSegmentation());
-}
-
-TEST_F(DriverTest, CutIsWrittenIntoTheLabelsThatAreNotFixed) {
-    VORNSEHybrid& engine = startBlue(5, 2);
-    setRegion({0, 0, 5, 2});
-    engine.graphSpaceAllocator();
-    engine.m_graph->addNode(10);
-    for (int node = 0; node < 10; ++node) {
-        engine.m_graph->addtWeights(node, node < 6 ? 1.0F : 0.0F, node < 6 ? 0.0F : 1.0F);
-        for (int link = 0; link < 4; ++link) {
-            engine.m_graph->addEdge(node, node, 0.0F, 0.0F, true);
-        }
-    }
-    engine.m_graph->maxFlow();
-    engine.m_cropLabel = imageOf({".1234", ".1234"}).release();
-    EXPECT_EQ(engine.updateLabelImage(), 6);
-    EXPECT_EQ(textOf(engine.m_cropLabel), (Rows{"41244", "41233"}));
 }
 
 TEST_F(DriverTest, FirstPassComesBackWhenItsOutlineIsTheBetter) {
