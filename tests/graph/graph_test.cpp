@@ -16,6 +16,21 @@ Grid numbered(int width, int height) {
 
 }  // namespace
 
+TEST(GraphStore, SlotsLeadToTheNeighboursInScanOrder) {
+    for (const auto& [width, height] : {std::pair{4, 3}, {2, 2}, {6, 1}, {1, 5}}) {
+        const Grid grid(width, height);
+        const auto graph = grid.build();
+        for (int node = 0; node < grid.size(); ++node) {
+            int slots[8];
+            graph->outgoingSlots(node, slots);
+            for (std::size_t i = 0; i < 8; ++i) {
+                const int head = slots[i] == kOutside ? -1 : graph->headOf(slots[i]);
+                EXPECT_EQ(head, grid.around(node)[i]) << width << ' ' << node << ' ' << i;
+            }
+        }
+    }
+}
+
 TEST(GraphStore, AddToEdgeAddsBothWaysBetweenNeighboursOnly) {
     Grid grid = numbered(4, 3);
     const auto graph = grid.build();
