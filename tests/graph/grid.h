@@ -73,9 +73,16 @@ struct Grid {
         }
     }
 
-    std::unique_ptr<VORNSEGraph> build(int numThreads = 0) const {
+    // Rows before `firstRow` and from `lastRow` on are skipped.
+    std::unique_ptr<VORNSEGraph> build(int numThreads = 0, int firstRow = 0,
+                                       int lastRow = std::numeric_limits<int>::max()) const {
         auto graph = std::make_unique<VORNSEGraph>(size(), size() * 8, width, height, numThreads);
         for (int node = 0; node < size(); ++node) {
+            if (node / width < firstRow || node / width >= lastRow) {
+                graph->skipNodes(1);
+                graph->skipEdges(1);
+                continue;
+            }
             const auto n = static_cast<std::size_t>(node);
             graph->addNode(1);
             for (std::size_t d = 0; d < 4; ++d) {

@@ -114,3 +114,20 @@ TEST_F(DenseSearch, EndsOrStopsWhereThePlainSearchDoes) {
         expectSame(*dense, *plain, round);
     }
 }
+
+TEST_F(DenseSearch, SkippedRowsTakeNoPart) {
+    std::mt19937 random(11);
+    for (int round = 0; round < 20; ++round) {
+        const Grid grid = seededGrid(random, round);
+        Grid padded(grid.width, grid.height + 2);
+        std::copy(grid.pairs.begin(), grid.pairs.end(), padded.pairs.begin() + grid.width);
+        std::copy(grid.source.begin(), grid.source.end(), padded.source.begin() + grid.width);
+        std::copy(grid.sink.begin(), grid.sink.end(), padded.sink.begin() + grid.width);
+        const auto sparse = padded.build(0, 1, grid.height + 1);
+        const auto whole = grid.build();
+        ASSERT_EQ(sparse->maxFlow(), whole->maxFlow()) << round;
+        for (int node = 0; node < grid.size(); ++node) {
+            ASSERT_EQ(sparse->getTreeofNode(grid.width + node), whole->getTreeofNode(node));
+        }
+    }
+}

@@ -101,8 +101,8 @@ TEST(EdgePath, CostsAndParentsMatchBellmanFord) {
 
 TEST(EdgePath, CornerPixelHasNoNeighboursOutside) {
     Node_ node;
-    assign_index(node, 3, 4, 2, 3, 0.5);
-    const int expected[] = {-1, -1, -1, 7, 6, 10, -1, -1};
+    assign_index(node, 3, 4, 0, 0, 0.5);
+    const int expected[] = {5, 1, -1, -1, -1, -1, -1, 4};
     for (int k = 0; k < kPathNeighbours; ++k) {
         EXPECT_EQ(node.neighbours[k].neighbour, expected[k]);
     }
