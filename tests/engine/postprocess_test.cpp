@@ -94,10 +94,15 @@ TEST_F(PostprocessTest, RegionIsScaledToThePhotograph) {
     startBlue(8, 6);
     setRegion({1, 1, 2, 1});
     g_imageResizeFactor = 1.5F;  // column 1, 3 columns; row 1, 1 row
-    setPrevious(Rows(6, "........"));
+    const Rows expected = {"........", ".###....", "........", "........", "........", "........"};
+    Rows shown(6, "........");
+    shown[1] = "...#....";
+    setPrevious(shown);
     setStroke(stroke::kLoopAdd, {});
-    EXPECT_EQ(processed(Rows(6, "########")),
-              (Rows{"........", ".###....", "........", "........", "........", "........"}));
+    EXPECT_EQ(processed(Rows(6, "###.####")), expected);
+    setPrevious(Rows(6, "........"));
+    setStroke(stroke::kBrushAdd, {7, 5});
+    EXPECT_EQ(processed(Rows(6, "########")), expected);
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ TEST_F(UpscalingTest, BandGraphTiesItsRingsAndLinksByContrast) {
     VORNSEHybrid& engine = startRectangle({0, 0, 1, 1});
     engine.m_boundWidthTrimap = 3;
     engine.m_boundHeightTrimap = 2;
-    engine.m_lambda = 13.512999534606934;
+    engine.m_lambda = 13.2;  // not a float: where it becomes one shows
     engine.m_beta = 0.001;
     const ImagePtr image = imageOf(3, 2, 3,
                                    {0, 10, 0, 0, 20, 0, 0, 40, 0,  //
@@ -71,13 +71,13 @@ TEST_F(UpscalingTest, BandGraphTiesItsRingsAndLinksByContrast) {
     const int band[4] = {0, 1, 4, 5};
     const float residuals[4] = {-1000, 1000, 1000, 2.0F - 2.0F};
     const auto contrast = [](int d) { return expf(-static_cast<float>(d * d * 0.001)); };
-    const auto diagonal = static_cast<float>(13.512999534606934 * 0.7071067932881648);
-    const auto up = static_cast<float>(13.512999534606934 * static_cast<double>(contrast(30)));
+    const auto diagonal = static_cast<float>(13.2 * 0.7071067932881648);
+    const auto up = static_cast<float>(13.2 * static_cast<double>(contrast(30)));
     // Left links carry the weight alone.
     const float expected[4][4] = {{-2, -2, -2, -2},
-                                  {13.513F, -2, -2, -2},
+                                  {13.2F, -2, -2, -2},
                                   {-2, contrast(40) * diagonal, up, -2},
-                                  {13.513F, contrast(5) * diagonal, -2, -2}};
+                                  {13.2F, contrast(5) * diagonal, -2, -2}};
     for (int i = 0; i < 4; ++i) {
         EXPECT_EQ(graph.m_nodes[band[i]].residualTerminalCap, residuals[i]);
         for (int slot = 0; slot < 4; ++slot) {
