@@ -213,13 +213,17 @@ TEST_P(FailingSession, FailsCleanlyOrNotAtAll) {
         EXPECT_LE(liveBlocks() - imagingLibraryFailures(), blocks);
     }
     EXPECT_GT(faults, 50);
+    RecordProperty("faults", static_cast<int>(faults));
 }
 
-INSTANTIATE_TEST_SUITE_P(Sweeps, FailingSession,
-                         testing::Values(Sweep{Fault::kAllocation, false, false},
-                                         Sweep{Fault::kAllocation, true, false},
-                                         Sweep{Fault::kAllocation, false, true},
-                                         Sweep{Fault::kThread, false, false},
-                                         Sweep{Fault::kThread, true, false}));
+INSTANTIATE_TEST_SUITE_P(
+    Sweeps, FailingSession,
+    testing::Values(Sweep{Fault::kAllocation, false, false}, Sweep{Fault::kAllocation, true, false},
+                    Sweep{Fault::kAllocation, false, true}, Sweep{Fault::kThread, false, false},
+                    Sweep{Fault::kThread, true, false}),
+    [](const auto& sweep) {
+        return std::string(sweep.param.fault == Fault::kThread ? "Thread" : "Allocation") +
+               (sweep.param.onward ? "Onward" : "") + (sweep.param.reduced ? "Reduced" : "");
+    });
 
 }  // namespace
