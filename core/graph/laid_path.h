@@ -42,14 +42,7 @@ class LaidPath {
     }
 
     // A detour: the steps that a walk took beside the path.
-    void addToDetour(int node, int slot) {
-        const auto step = static_cast<std::size_t>(m_detourLength);
-        if (step == m_detour.size()) {
-            m_detour.resize(2 * step + kFirstRoom);
-        }
-        m_detour[step] = {node, slot};
-        ++m_detourLength;
-    }
+    void addToDetour(int node, int slot) { m_detour.push_back({node, slot}); }
 
     struct Steps {
         int first;
@@ -65,30 +58,32 @@ class LaidPath {
         const int shift = makeRoom();
         from += shift;
         to += shift;
-        const int longer = m_detourLength - (to - from);
+        const auto detourLength = static_cast<int>(m_detour.size());
+        const int longer = detourLength - (to - from);
         Laid laid{};
         if (from - m_begin <= m_end - to) {
             move(m_begin, from, -longer);
             m_begin -= longer;
-            laid.detour = {to - m_detourLength, to};
+            laid.detour = {to - detourLength, to};
             laid.placed = {longer == 0 ? laid.detour.first : m_begin, to};
         } else {
             move(to, m_end, longer);
             m_end += longer;
-            laid.detour = {from, from + m_detourLength};
+            laid.detour = {from, from + detourLength};
             laid.placed = {from, longer == 0 ? laid.detour.last : m_end};
         }
-        for (int i = 0; i < m_detourLength; ++i) {
-            const Edge& edge = m_detour[static_cast<std::size_t>(i)];
-            m_nodes[static_cast<std::size_t>(laid.detour.first + i)] = edge.node;
-            m_slots[static_cast<std::size_t>(laid.detour.first + i)] = edge.slot;
+        auto step = static_cast<std::size_t>(laid.detour.first);
+        for (const Edge& edge : m_detour) {
+            m_nodes[step] = edge.node;
+            m_slots[step] = edge.slot;
+            ++step;
         }
         m_nodes[static_cast<std::size_t>(m_end)] = root.node;
         m_rootCell = root.cell;
         if (shift != 0) {
             laid.placed = {m_begin, m_end};
         }
-        m_detourLength = 0;
+        m_detour.clear();
         m_firstOrphan = m_end;
         m_lastOrphan = kNoStep;
         return laid;
@@ -144,11 +139,12 @@ class LaidPath {
     // Moves everything to where the detour has room on either side; by how much.
     int makeRoom() {
         const auto size = static_cast<int>(m_slots.size());
-        if (m_begin >= m_detourLength && m_end + m_detourLength + flow_lanes::kLanes <= size) {
+        const auto detourLength = static_cast<int>(m_detour.size());
+        if (m_begin >= detourLength && m_end + detourLength + flow_lanes::kLanes <= size) {
             return 0;
         }
         const int length = m_end - m_begin;
-        const int begin = 2 * (length + m_detourLength) + kFirstRoom;
+        const int begin = 2 * (length + detourLength) + kFirstRoom;
         moveTo(begin, m_nodes);
         moveTo(begin, m_slots);
         moveTo(begin, m_left);
@@ -187,7 +183,6 @@ class LaidPath {
     int m_begin = 0;
     int m_end = 0;
     int m_rootCell = 0;
-    int m_detourLength = 0;
     int m_firstOrphan = 0;
     int m_lastOrphan = kNoStep;
 };

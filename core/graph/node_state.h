@@ -17,8 +17,8 @@ constexpr std::uint8_t kParentMask = 0x0F;
 constexpr std::uint8_t kNoParent = 0;
 constexpr std::uint8_t kTerminalParent = 1;
 constexpr std::uint8_t kFirstDirection = 8;
-constexpr std::uint8_t kParentIsNeighbour =
-    0x08;  // set in the codes of all directions, in no other
+// A bit that the codes of all directions have, and no other.
+constexpr std::uint8_t kParentIsNeighbour = kFirstDirection;
 constexpr std::uint8_t kTreeMask = 0x30;
 constexpr std::uint8_t kInNoTree = 0;
 constexpr std::uint8_t kInSource = 0x10;

@@ -149,7 +149,7 @@ void TwoTreeSolver::exportRecords() {
         const std::uint8_t state = m_state[static_cast<std::size_t>(node)];
         const int code = state & kParentMask;
         nodes& record = m_records[cell];
-        if (code >= kFirstDirection) {
+        if ((code & kParentIsNeighbour) != 0) {
             record.parentEdge = kSlotsPerNode * cell + m_slotOffset[code - kFirstDirection];
         } else {
             record.parentEdge = code == kTerminalParent ? parent::kTerminal : parent::kNone;
