@@ -46,4 +46,5 @@ class ComponentSearch {
     std::vector<PixelRun> m_runs;
 };
 
+// The components of the pixels with byte `value` in an 8-bit image that holds 0 and 255 only.
 Components findComponents(const cv::Mat& image, std::uint8_t value);

@@ -158,12 +158,13 @@ void keepTouched(IplImage* mask, const IplImage* previous, const cv::Rect& where
         std::copy_n(rowOf(previous, y), mask->width, rowOf(mask, y));
     }
     cv::Mat image = cv::cvarrToMat(mask);
+    const std::uint8_t target = targetValue(current.m_strokeType);
     const Component box = {0, where.x, where.x + where.width - 1, where.y,
                            where.y + where.height - 1};
     for (const PixelRun& run : changes.regions.runs) {
         const PixelRun part = clipped(run, box);
         if (changes.touched[static_cast<std::size_t>(run.component)] && part.x1 > part.x0) {
-            fillRun(image, part, targetValue(current.m_strokeType));
+            fillRun(image, part, target);
         }
     }
 }
@@ -182,7 +183,7 @@ void merge(IplImage* mask, const IplImage* previous, std::uint8_t target, const 
     for (int y = 0; y < mask->height; ++y) {
         std::uint8_t* row = rowOf(mask, y);
         const std::uint8_t* before = rowOf(previous, y);
-        if (where.empty() || y < where.y || y >= where.br().y) {
+        if (y < where.y || y >= where.br().y) {
             std::copy_n(before, mask->width, row);
             continue;
         }

@@ -202,7 +202,7 @@ class CutRows {
 };
 
 // The working mask at photo size, with what the cut decided.
-ImagePtr enlargedMask(const IplImage* smallMask, CutRows cutRows) {
+ImagePtr maskWithCut(const IplImage* smallMask, CutRows cutRows) {
     const int width = VORNSEMarker::m_originalWidth;
     const int height = VORNSEMarker::m_originalHeight;
     const Enlarged enlarged(smallMask, width, height);
@@ -228,7 +228,7 @@ IplImage* VORNSEHybrid::intelligentUpscaling(IplImage* mask) {
     ImagePtr smallCodes = createChecked(mask->width, mask->height);
     codeTrimap(mask, smallCodes.get());
     const Enlarged enlargedCodes(smallCodes.get(), photoWidth, photoHeight);
-    const auto plainMask = [&] {
+    const auto enlargedMask = [&] {
         ImagePtr result = createChecked(photoWidth, photoHeight);
         enlargeMask(mask, result.get());
         return result.release();
@@ -240,7 +240,7 @@ IplImage* VORNSEHybrid::intelligentUpscaling(IplImage* mask) {
                           band.yMin, band.yMax);
         m_boundWidthTrimap = 0;
         m_boundHeightTrimap = 0;
-        return plainMask();
+        return enlargedMask();
     }
     SEGCORE_LOG_INFO("Passed: xmin:%d, xmax:%d, ymin:%d, ymax:%d", band.xMin, band.xMax, band.yMin,
                      band.yMax);
@@ -284,14 +284,14 @@ IplImage* VORNSEHybrid::intelligentUpscaling(IplImage* mask) {
     m_trimapGraph = nullptr;
     if (status != kGraphBuilt) {
         SEGCORE_LOG_ERROR("Failed: intelligentUpscaling (status_flag = %d)", status);
-        return plainMask();
+        return enlargedMask();
     }
     codes.reset();
     horizontal.reset();
     vertical.reset();
     cut->maxFlow();
     const ImagePtr smallMask = maskOfLabels(VORNSEMarker::m_labelImage);
-    return enlargedMask(smallMask.get(), CutRows(*cut, enlargedCodes, band)).release();
+    return maskWithCut(smallMask.get(), CutRows(*cut, enlargedCodes, band)).release();
 }
 
 IplImage* VORNSEHybrid::cropImageTrimap(IplImage* source, int width, int height, int rowStart,
