@@ -128,6 +128,11 @@ TEST_F(Misuse, PhotographTooNarrowForAWorkingImage) {
     HostSession session(discScene());
     session.box(40, 25, 120, 95);
     const std::vector<std::uint32_t> line(100000, 3);
+    std::vector<std::uint8_t> mask(line.size(), 7);
+    expectRefused("doSegmentationBB",
+                  [&] { doSegmentationBB(1, 100000, line.data(), 0, 0, 0, 9, mask.data()); },
+                  {sizeCheck("intializer", 103)});
+    EXPECT_EQ(mask, std::vector<std::uint8_t>(mask.size(), 7));
     setSourceImage(1, 100000, line.data());
     expectRefused("initSegmentationEngine", [] { initSegmentationEngine(0); },
                   {sizeCheck("intializer", 103)});

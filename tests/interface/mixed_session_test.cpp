@@ -138,6 +138,8 @@ TEST(MixedSession, TwoHundredCallsGiveTheSameBytesAgain) {
 
 TEST(MixedSession, SecondThreadCancelsAtAnyTime) {
     HostSession session(discScene());
+    session.box(35, 20, 125, 100);
+    const std::vector<std::uint8_t> mask = session.mask;
     int cancelled = 0;
     for (int delay = 0; delay < 40; ++delay) {
         initSegmentationEngine(0);
@@ -154,6 +156,8 @@ TEST(MixedSession, SecondThreadCancelsAtAnyTime) {
             EXPECT_EQ(session.mask, std::vector<std::uint8_t>(session.mask.size(), 7));
         } else {
             EXPECT_LT(discScene().errorRate(session.mask), 0.01);
+            session.undo();
+            EXPECT_EQ(session.mask, mask);
         }
     }
     EXPECT_GT(cancelled, 0);
