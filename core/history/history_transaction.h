@@ -1,11 +1,12 @@
 // Takes back what a call that fails half-way recorded in the history.
 #pragma once
 
-#include <cstdint>
-#include <vector>
+#include <optional>
 
-// Remembers the ring's position and, where recording a mask would overwrite a redo branch, the bits
-// of the slot that it goes to. Unless committed, the destructor puts both back.
+#include "history/slot_store.h"
+
+// Remembers the ring's position and, where recording a mask would overwrite a redo branch, the
+// mask that goes. Unless committed, the destructor puts both back.
 class HistoryTransaction {
   public:
     enum class Step { kMove, kRecord };
@@ -21,7 +22,6 @@ class HistoryTransaction {
     int m_bottom;
     int m_current;
     int m_top;
-    // Column by column, 32 rows a word; empty when nothing reachable is overwritten.
-    std::vector<std::uint32_t> m_slotBits;
+    std::optional<slot_store::SavedSlot> m_overwritten;  // when it is still reachable
     bool m_committed = false;
 };

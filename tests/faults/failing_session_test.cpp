@@ -92,13 +92,13 @@ const std::vector<Call>& session() {
         {"fetch_path_array",
          [](Host& host) { fetch_path_array(&host.outline, &host.outlineInts); }},
         segment(6, 8, SEGCORE_MARK_OBJECT, SEGCORE_BRUSH_ADD),
-        undoing,
-        segment(8, 8, SEGCORE_MARK_BACKGROUND, SEGCORE_BRUSH_REMOVE),  // drops the redo branch
-        undoing,
-        {"redo", [](Host& host) { redo(host.blended.data(), host.mask.data()); }},
         {"cutOutImage",
          [](Host& host) { cutOutImage(0, 0, 0, host.blended.data(), host.mask.data()); },
-         [](Host& host) { host.mark(2, 2, 5, SEGCORE_MARK_OBJECT, SEGCORE_BRUSH_ADD); }},
+         [](Host& host) { host.mark(30, 18, 18, SEGCORE_MARK_OBJECT, SEGCORE_BRUSH_ADD); }},
+        undoing,
+        segment(8, 8, SEGCORE_MARK_BACKGROUND, SEGCORE_BRUSH_REMOVE),  // drops another mask
+        undoing,
+        {"redo", [](Host& host) { redo(host.blended.data(), host.mask.data()); }},
         passing,
         preparing,
         {"doSegmentationBB",

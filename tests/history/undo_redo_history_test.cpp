@@ -56,9 +56,8 @@ TEST_F(MaskHistory, BehavesLikeAListOfMasksOnRandomSequences) {
             const auto choice = random() % 10;
             if ((twin.shown() == nullptr && !twin.canRedo()) || choice < recordShare) {
                 Mask mask = plain(random() % 2 == 0 ? 0 : 255);
-                if (random() % 3 > 0) {
-                    std::generate(mask.begin(), mask.end(), [&] { return random() % 2 * 255; });
-                }
+                const std::size_t noisy = random() % mask.size() * (random() % 2);
+                std::generate_n(mask.begin(), noisy, [&] { return random() % 2 * 255; });
                 record(mask);
                 twin.record(mask);
             } else if (choice % 2 == 0) {
@@ -84,6 +83,30 @@ TEST_F(MaskHistory, SlotsAreBitsOfColumnMajorWords) {
     EXPECT_EQ(History::m_bitPlane[2][36], 0x80000000U);
     set(31, plain(0));
     EXPECT_EQ(History::m_bitPlane[36][2], 0x10U);
+}
+
+TEST_F(MaskHistory, WordsWrittenByOthersCountForSingleSlots) {
+    History::m_bitPlane[36][2] = 0x10U;
+    Mask corner = plain(0);
+    corner[2 * kWidth + 36] = 255;
+    EXPECT_EQ(take(History::getMask(4)), corner);
+    History::m_bitPlane[0][0] = 0x10U;
+    set(4, plain(0));
+    EXPECT_EQ(History::m_bitPlane[0][0] | History::m_bitPlane[36][2], 0U);
+}
+
+// What is written for a smaller photograph leaves the rest of the planes.
+TEST_F(MaskHistory, PlanesMayBeLargerThanThePhotograph) {
+    record(plain(0));
+    History::reset();
+    VORNSEMarker::m_originalWidth = 33;
+    VORNSEMarker::m_originalHeight = 40;
+    History::updateBitPlane(imageOf(33, 40, 1, Mask(33 * 40, 255)).get());
+    VORNSEMarker::m_originalWidth = kWidth;
+    VORNSEMarker::m_originalHeight = kHeight;
+    const Mask mask = take(History::prevMask());
+    EXPECT_EQ(std::count(mask.begin(), mask.end(), 255), 33 * 40);
+    EXPECT_EQ(mask[39 * kWidth + 32], 255);
 }
 
 TEST_F(MaskHistory, OnlyAnImpossibleSizeIsLogged) {
