@@ -28,7 +28,7 @@ FUNCTIONS = {
     "VORNSEHybrid::constructGraphTrimapVORN(": "upscaling graph",
     "VORNSEGraph::maxFlow(": "max-flow, both graphs",
     "VORNSEHybrid::postProcess(": "post-processing",
-    "VORNSEManageUndoRedo::updateBitPlane(": "history write",
+    "VORNSEManageUndoRedo::record(": "history write",
     "traceOutline(": "outline",
     "writeMask(": "mask out",
 }

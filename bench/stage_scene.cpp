@@ -65,8 +65,8 @@ void StageScene::emptyHistory() {
 
 void StageScene::oneMaskInHistory() {
     emptyHistory();
-    VORNSEManageUndoRedo::updateBitPlane(mask.get());
-    VORNSEMarker::m_prevResult = VORNSEManageUndoRedo::prevMask();
+    VORNSEManageUndoRedo::record(mask.get());
+    VORNSEMarker::m_prevResult = VORNSEManageUndoRedo::shown();
 }
 
 StageScene& sceneOf(const std::string& file, int megapixels) {

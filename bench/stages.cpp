@@ -86,14 +86,14 @@ void maskOut(State& state) {
 void historyWrite(State& state) {
     StageScene& scene = sceneOf(state);
     scene.emptyHistory();
-    measure(state, [&] { VORNSEManageUndoRedo::updateBitPlane(scene.mask.get()); });
+    measure(state, [&] { VORNSEManageUndoRedo::record(scene.mask.get()); });
 }
 
 void historyRead(State& state) {
     sceneOf(state).oneMaskInHistory();
     ImagePtr read;
     measure(
-        state, [&] { read.reset(); }, [&] { read.reset(VORNSEManageUndoRedo::prevMask()); });
+        state, [&] { read.reset(); }, [&] { read.reset(VORNSEManageUndoRedo::shown()); });
 }
 
 // memcpy that reads and writes as many bytes together as the stage does.

@@ -165,7 +165,7 @@ ImagePtr StagedRequest::finish() {
         m_clock.run("upscaling", [&] { mask.reset(pHybrid->intelligentUpscaling(mask.get())); });
     }
     m_clock.run("post-processing", [&] { pHybrid->postProcess(mask.get()); });
-    m_clock.run("history write", [&] { VORNSEManageUndoRedo::updateBitPlane(mask.get()); });
+    m_clock.run("history write", [&] { VORNSEManageUndoRedo::record(mask.get()); });
     pHybrid->clearMemory();
     return mask;
 }

@@ -199,7 +199,7 @@ IplImage* VORNSEHybrid::getObjMask() {
         mask.reset(intelligentUpscaling(mask.get()));
     }
     postProcess(mask.get());
-    VORNSEManageUndoRedo::updateBitPlane(mask.get());
+    VORNSEManageUndoRedo::record(mask.get());
     return mask.release();
 }
 

@@ -155,7 +155,7 @@ void VORNSEHybrid::setLabelImage(IplImage* markers) {
         marks =
             withBrushBand(sampled, marks, strokeType, cv::Size(markers->width, markers->height));
     }
-    VORNSEMarker::m_prevResult = VORNSEManageUndoRedo::prevMask();
+    VORNSEMarker::m_prevResult = VORNSEManageUndoRedo::shown();
     const IplImage* shown = VORNSEMarker::m_prevResult;
     ImagePtr labels = createImage(marks.cols, marks.rows, 1);
     for (int y = 0; y < marks.rows; ++y) {

@@ -29,6 +29,8 @@ int VORNSEManageUndoRedo::m_top = 0;
 int VORNSEManageUndoRedo::width = 0;
 int VORNSEManageUndoRedo::height = 0;
 
+using History = VORNSEManageUndoRedo;
+
 namespace {
 
 struct FreeBlock {
@@ -36,18 +38,39 @@ struct FreeBlock {
 };
 
 int nextSlot(int slot) {
-    return (slot + 1) % VORNSEManageUndoRedo::m_maxSize;
+    return (slot + 1) % History::m_maxSize;
 }
 
 int prevSlot(int slot) {
-    const int size = VORNSEManageUndoRedo::m_maxSize;
+    const int size = History::m_maxSize;
     return ((slot < 1 ? slot + size : slot) - 1) % size;
 }
 
 IplImage* recordedMask(int slot) {
     checkImageSize(VORNSEMarker::m_originalWidth, VORNSEMarker::m_originalHeight, "getMask", 92);
-    const bool hasPlanes = VORNSEManageUndoRedo::m_bitPlane != nullptr;
+    const bool hasPlanes = History::m_bitPlane != nullptr;
     return hasPlanes ? slot_store::load(slot).release() : nullptr;
+}
+
+using Load = IplImage* (*)(int slot);
+
+IplImage* shownBy(Load load) {
+    return History::m_current == History::m_bottom ? nullptr : load(prevSlot(History::m_current));
+}
+
+IplImage* stepBackBy(Load load) {
+    if (History::m_current == History::m_bottom) {
+        return nullptr;
+    }
+    History::m_current = prevSlot(History::m_current);
+    return shownBy(load);
+}
+
+IplImage* stepForwardBy(Load load) {
+    if (History::m_current != History::m_top) {
+        History::m_current = nextSlot(History::m_current);
+    }
+    return load(prevSlot(History::m_current));
 }
 
 }  // namespace
@@ -110,6 +133,11 @@ void VORNSEManageUndoRedo::setMask(int slot, const IplImage* image) {
 }
 
 void VORNSEManageUndoRedo::updateBitPlane(const IplImage* image) {
+    slot_store::examine(m_current);
+    record(image);
+}
+
+void VORNSEManageUndoRedo::record(const IplImage* image) {
     slot_store::store(m_current, image);
     m_current = nextSlot(m_current);
     m_top = m_current;
@@ -119,22 +147,27 @@ void VORNSEManageUndoRedo::updateBitPlane(const IplImage* image) {
 }
 
 IplImage* VORNSEManageUndoRedo::prevMask() {
-    return m_current == m_bottom ? nullptr : recordedMask(prevSlot(m_current));
+    return shownBy(getMask);
+}
+
+IplImage* VORNSEManageUndoRedo::shown() {
+    return shownBy(recordedMask);
 }
 
 IplImage* VORNSEManageUndoRedo::undo() {
-    if (m_current == m_bottom) {
-        return nullptr;
-    }
-    m_current = prevSlot(m_current);
-    return prevMask();
+    return stepBackBy(getMask);
+}
+
+IplImage* VORNSEManageUndoRedo::stepBack() {
+    return stepBackBy(recordedMask);
 }
 
 IplImage* VORNSEManageUndoRedo::redo() {
-    if (m_current != m_top) {
-        m_current = nextSlot(m_current);
-    }
-    return recordedMask(prevSlot(m_current));
+    return stepForwardBy(getMask);
+}
+
+IplImage* VORNSEManageUndoRedo::stepForward() {
+    return stepForwardBy(recordedMask);
 }
 
 bool VORNSEManageUndoRedo::canUndo() {

@@ -14,14 +14,12 @@
 
 class SEGCORE_API VORNSEManageUndoRedo {
   public:
-    // [x][y]; bit k of the word belongs to slot k. To read: only getMask and setMask notice what
-    // others write here.
-    static std::uint32_t** m_bitPlane;
-    static int m_maxSize;  // slots of the ring
-    static int m_bottom;   // oldest boundary; nothing to show when m_current equals it
-    static int m_current;  // slot that the next mask goes to
-    static int m_top;      // one past the newest mask
-    static int width;      // size that the planes were made for
+    static std::uint32_t** m_bitPlane;  // [x][y]; bit k of the word belongs to slot k
+    static int m_maxSize;               // slots of the ring
+    static int m_bottom;                // oldest boundary; nothing to show when m_current equals it
+    static int m_current;               // slot that the next mask goes to
+    static int m_top;                   // one past the newest mask
+    static int width;                   // size that the planes were made for
     static int height;
 
     // Makes cleared planes for the photograph in the marker store and empties the ring. What was
@@ -46,6 +44,13 @@ class SEGCORE_API VORNSEManageUndoRedo {
     static IplImage* redo();
     static bool canUndo();
     static bool canRedo();
+
+    // updateBitPlane, prevMask, undo and redo for planes whose words only this class has written: they
+    // go by what it remembers of whole tiles and take a fraction of the time.
+    static void record(const IplImage* image);
+    static IplImage* shown();
+    static IplImage* stepBack();
+    static IplImage* stepForward();
 };
 
 // Releases planes made by allocate; null does nothing.

@@ -69,7 +69,7 @@ void editMask(std::uint32_t* blended, std::uint8_t* mask) {
         throw HostError("no marks, call setMarkerImage first");
     }
     requireMarkerSize();
-    ImagePtr edited(VORNSEManageUndoRedo::prevMask());
+    ImagePtr edited(VORNSEManageUndoRedo::shown());
     if (edited == nullptr) {
         edited = createImage(VORNSEMarker::m_originalWidth, VORNSEMarker::m_originalHeight, 1);
         cvSetZero(edited.get());
@@ -83,7 +83,7 @@ void editMask(std::uint32_t* blended, std::uint8_t* mask) {
         transaction.commit();
         paintOutline(outline.get(), blended);
     }
-    VORNSEManageUndoRedo::updateBitPlane(g_resultMask);
+    VORNSEManageUndoRedo::record(g_resultMask);
     if (mask != nullptr) {
         writeMask(mask);
     }

@@ -40,12 +40,12 @@ void finish() {
 }  // namespace
 
 void undo(std::uint32_t* blended, std::uint8_t* mask) {
-    guardedCall("undo", [&] { step(VORNSEManageUndoRedo::undo, canUndo(), blended, mask); });
+    guardedCall("undo", [&] { step(VORNSEManageUndoRedo::stepBack, canUndo(), blended, mask); });
     finish();
 }
 
 void redo(std::uint32_t* blended, std::uint8_t* mask) {
-    guardedCall("redo", [&] { step(VORNSEManageUndoRedo::redo, true, blended, mask); });
+    guardedCall("redo", [&] { step(VORNSEManageUndoRedo::stepForward, true, blended, mask); });
     finish();
 }
 
