@@ -3,6 +3,7 @@
 // nearly all of it.
 //
 // Notation: the trimap codes of trimap.h. Source = object.
+#include <algorithm>
 #include <cmath>
 
 #include "engine/hybrid.h"
@@ -12,6 +13,7 @@
 #include "graph/graph.h"
 #include "history/marker.h"
 #include "support/image.h"
+#include "support/large_pages.h"
 
 namespace {
 
@@ -24,6 +26,10 @@ constexpr int kPageOfNodes = 128;
 
 constexpr int kGraphBuilt = 0;
 constexpr int kGraphFailed = 1;
+
+// Large pages take in nodes beside the band. From this share of its rectangle on, that is less than
+// the time is worth that the search spends on small ones.
+constexpr int kDenseShare = 3;  // a third
 
 // Calls inside(x0, x1) and outside(x0, x1) for the row's alternating stretches, left to right.
 template <typename Inside, typename Outside>
@@ -40,6 +46,21 @@ void forEachStretch(const std::uint8_t* codes, int width, Inside inside, Outside
             outside(start, x);
         }
     }
+}
+
+bool isDense(const IplImage* trimap) {
+    std::ptrdiff_t inBand = 0;
+    for (int y = 0; y < trimap->height; ++y) {
+        const std::uint8_t* codes = rowOf(trimap, y);
+        inBand += trimap->width - std::count(codes, codes + trimap->width, trimap::kOutside);
+    }
+    const std::ptrdiff_t pixels = static_cast<std::ptrdiff_t>(trimap->width) * trimap->height;
+    return kDenseShare * inBand >= pixels;
+}
+
+template <typename T>
+void preferLargePagesFor(T* first, T* last) {
+    preferLargePages(first, static_cast<std::size_t>(last - first) * sizeof(T));
 }
 
 // Adds the nodes of the band's rectangle, row by row, with their terminal capacities.
@@ -136,6 +157,10 @@ int VORNSEHybrid::constructGraphTrimapVORN(IplImage* image, IplImage* /*texA*/, 
     VORNSEGraph& graph = *m_trimapGraph;
     if (graph.m_nodes == nullptr || graph.m_edgeCaps == nullptr) {
         return kGraphFailed;
+    }
+    if (isDense(trimap)) {
+        preferLargePagesFor(graph.m_nodes, graph.m_nodeMax);
+        preferLargePagesFor(graph.m_edgeCaps, graph.m_edgeMax);
     }
     graph.reset();
     TerminalWeightCache weightsOf(m_fgModel, m_bgModel, modelWeights);
