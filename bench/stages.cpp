@@ -86,7 +86,11 @@ void maskOut(State& state) {
 void historyWrite(State& state) {
     StageScene& scene = sceneOf(state);
     scene.emptyHistory();
-    measure(state, [&] { VORNSEManageUndoRedo::record(scene.mask.get()); });
+    const ImagePtr blank = cloneImage(scene.mask.get());
+    cvZero(blank.get());
+    measure(
+        state, [&] { VORNSEManageUndoRedo::setMask(VORNSEManageUndoRedo::m_current, blank.get()); },
+        [&] { VORNSEManageUndoRedo::record(scene.mask.get()); });
 }
 
 void historyRead(State& state) {
@@ -123,10 +127,9 @@ void copyBytesToFreshMemory(State& state, double trafficPerPixel) {
         });
 }
 
-constexpr double kPhotoTraffic = 4 + 3;             // words and channels
-constexpr double kMaskTraffic = 1 + 1;              // mask and host mask
-constexpr double kHistoryWriteTraffic = 1 + 4 + 4;  // mask, plane words read and written
-constexpr double kHistoryReadTraffic = 4 + 1;       // plane words and mask
+constexpr double kPhotoTraffic = 4 + 3;  // words and channels
+// Mask and host mask; mask and copy, which is what a history of plain masks would take.
+constexpr double kMaskTraffic = 1 + 1;
 
 // ---- Preparation ----
 
@@ -375,11 +378,10 @@ void registerPhotoStages(int size) {
     atSize("mask out", size, maskOut);
     atSize("mask memcpy", size, [](State& state) { copyBytes(state, kMaskTraffic); });
     atSize("history write", size, historyWrite);
-    atSize("history write memcpy", size,
-           [](State& state) { copyBytes(state, kHistoryWriteTraffic); });
+    atSize("history write memcpy", size, [](State& state) { copyBytes(state, kMaskTraffic); });
     atSize("history read", size, historyRead);
     atSize("history read memcpy", size,
-           [](State& state) { copyBytes(state, kHistoryReadTraffic); });
+           [](State& state) { copyBytesToFreshMemory(state, kMaskTraffic); });
     atSize("preparation", size, preparation);
     atSize("label image of a box", size, labelImageOfBox);
     atSize("label image of a brush", size, labelImageOfBrush);

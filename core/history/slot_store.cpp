@@ -119,23 +119,49 @@ void fill(const Tile& tile, TileContents& contents, std::uint32_t bit, std::uint
 
 enum class Content { kEmpty, kFull, kMixed };
 
-Content contentOf(const IplImage* image, const Tile& tile) {
-    unsigned all = kObject;
-    unsigned any = 0;
-    for (int y = tile.y0; y < tile.y1; ++y) {
-        const std::uint8_t* const row = rowOf(image, y) + tile.x0;
-        std::uint8_t allOfRow = kObject;
-        std::uint8_t anyOfRow = 0;
+// What the tiles of an image hold, asked for in the order of forEachTile. A stretch of tiles is looked
+// at together, row after row, as the memory delivers it best.
+class ImageTiles {
+  public:
+    explicit ImageTiles(const IplImage* image) : m_image(image) {}
+
+    Content contentOf(const Tile& tile) {
+        const int first = tile.x0 % kStretch;
+        if (first == 0) {
+            look(tile);
+        }
+        unsigned all = kObject;
+        unsigned any = 0;
         forEachIndex(tile.x1 - tile.x0, [&](int i) {
-            allOfRow = static_cast<std::uint8_t>(allOfRow & row[i]);
-            anyOfRow = static_cast<std::uint8_t>(anyOfRow | row[i]);
+            all &= m_all[first + i];
+            any |= m_any[first + i];
         });
-        all &= allOfRow;
-        any |= anyOfRow;
+        // Other bytes than 0 and 255 may share no bit; such tiles are taken pixel by pixel.
+        return all != 0 ? Content::kFull : any != 0 ? Content::kMixed : Content::kEmpty;
     }
-    // Other bytes than 0 and 255 may share no bit; such tiles are taken pixel by pixel.
-    return all != 0 ? Content::kFull : any != 0 ? Content::kMixed : Content::kEmpty;
-}
+
+  private:
+    static constexpr int kStretch = 64 * kTile;
+
+    // Of every column of the stretch that begins with `tile`, what all and what any of its rows have.
+    void look(const Tile& tile) {
+        const auto columns =
+            static_cast<std::size_t>(std::min(kStretch, VORNSEMarker::m_originalWidth - tile.x0));
+        std::memcpy(m_all, rowOf(m_image, tile.y0) + tile.x0, columns);
+        std::memcpy(m_any, m_all, columns);
+        for (int y = tile.y0 + 1; y < tile.y1; ++y) {
+            const std::uint8_t* const row = rowOf(m_image, y) + tile.x0;
+            for (std::size_t i = 0; i < columns; ++i) {
+                m_all[i] = static_cast<std::uint8_t>(m_all[i] & row[i]);
+                m_any[i] = static_cast<std::uint8_t>(m_any[i] | row[i]);
+            }
+        }
+    }
+
+    const IplImage* const m_image;
+    std::uint8_t m_all[kStretch];
+    std::uint8_t m_any[kStretch];
+};
 
 }  // namespace
 
@@ -168,8 +194,9 @@ ImagePtr load(int slot) {
 
 void store(int slot, const IplImage* image) {
     const std::uint32_t bit = bitOf(slot);
+    ImageTiles tiles(image);
     forEachTile([&](const Tile& tile, TileContents& contents) {
-        const Content content = contentOf(image, tile);
+        const Content content = tiles.contentOf(tile);
         if (content != Content::kMixed) {
             fill(tile, contents, bit, content == Content::kFull ? bit : 0U);
             return;
