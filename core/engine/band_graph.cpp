@@ -27,9 +27,9 @@ constexpr int kPageOfNodes = 128;
 constexpr int kGraphBuilt = 0;
 constexpr int kGraphFailed = 1;
 
-// Large pages take in nodes beside the band. From this share of its rectangle on, that is less than
-// the time is worth that the search spends on small ones.
-constexpr int kDenseShare = 3;  // a third
+// Large pages also commit the nodes between those of the band. A band of at least a third of its
+// rectangle is worth that: at most three times the memory, for half the page faults.
+constexpr int kDenseDivisor = 3;
 
 // Calls inside(x0, x1) and outside(x0, x1) for the row's alternating stretches, left to right.
 template <typename Inside, typename Outside>
@@ -55,7 +55,7 @@ bool isDense(const IplImage* trimap) {
         inBand += trimap->width - std::count(codes, codes + trimap->width, trimap::kOutside);
     }
     const std::ptrdiff_t pixels = static_cast<std::ptrdiff_t>(trimap->width) * trimap->height;
-    return kDenseShare * inBand >= pixels;
+    return kDenseDivisor * inBand >= pixels;
 }
 
 template <typename T>

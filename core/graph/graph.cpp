@@ -1,6 +1,6 @@
 // The grid's store: construction, filling and reading back. Invariant: the records from m_nodes to
 // m_nodeLast and the slots from m_edgeCaps to m_edgeLast are initialised, nothing beyond them is
-// touched, so memory that a graph does not use is never committed.
+// touched, so memory that a graph does not use is not committed, but for what shares a page with it.
 #include "graph/graph.h"
 
 #include <algorithm>

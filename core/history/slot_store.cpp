@@ -30,7 +30,7 @@ constexpr std::uint32_t bitOf(int slot) {
 }
 
 std::size_t tilesAlong(int pixels) {
-    return static_cast<std::size_t>((pixels + kTile - 1) / kTile);
+    return static_cast<std::size_t>(pixels / kTile + (pixels % kTile > 0 ? 1 : 0));
 }
 
 std::size_t pixelsOf(int columns, int rows) {
@@ -57,7 +57,8 @@ void forEachTile(Visit visit) {
     }
 }
 
-// Whether all of a tile of the planes is inside the photograph, which may have changed since.
+// Whether all of a tile of the planes is inside the photograph, which need not be the one that they
+// were made for.
 bool isWhole(const Tile& tile) {
     return tile.x1 == std::min(tile.x0 + kTile, History::width) &&
            tile.y1 == std::min(tile.y0 + kTile, History::height);

@@ -32,7 +32,9 @@ struct TileBytes {
 // zero are empty planes.
 std::size_t wordsFor(int columns, int rows);
 
-// The slot's mask, bytes 0 and 255.
+// The calls below need planes that the history has allocated.
+
+// The slot's mask, bytes 0 and 255. Throws the imaging library's exception without memory.
 ImagePtr load(int slot);
 // Stores image byte != 0 as the slot's bits.
 void store(int slot, const IplImage* image);

@@ -7,13 +7,11 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <new>
 
 #include "history/marker.h"
 #include "history/slot_store.h"
-#include "support/image.h"
 #include "support/large_pages.h"
 #include "support/log.h"
 

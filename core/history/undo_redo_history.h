@@ -14,12 +14,14 @@
 
 class SEGCORE_API VORNSEManageUndoRedo {
   public:
-    static std::uint32_t** m_bitPlane;  // [x][y]; bit k of the word belongs to slot k
-    static int m_maxSize;               // slots of the ring
-    static int m_bottom;                // oldest boundary; nothing to show when m_current equals it
-    static int m_current;               // slot that the next mask goes to
-    static int m_top;                   // one past the newest mask
-    static int width;                   // size that the planes were made for
+    // [x][y]; bit k of the word belongs to slot k. Only allocate makes planes: what is known of their
+    // tiles lies behind them, where width and height say.
+    static std::uint32_t** m_bitPlane;
+    static int m_maxSize;  // slots of the ring
+    static int m_bottom;   // oldest boundary; nothing to show when m_current equals it
+    static int m_current;  // slot that the next mask goes to
+    static int m_top;      // one past the newest mask
+    static int width;      // size that the planes were made for
     static int height;
 
     // Makes cleared planes for the photograph in the marker store and empties the ring. What was
