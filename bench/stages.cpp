@@ -128,8 +128,10 @@ void copyBytesToFreshMemory(State& state, double trafficPerPixel) {
 }
 
 constexpr double kPhotoTraffic = 4 + 3;  // words and channels
-// Mask and host mask; mask and copy, which is what a history of plain masks would take.
-constexpr double kMaskTraffic = 1 + 1;
+constexpr double kMaskTraffic = 1 + 1;   // mask and host mask
+// What a pass over every pixel moves; the stages leave most plane words alone.
+constexpr double kHistoryWriteTraffic = 1 + 4 + 4;  // mask, plane words read and written
+constexpr double kHistoryReadTraffic = 4 + 1;       // plane words and mask
 
 // ---- Preparation ----
 
@@ -378,10 +380,11 @@ void registerPhotoStages(int size) {
     atSize("mask out", size, maskOut);
     atSize("mask memcpy", size, [](State& state) { copyBytes(state, kMaskTraffic); });
     atSize("history write", size, historyWrite);
-    atSize("history write memcpy", size, [](State& state) { copyBytes(state, kMaskTraffic); });
+    atSize("history write memcpy", size,
+           [](State& state) { copyBytes(state, kHistoryWriteTraffic); });
     atSize("history read", size, historyRead);
     atSize("history read memcpy", size,
-           [](State& state) { copyBytesToFreshMemory(state, kMaskTraffic); });
+           [](State& state) { copyBytes(state, kHistoryReadTraffic); });
     atSize("preparation", size, preparation);
     atSize("label image of a box", size, labelImageOfBox);
     atSize("label image of a brush", size, labelImageOfBrush);
