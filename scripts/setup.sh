@@ -7,7 +7,7 @@ set -eu
 
 packages="build-essential cmake ninja-build pkg-config git clang-format
     libopencv-core-dev libopencv-imgproc-dev libopencv-imgcodecs-dev android-liblog-dev
-    libcli11-dev nlohmann-json3-dev libgtest-dev"
+    libcli11-dev nlohmann-json3-dev libxxhash-dev libgtest-dev"
 fuzz_packages="clang libclang-rt-dev llvm"
 case "${1-}" in
     '') ;;
