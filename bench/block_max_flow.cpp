@@ -176,7 +176,7 @@ void run(const Options& options) {
         StagedRequest request(photo, clock);
         Marks marks = boxMarks(photo);
         request.begin(marks);
-        request.trainModels(0);
+        request.steps().prepareModels(0);
         const bool reduced = g_imageResizeFactor > 1.0F;
         compareSolvers(photo.name + ", working size", options, results);
         if (reduced) {

@@ -38,12 +38,14 @@ StageScene::StageScene(Photograph photograph)
 
     m_request->begin(box);
     m_request->runPasses();
-    foreground = m_request->foreground();
-    background = m_request->background();
+    foreground = m_request->steps().foreground();
+    background = m_request->steps().background();
     for (int i = 0; i < 3; ++i) {
         trialLabels[i] = cloneImage(pHybrid->m_trialLabels[i]);
     }
     workingMask = m_request->workingMask();
+    pHybrid->graphSpaceAllocator();
+    pHybrid->constructGraphVORN_Whole_Image();
     reduced = g_imageResizeFactor > 1.0F;
     mask = cloneImage(workingMask.get());
     if (reduced) {

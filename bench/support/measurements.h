@@ -15,15 +15,27 @@ struct Duration {
     double processor = 0.0;
 };
 
+// Runs from its construction.
+class Stopwatch {
+  public:
+    Duration elapsed() const {
+        constexpr double kClocksPerMillisecond = CLOCKS_PER_SEC / 1000.0;
+        const std::chrono::duration<double, std::milli> wall =
+            std::chrono::steady_clock::now() - m_start;
+        return {wall.count(),
+                static_cast<double>(std::clock() - m_processorStart) / kClocksPerMillisecond};
+    }
+
+  private:
+    std::clock_t m_processorStart = std::clock();
+    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+};
+
 template <typename Call>
 Duration durationOf(Call&& call) {
-    constexpr double kClocksPerMillisecond = CLOCKS_PER_SEC / 1000.0;
-    const std::clock_t processorStart = std::clock();
-    const auto start = std::chrono::steady_clock::now();
+    const Stopwatch stopwatch;
     std::forward<Call>(call)();
-    const std::chrono::duration<double, std::milli> wall = std::chrono::steady_clock::now() - start;
-    return {wall.count(),
-            static_cast<double>(std::clock() - processorStart) / kClocksPerMillisecond};
+    return stopwatch.elapsed();
 }
 
 // The value below which `share` (0 to 1) of the values lie, by nearest rank; not a number for none.

@@ -3,32 +3,29 @@
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
 
-#include "colour/model_init.h"
-#include "colour/model_update.h"
-#include "colour/training_data.h"
-#include "engine/hybrid.h"
 #include "graph/graph.h"
 #include "history/marker.h"
-#include "history/undo_redo_history.h"
 #include "interface/engine_state.h"
 #include "interface/segmentation_core.h"
 #include "support/timers.h"
 
 namespace {
 
-constexpr int kPasses = 5;
-constexpr int kTrials = 3;
-constexpr int kTrainModels = 0;
-constexpr int kKeepModels = 2;
-constexpr double kStartLambda = 50.0;
-constexpr double kNoise = 0.1;
-constexpr double kNoiseHomogeneous = 10.0;
-
-bool reduced() {
-    return g_imageResizeFactor > 1.0F;
+VORNSEHybrid& preparedEngine(const Photograph& photo, StageClock& clock) {
+    clock.run("photo in", [&] { setSourceImage(photo.width, photo.height, photo.words.data()); });
+    clock.run("preparation", [] { initSegmentationEngine(0); });
+    return *pHybrid;
 }
 
 }  // namespace
+
+void StageClock::begins(Stage /*stage*/, int /*pass*/) {
+    m_stopwatch = Stopwatch();
+}
+
+void StageClock::ends(Stage stage, int /*pass*/) noexcept {
+    add(nameOf(stage), m_stopwatch.elapsed());
+}
 
 void StageClock::add(const std::string& stage, const Duration& duration) {
     const auto known = std::find_if(m_stages.begin(), m_stages.end(),
@@ -42,12 +39,13 @@ void StageClock::add(const std::string& stage, const Duration& duration) {
 }
 
 StagedRequest::StagedRequest(const Photograph& photo, StageClock& clock)
-    : m_photo(photo), m_clock(clock) {
-    m_clock.run("photo in", [&] { setSourceImage(photo.width, photo.height, photo.words.data()); });
-    m_clock.run("preparation", [] { initSegmentationEngine(0); });
-}
+    : m_photo(photo),
+      m_clock(clock),
+      m_watcherBefore(watchStages(&clock)),
+      m_request(preparedEngine(photo, clock)) {}
 
 StagedRequest::~StagedRequest() {
+    watchStages(m_watcherBefore);
     pHybrid->clearMemory();
     releaseImage(g_resultMask);
     releaseImage(g_markerImage);
@@ -57,115 +55,29 @@ StagedRequest::~StagedRequest() {
 void StagedRequest::begin(Marks& marks) {
     m_clock.run("marks in", [&] { storeMarks(m_photo, marks); });
     m_clock.run("label image", [] { pHybrid->setLabelImage(g_markerImage); });
-    restartCancelTimer();
-    m_clock.run("working region", [] {
-        pHybrid->computeBoundingBox();
-        pHybrid->preProcess();
-    });
-    m_clock.run("graph memory", [] { pHybrid->graphSpaceAllocator(); });
-    m_clock.run("crops", [] {
-        pHybrid->m_cropImage = pHybrid->cropImage(VORNSEMarker::m_srcImage);
-        pHybrid->m_cropLabel = pHybrid->cropImage(VORNSEMarker::m_labelImage);
-        pHybrid->m_startLabel = cvCloneImage(pHybrid->m_cropLabel);
-    });
-    pHybrid->m_lambda = kStartLambda;
-    VORNSEMarker::m_noiseLevel = kNoise;
-    m_choose = true;
-    m_mode = kTrainModels;
-}
-
-void StagedRequest::trainModels(int pass) {
-    VORNSEHybrid& engine = *pHybrid;
-    if (m_choose) {
-        m_clock.run("smoothness choice", [&] { m_mode = engine.parallelLamdaSwtich(pass); });
-    }
-    if (m_mode == kKeepModels) {
-        return;
-    }
-    m_clock.run("samples", [&] {
-        extractTrainingData(engine.m_cropImage, engine.m_cropLabel, m_foreground, m_background);
-    });
-    if (m_mode == kTrainModels) {
-        m_clock.run("k-means", [&] {
-            initModel(m_background, engine.m_bgModel, 0);
-            initModel(m_foreground, engine.m_fgModel, 0);
-        });
-    } else {
-        m_clock.run("model update", [&] {
-            updateModel(m_foreground, m_background, engine.m_fgModel, engine.m_bgModel);
-        });
-    }
-    const bool compact = pass == 0 && engine.m_bgModel.colorModelCriteria();
-    const bool homogeneous = compact || VORNSEMarker::m_isHomogenous;
-    engine.m_fgModel.setInverseCovariance();
-    if (homogeneous) {
-        VORNSEMarker::m_noiseLevel = kNoiseHomogeneous;
-        engine.m_lambda = kStartLambda;
-    }
-    engine.m_bgModel.setInverseCovariance();
-    VORNSEMarker::m_noiseLevel = kNoise;
-    if (m_mode == kTrainModels) {
-        m_choose = !homogeneous;
-    }
-    VORNSEMarker::m_isHomogenous = homogeneous;
-    m_mode = kTrainModels + 1;
-}
-
-void StagedRequest::buildGraph() {
-    m_clock.run("graph build", [] { pHybrid->constructGraphVORN_Whole_Image(); });
-}
-
-void StagedRequest::cut(int pass) {
-    m_clock.run("max-flow", [] { pHybrid->m_graph->maxFlow(); });
-    m_clock.run("cut to labels", [&] {
-        pHybrid->updateLabelImage();
-        if (pass < kTrials) {
-            pHybrid->m_trialLabels[pass] = cvCloneImage(pHybrid->m_cropLabel);
-        }
-    });
-    pHybrid->cancelSegmentation();
+    m_request.begin();
 }
 
 void StagedRequest::runPasses(const std::function<void(int pass)>& visit) {
-    for (int pass = 0; pass < kPasses; ++pass) {
-        trainModels(pass);
-        buildGraph();
+    for (int pass = 0; pass < SegmentationRequest::kPasses; ++pass) {
+        m_request.prepareModels(pass);
+        m_request.buildGraph(pass);
         if (visit) {
             visit(pass);
         }
-        cut(pass);
-    }
-    if (VORNSEMarker::m_isHomogenous) {
-        m_clock.run("smoothness choice", [] { pHybrid->chooseIter(); });
+        m_request.cut(pass);
+        pHybrid->cancelSegmentation();
     }
 }
 
 ImagePtr StagedRequest::workingMask() {
-    VORNSEHybrid& engine = *pHybrid;
-    ImagePtr mask = createImage(engine.m_width, engine.m_height, 1);
-    cvSetZero(mask.get());
-    for (int y = 0; y < engine.m_cropHeight; ++y) {
-        const std::uint8_t* crop = rowOf(engine.m_cropLabel, y);
-        const int row = VORNSEMarker::m_yMinBBox + y;
-        std::uint8_t* labels = rowOf(VORNSEMarker::m_labelImage, row) + VORNSEMarker::m_xMinBBox;
-        std::uint8_t* out = rowOf(mask.get(), row) + VORNSEMarker::m_xMinBBox;
-        for (int x = 0; x < engine.m_cropWidth; ++x) {
-            labels[x] = crop[x];
-            out[x] = label::isObject(crop[x]) ? std::uint8_t(reduced() ? 1 : 255) : std::uint8_t{0};
-        }
-    }
-    return mask;
+    m_request.choose();
+    return m_request.workingMask();
 }
 
 ImagePtr StagedRequest::finish() {
-    m_clock.run("graph memory", [] { pHybrid->graphSpaceDellocator(); });
-    ImagePtr mask;
-    m_clock.run("crops", [&] { mask = workingMask(); });
-    if (reduced()) {
-        m_clock.run("upscaling", [&] { mask.reset(pHybrid->intelligentUpscaling(mask.get())); });
-    }
-    m_clock.run("post-processing", [&] { pHybrid->postProcess(mask.get()); });
-    m_clock.run("history write", [&] { VORNSEManageUndoRedo::record(mask.get()); });
+    ImagePtr mask = m_request.upscale(workingMask());
+    m_request.finish(mask.get());
     pHybrid->clearMemory();
     return mask;
 }

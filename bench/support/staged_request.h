@@ -1,6 +1,5 @@
-// One request driven stage by stage through the engine's public stages, in the order of its own
-// driver, so that each stage can be timed and every state in between can be measured on.
-// Users compare the mask with the engine's own, so that a driver that changes shows.
+// One request made step by step, so that every state in between can be measured on, with the time of
+// each of its stages.
 #pragma once
 
 #include <cstdint>
@@ -9,23 +8,29 @@
 #include <utility>
 #include <vector>
 
-#include "colour/color_model.h"
+#include "engine/segmentation_request.h"
+#include "engine/stage_watcher.h"
 #include "support/image.h"
 #include "support/marks.h"
 #include "support/measurements.h"
 
 // The time of each stage, in the order of first use; a stage that runs several times adds up.
-class StageClock {
+class StageClock : public StageWatcher {
   public:
+    // What a host does around a request.
     template <typename Call>
     void run(const std::string& stage, Call&& call) {
         add(stage, durationOf(std::forward<Call>(call)));
     }
-    void add(const std::string& stage, const Duration& duration);
+    void begins(Stage stage, int pass) override;
+    void ends(Stage stage, int pass) noexcept override;
     const std::vector<std::pair<std::string, Duration>>& stages() const { return m_stages; }
 
   private:
+    void add(const std::string& stage, const Duration& duration);
+
     std::vector<std::pair<std::string, Duration>> m_stages;
+    Stopwatch m_stopwatch;
 };
 
 class StagedRequest {
@@ -38,30 +43,24 @@ class StagedRequest {
 
     // Marks to the working region's crops; the first step of every request.
     void begin(Marks& marks);
-    // One pass: models, graph, cut. After buildGraph the pass's graph waits for its flow.
-    void trainModels(int pass);
-    void buildGraph();
-    void cut(int pass);
-    // All five passes and the choice after them; calls visit before every flow.
+    // The steps in between.
+    SegmentationRequest& steps() { return m_request; }
+    // All five passes; calls visit before every flow.
     void runPasses(const std::function<void(int pass)>& visit = nullptr);
+    // The working mask that upscaling starts from, or of photo size for one that was not reduced.
+    // Releases the graph.
+    ImagePtr workingMask();
     // Labels to the recorded mask of photo size.
     ImagePtr finish();
-    // The working mask that upscaling starts from, or of photo size for one that was not reduced.
-    ImagePtr workingMask();
     // Mask and outline into the host's buffers.
     void deliver(ImagePtr mask, std::vector<std::uint32_t>& blended,
                  std::vector<std::uint8_t>& out);
 
-    const std::vector<pixelVal>& foreground() const { return m_foreground; }
-    const std::vector<pixelVal>& background() const { return m_background; }
-
   private:
     const Photograph& m_photo;
     StageClock& m_clock;
-    std::vector<pixelVal> m_foreground;
-    std::vector<pixelVal> m_background;
-    bool m_choose = true;
-    int m_mode = 0;
+    StageWatcher* m_watcherBefore;
+    SegmentationRequest m_request;
 };
 
 // The trimap of the band along a working mask (values 0 and 1): 7 outside, 0 open, 1 and 2 the

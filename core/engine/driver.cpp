@@ -7,31 +7,18 @@
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include "colour/model_init.h"
-#include "colour/model_update.h"
-#include "colour/training_data.h"
 #include "engine/gradient.h"
 #include "engine/hybrid.h"
+#include "engine/segmentation_request.h"
 #include "graph/graph.h"
 #include "history/marker.h"
-#include "history/undo_redo_history.h"
 #include "support/image.h"
 #include "support/log.h"
 #include "support/timers.h"
 
 namespace {
 
-constexpr int kPasses = 5;
-constexpr int kTrials = 3;
 constexpr double kTimeLimitMs = 10000.0;
-constexpr double kNoise = 0.1;
-constexpr double kNoiseHomogeneous = 10.0;  // spreads the components of a flat background
-constexpr double kStartLambda = 50.0;
-constexpr int kUnusedInitArgument = 10;
-
-// What a pass does with the colour models, as parallelLamdaSwtich says.
-constexpr int kTrainModels = 0;
-constexpr int kUpdateModels = 1;
 
 // chooseIter: contrast that makes an outline pixel good or bad, and the scores that bring the first
 // pass back.
@@ -74,71 +61,16 @@ float outlineScore(const IplImage* labels, const cv::Mat& magnitude) {
 }  // namespace
 
 IplImage* VORNSEHybrid::segment() {
-    g_cancelTimer = create_timer();
-    start_cpu_timer(g_cancelTimer);
-    computeBoundingBox();
-    preProcess();
-    graphSpaceAllocator();
-    if (m_graph->m_nodes == nullptr || m_graph->m_edgeCaps == nullptr) {
-        throw std::bad_alloc();
-    }
-    m_cropImage = cropImage(VORNSEMarker::m_srcImage);
-    m_cropLabel = cropImage(VORNSEMarker::m_labelImage);
-    m_startLabel = cloneImage(m_cropLabel).release();
-
-    m_lambda = kStartLambda;
-    VORNSEMarker::m_noiseLevel = kNoise;
-    bool choose = true;
-    bool cancelled = false;
-    int mode = kTrainModels;
-    std::vector<pixelVal> foreground;
-    std::vector<pixelVal> background;
-    for (int pass = 0; pass < kPasses && !cancelled; ++pass) {
-        if (choose) {
-            mode = parallelLamdaSwtich(pass);
+    SegmentationRequest request(*this);
+    request.begin();
+    for (int pass = 0; pass < SegmentationRequest::kPasses; ++pass) {
+        if (!request.onePass(pass)) {
+            SEGCORE_LOG_ERROR("Segmentation canceled due to timeout");
+            clearMemory();
+            return nullptr;
         }
-        if (mode == kTrainModels || mode == kUpdateModels) {
-            extractTrainingData(m_cropImage, m_cropLabel, foreground, background);
-            if (mode == kTrainModels) {
-                initModel(background, m_bgModel, kUnusedInitArgument);
-                initModel(foreground, m_fgModel, kUnusedInitArgument);
-            } else {
-                updateModel(foreground, background, m_fgModel, m_bgModel);
-            }
-            const bool compact = pass == 0 && m_bgModel.colorModelCriteria();
-            const bool homogeneous = compact || VORNSEMarker::m_isHomogenous;
-            m_fgModel.setInverseCovariance();
-            if (homogeneous) {
-                VORNSEMarker::m_noiseLevel = kNoiseHomogeneous;
-                m_bgModel.setInverseCovariance();
-                VORNSEMarker::m_noiseLevel = kNoise;
-                m_lambda = kStartLambda;
-            } else {
-                m_bgModel.setInverseCovariance();
-            }
-            if (mode == kTrainModels) {
-                choose = !homogeneous;
-            }
-            VORNSEMarker::m_isHomogenous = homogeneous;
-            mode = kUpdateModels;
-        }
-        constructGraphVORN_Whole_Image();
-        m_graph->maxFlow();
-        updateLabelImage();
-        if (pass < kTrials) {
-            m_trialLabels[pass] = cloneImage(m_cropLabel).release();
-        }
-        cancelled = cancelSegmentation();
     }
-    if (cancelled) {
-        SEGCORE_LOG_ERROR("Segmentation canceled due to timeout");
-        clearMemory();
-        return nullptr;
-    }
-    if (VORNSEMarker::m_isHomogenous) {
-        chooseIter();
-    }
-    graphSpaceDellocator();
+    request.choose();
     IplImage* mask = getObjMask();
     clearMemory();
     return mask;
@@ -178,28 +110,9 @@ void VORNSEHybrid::chooseIter() {
 }
 
 IplImage* VORNSEHybrid::getObjMask() {
-    checkImageSize(m_width, m_height, "getObjMask", 1410);
-    ImagePtr mask = createImage(m_width, m_height, 1);
-    cvSetZero(mask.get());
-    const bool reduced = g_imageResizeFactor > 1.0F;
-    const std::uint8_t objectValue = reduced ? 1 : 255;
-    for (int y = 0; y < m_cropHeight; ++y) {
-        const std::uint8_t* crop = rowOf(m_cropLabel, y);
-        const int row = VORNSEMarker::m_yMinBBox + y;
-        std::uint8_t* labels = rowOf(VORNSEMarker::m_labelImage, row) + VORNSEMarker::m_xMinBBox;
-        std::uint8_t* out = rowOf(mask.get(), row) + VORNSEMarker::m_xMinBBox;
-        for (int x = 0; x < m_cropWidth; ++x) {
-            labels[x] = crop[x];
-            if (label::isObject(crop[x])) {
-                out[x] = objectValue;
-            }
-        }
-    }
-    if (reduced) {
-        mask.reset(intelligentUpscaling(mask.get()));
-    }
-    postProcess(mask.get());
-    VORNSEManageUndoRedo::record(mask.get());
+    SegmentationRequest request(*this);
+    ImagePtr mask = request.upscale(request.workingMask());
+    request.finish(mask.get());
     return mask.release();
 }
 

@@ -85,7 +85,8 @@ class SEGCORE_API VORNSEHybrid {
     int intensityTest(IplImage* mask);
     // The mask reaches to within `fraction` of all four borders.
     bool boundaryTest(IplImage* mask, float fraction);
-    // The driver's rule for homogeneous backgrounds as a function.
+    // After the models of a pass: 0 when the background is flat (its model gets more noise, and the
+    // smoothness weight is not tried), else 1.
     int homogenousLamda(int pass);
 
     // One cut.

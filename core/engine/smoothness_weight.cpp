@@ -10,6 +10,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "engine/hybrid.h"
+#include "engine/model_mode.h"
 #include "history/marker.h"
 #include "support/image.h"
 #include "support/log.h"
@@ -17,15 +18,10 @@
 
 namespace {
 
-constexpr int kTrials = 3;
 constexpr float kColourWeights[kTrials] = {50.0F, 13.513F, 8.0F};
 constexpr float kGreyWeights[kTrials] = {15.0F, 10.0F, 7.0F};
 constexpr double kColourFallback = 4.0;
 constexpr double kGreyFallback = 3.0;
-
-constexpr int kTrainModels = 0;
-constexpr int kUpdateModels = 1;
-constexpr int kKeepModels = 2;
 
 constexpr int kPassed = 1;
 constexpr int kFailed = 2;
@@ -244,14 +240,14 @@ int VORNSEHybrid::homogenousLamda(int pass) {
     const bool compact = pass == 0 && m_bgModel.colorModelCriteria();
     m_fgModel.setInverseCovariance();
     if (compact || VORNSEMarker::m_isHomogenous) {
-        VORNSEMarker::m_noiseLevel = 10.0;
+        VORNSEMarker::m_noiseLevel = kNoiseFlatBackground;
         m_bgModel.setInverseCovariance();
-        VORNSEMarker::m_noiseLevel = 0.1;
+        VORNSEMarker::m_noiseLevel = kNoise;
         VORNSEMarker::m_isHomogenous = true;
-        m_lambda = 50.0;
-        return 0;
+        m_lambda = kStartLambda;
+        return kFlatBackground;
     }
     m_bgModel.setInverseCovariance();
     VORNSEMarker::m_isHomogenous = false;
-    return 1;
+    return kVariedBackground;
 }

@@ -1,5 +1,4 @@
-// Runs the engine's stages by hand, in the order of VORNSEHybrid::segment, and stops after each for
-// a picture.
+// Makes a request step by step and stops in between for a picture.
 #include "stages.h"
 
 #include <cmath>
@@ -7,24 +6,18 @@
 #include <stdexcept>
 #include <vector>
 
-#include "colour/model_init.h"
-#include "colour/model_update.h"
-#include "colour/training_data.h"
 #include "engine/hybrid.h"
+#include "engine/model_mode.h"
+#include "engine/segmentation_request.h"
 #include "engine/terminal_weights.h"
-#include "graph/graph.h"
 #include "history/marker.h"
-#include "history/undo_redo_history.h"
 #include "interface/engine_state.h"
 #include "painting.h"
 #include "segmentation_core.h"
 #include "support/image.h"
-#include "support/timers.h"
 
 namespace {
 
-constexpr int kPasses = 5;
-constexpr int kTrials = 3;
 constexpr double kClearPreference = 6.0;  // log-likelihood ratio painted in full colour
 
 class Painter {
@@ -36,17 +29,11 @@ class Painter {
         prepare();
         paintLinks();
 
-        g_cancelTimer = create_timer();
-        start_cpu_timer(g_cancelTimer);
-        pHybrid->computeBoundingBox();
-        pHybrid->preProcess();
-        pHybrid->graphSpaceAllocator();
-        pHybrid->m_cropImage = pHybrid->cropImage(VORNSEMarker::m_srcImage);
-        pHybrid->m_cropLabel = pHybrid->cropImage(VORNSEMarker::m_labelImage);
-        pHybrid->m_startLabel = cvCloneImage(pHybrid->m_cropLabel);
+        SegmentationRequest request(*pHybrid);
+        request.begin();
         write("labels", paintLabels(working(), labels(VORNSEMarker::m_labelImage)));
-        cutRepeatedly();
-        return finish();
+        cutRepeatedly(request);
+        return finish(request);
     }
 
   private:
@@ -69,50 +56,27 @@ class Painter {
         pHybrid->setLabelImage(markers.get());
     }
 
-    void cutRepeatedly() {
+    void cutRepeatedly(SegmentationRequest& request) {
         std::vector<cv::Mat> trials;
-        std::vector<pixelVal> foreground;
-        std::vector<pixelVal> background;
-        bool choose = true;
-        int mode = 0;
-        for (int pass = 0; pass < kPasses; ++pass) {
-            if (choose) {
-                mode = pHybrid->parallelLamdaSwtich(pass);
-            }
-            if (mode < 2) {
-                extractTrainingData(pHybrid->m_cropImage, pHybrid->m_cropLabel, foreground,
-                                    background);
-                if (mode == 0) {
-                    initModel(background, pHybrid->m_bgModel, 0);
-                    initModel(foreground, pHybrid->m_fgModel, 0);
-                } else {
-                    updateModel(foreground, background, pHybrid->m_fgModel, pHybrid->m_bgModel);
-                }
-                const bool varied = pHybrid->homogenousLamda(pass) != 0;
-                choose = mode == 0 ? varied : choose;
-                mode = 1;
-            }
-            pHybrid->constructGraphVORN_Whole_Image();
+        for (int pass = 0; pass < SegmentationRequest::kPasses; ++pass) {
+            request.prepareModels(pass);
+            request.buildGraph(pass);
             if (pass == 0) {
                 write("preference", paintSigned(preference(), kClearPreference));
             }
-            pHybrid->m_graph->maxFlow();
-            pHybrid->updateLabelImage();
+            request.cut(pass);
             if (pass < kTrials) {
-                pHybrid->m_trialLabels[pass] = cvCloneImage(pHybrid->m_cropLabel);
                 trials.push_back(paintCutOut(crop(), objectOf(labels(pHybrid->m_cropLabel))));
             }
         }
         write("trials", sideBySide(trials));
         write("cut", paintLabels(crop(), labels(pHybrid->m_cropLabel)));
-        if (VORNSEMarker::m_isHomogenous) {
-            pHybrid->chooseIter();
-        }
-        pHybrid->graphSpaceDellocator();
     }
 
-    cv::Mat finish() {
-        const ImagePtr result(pHybrid->getObjMask());
+    cv::Mat finish(SegmentationRequest& request) {
+        request.choose();
+        const ImagePtr result = request.upscale(request.workingMask());
+        request.finish(result.get());
         const cv::Mat mask = cv::cvarrToMat(result.get()).clone();
         const cv::Mat object = objectOf(labels(VORNSEMarker::m_labelImage));
         cv::Mat blocky;
