@@ -33,6 +33,10 @@ if(SegcoreOpenCV_FOUND)
       set_target_properties(SegcoreOpenCV::${component} PROPERTIES
         IMPORTED_LOCATION "${SegcoreOpenCV_${component}_LIBRARY}"
         INTERFACE_INCLUDE_DIRECTORIES "${SegcoreOpenCV_INCLUDE_DIR}")
+      if(NOT component STREQUAL "core")  # the others speak in its types
+        set_target_properties(SegcoreOpenCV::${component} PROPERTIES
+          INTERFACE_LINK_LIBRARIES SegcoreOpenCV::core)
+      endif()
     endif()
   endforeach()
 endif()

@@ -6,16 +6,40 @@ set(segcore_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/SegmentationCore")
 
 install(TARGETS SegmentationCore EXPORT SegmentationCoreTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/core/"
-  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/SegmentationCore"
-  FILES_MATCHING PATTERN "*.h"
-  # The library's own plumbing; nothing in it is exported.
-  PATTERN "host_call.h" EXCLUDE
-  PATTERN "parked_context.h" EXCLUDE
-  PATTERN "history_transaction.h" EXCLUDE
-  PATTERN "outline_transaction.h" EXCLUDE)
+install(TARGETS SegmentationCoreEngine EXPORT SegmentationCoreEngineTargets)
+# The header for hosts; then, for the component `engine`, those that declare something exported and
+# those that they include. examples/check_install.sh holds the list against that rule.
+foreach(header IN ITEMS
+    interface/segmentation_core.h
+    colour/alternative_init.h
+    colour/color_model.h
+    colour/k_means.h
+    colour/model_init.h
+    colour/model_update.h
+    colour/training_data.h
+    engine/hybrid.h
+    graph/block_view.h
+    graph/graph.h
+    graph/parallel_gc.h
+    history/marker.h
+    history/undo_redo_history.h
+    interface/engine_state.h
+    path/edge_path.h
+    path/min_priority_queue.h
+    support/export.h
+    support/image.h
+    support/large_pages.h
+    support/timers.h
+    support/tracked_memory.h)
+  get_filename_component(folder "${header}" DIRECTORY)
+  install(FILES "${PROJECT_SOURCE_DIR}/core/${header}"
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/SegmentationCore/${folder}")
+endforeach()
 
 install(EXPORT SegmentationCoreTargets
+  NAMESPACE SegmentationCore::
+  DESTINATION "${segcore_package_dir}")
+install(EXPORT SegmentationCoreEngineTargets
   NAMESPACE SegmentationCore::
   DESTINATION "${segcore_package_dir}")
 configure_package_config_file(
@@ -29,7 +53,6 @@ install(FILES
   "${PROJECT_BINARY_DIR}/SegmentationCoreConfig.cmake"
   "${PROJECT_BINARY_DIR}/SegmentationCoreConfigVersion.cmake"
   "${CMAKE_CURRENT_LIST_DIR}/FindSegcoreOpenCV.cmake"
-  "${CMAKE_CURRENT_LIST_DIR}/FindAndroidLog.cmake"
   DESTINATION "${segcore_package_dir}")
 
 # The prefix is known for sure only while installing (`cmake --install --prefix`), and pkg-config can
@@ -45,9 +68,11 @@ else()
   set(SEGCORE_PC_LIBDIR "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
   set(SEGCORE_PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
 endif()
-configure_file("${CMAKE_CURRENT_LIST_DIR}/SegmentationCore.pc.in"
-  "${PROJECT_BINARY_DIR}/SegmentationCore.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/SegmentationCore.pc"
-  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+foreach(package IN ITEMS SegmentationCore SegmentationCoreEngine)
+  configure_file("${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in"
+    "${PROJECT_BINARY_DIR}/${package}.pc" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/${package}.pc"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+endforeach()
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/README.md"
   DESTINATION "${CMAKE_INSTALL_DOCDIR}")

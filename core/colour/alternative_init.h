@@ -27,7 +27,7 @@ SEGCORE_API pixelVal findMean(const std::vector<pixelVal>& samples);
 SEGCORE_API double findSSE(const std::vector<pixelVal>& samples);
 
 // The channel (0, 1 or 2) that varPartition split last.
-SEGCORE_API extern int g_maxVarDir;
+SEGCORE_DATA_API extern int g_maxVarDir;
 
 // Splits samples at the mean of their channel of the largest variance (the lower channel on a tie)
 // and appends them to `low` and, from the mean upwards, to `high`. Neither is left empty unless

@@ -20,7 +20,7 @@
 class VORNSEGraph;
 
 // Scale from the photograph to the working image, at least 1.0; set by intializer.
-SEGCORE_API extern float g_imageResizeFactor;
+SEGCORE_DATA_API extern float g_imageResizeFactor;
 
 class SEGCORE_API VORNSEHybrid {
   public:

@@ -58,7 +58,7 @@ struct strokeInfo {
     int m_strokeType = 0;
 };
 
-class SEGCORE_API VORNSEMarker {
+class SEGCORE_DATA_API VORNSEMarker {
   public:
     static IplImage* m_originalImage;  // photo size, 3 channels
     static int m_originalWidth;

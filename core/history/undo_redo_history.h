@@ -12,7 +12,7 @@
 
 #include "support/export.h"
 
-class SEGCORE_API VORNSEManageUndoRedo {
+class SEGCORE_DATA_API VORNSEManageUndoRedo {
   public:
     // [x][y]; bit k of the word belongs to slot k. Only allocate makes planes: what is known of their
     // tiles lies behind them, where width and height say.

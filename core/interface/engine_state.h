@@ -12,13 +12,13 @@
 #include "support/export.h"
 #include "support/image.h"
 
-SEGCORE_API extern VORNSEHybrid* pHybrid;    // null when no engine exists
-SEGCORE_API extern CvMemStorage* storage;    // holds the outline of the latest result
-SEGCORE_API extern CvSeq* contours;          // its first contour
-SEGCORE_API extern int g_exitStatus;         // teardown asked for after the current call
-SEGCORE_API extern IplImage* g_markerImage;  // marks of the pending request, photo size
-SEGCORE_API extern IplImage* g_resultMask;   // mask being delivered, photo size
-SEGCORE_API extern bool g_contoursReady;     // there is an outline to fetch
+SEGCORE_DATA_API extern VORNSEHybrid* pHybrid;    // null when no engine exists
+SEGCORE_DATA_API extern CvMemStorage* storage;    // holds the outline of the latest result
+SEGCORE_DATA_API extern CvSeq* contours;          // its first contour
+SEGCORE_DATA_API extern int g_exitStatus;         // teardown asked for after the current call
+SEGCORE_DATA_API extern IplImage* g_markerImage;  // marks of the pending request, photo size
+SEGCORE_DATA_API extern IplImage* g_resultMask;   // mask being delivered, photo size
+SEGCORE_DATA_API extern bool g_contoursReady;     // there is an outline to fetch
 
 // The photograph's size when the engine was made: a request on another size would leave its images.
 extern int enginePhotoWidth;

@@ -20,19 +20,19 @@ struct CpuTimer {
     int m_stopped;  // 1 after stop_cpu_timer, 0 after start_cpu_timer
 };
 
-SEGCORE_API extern CpuTimer* g_timer;        // of init_timer and exit_timer
-SEGCORE_API extern CpuTimer* g_cancelTimer;  // of the running segmentation request
-SEGCORE_API extern CpuTimer* g_totalTimer;
+SEGCORE_DATA_API extern CpuTimer* g_timer;        // of init_timer and exit_timer
+SEGCORE_DATA_API extern CpuTimer* g_cancelTimer;  // of the running segmentation request
+SEGCORE_DATA_API extern CpuTimer* g_totalTimer;
 
 // Per-stage totals for hosts to fill; the library never writes them.
-SEGCORE_API extern double g_t_TotalTime;
-SEGCORE_API extern double g_t_preProcess;
-SEGCORE_API extern double g_t_nLinksComputation;
-SEGCORE_API extern double g_t_tAndNLinks;
-SEGCORE_API extern double g_t_colEst;
-SEGCORE_API extern double g_t_colUpd;
-SEGCORE_API extern double g_t_maxflow;
-SEGCORE_API extern double g_t_postProcess;
+SEGCORE_DATA_API extern double g_t_TotalTime;
+SEGCORE_DATA_API extern double g_t_preProcess;
+SEGCORE_DATA_API extern double g_t_nLinksComputation;
+SEGCORE_DATA_API extern double g_t_tAndNLinks;
+SEGCORE_DATA_API extern double g_t_colEst;
+SEGCORE_DATA_API extern double g_t_colUpd;
+SEGCORE_DATA_API extern double g_t_maxflow;
+SEGCORE_DATA_API extern double g_t_postProcess;
 
 // A zeroed timer, owned by the caller until destroy_timer; null (and a log line) without memory.
 SEGCORE_API CpuTimer* create_timer();

@@ -46,7 +46,7 @@ class VORN_Stack {
     Node* m_head = nullptr;
 };
 
-SEGCORE_API extern VORN_Stack<VORN_Mem_Info*> gMemStack;
+SEGCORE_DATA_API extern VORN_Stack<VORN_Mem_Info*> gMemStack;
 
 // malloc / calloc / free. On failure: one error line under "TAG_MEM" and null. Releasing null logs
 // a warning and does nothing.

@@ -1,6 +1,7 @@
-# cmake -DNM=... -DLIBRARY=... -P check.cmake: the library's dynamic symbols against the lists beside
-# this file. host_calls.txt is complete: plain C names, no others may be exported. cpp_names.txt is
-# what C++ hosts rely on; a name listed twice has two forms.
+# cmake -DNM=... -DREADELF=... -DLIBRARY=... -P check.cmake: the library's dynamic symbols against the
+# lists beside this file. host_calls.txt is complete: plain C names, no others may be exported.
+# cpp_names.txt is what C++ hosts rely on; a name listed twice has two forms. Exported data are
+# protected, so that the library never takes a host's variable for its own.
 cmake_minimum_required(VERSION 3.25)
 
 # The defined symbols with their kind and address cut off, each form once.
@@ -38,6 +39,18 @@ foreach(name IN LISTS cpp_names)
     list(APPEND faults "missing: ${name}")
   else()
     list(REMOVE_AT names ${place})
+  endif()
+endforeach()
+
+execute_process(COMMAND ${READELF} -W --dyn-syms ${LIBRARY}
+  OUTPUT_VARIABLE lines COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "OBJECT +GLOBAL +[A-Z]+ +[0-9]+ [^\n]+" data "${lines}")
+if(NOT data)
+  list(APPEND faults "no exported data")
+endif()
+foreach(symbol IN LISTS data)
+  if(NOT symbol MATCHES "PROTECTED")
+    list(APPEND faults "data that are not protected: ${symbol}")
   endif()
 endforeach()
 
