@@ -1,6 +1,7 @@
 #!/bin/sh
 # check_install.sh BUILD_DIR: installs a build to a prefix of its own, builds the examples against it
-# by find_package and by pkg-config, and cuts a disc out of a picture with each of them.
+# by find_package and by pkg-config, cuts a disc out of a picture with each of them, and holds the
+# installed headers against their rule.
 #   CC, CXX    compilers
 #   SANITIZE   sanitizers that the build was made with, if any
 #   CLI        ON: the command line has to be there, too, and to replay the sample sessions
@@ -19,9 +20,33 @@ unset LD_LIBRARY_PATH CMAKE_PREFIX_PATH PKG_CONFIG_PATH
 
 cmake --install "$build" --prefix "$prefix" >"$work/install.log"
 
-CFLAGS="-std=c99 -pedantic $flags" CXXFLAGS="$flags" CC="$CC" CXX="$CXX" \
-    cmake -G Ninja -S "$here" -B "$work/examples" -DCMAKE_PREFIX_PATH="$prefix" >"$work/cmake.log"
-cmake --build "$work/examples" >>"$work/cmake.log" || { cat "$work/cmake.log"; exit 1; }
+# configure SOURCE BUILD [OPTION..]: a project that finds the library in the prefix.
+configure() {
+    source=$1 binary=$2
+    shift 2
+    CFLAGS="-std=c99 -pedantic $flags" CXXFLAGS="$flags" CC="$CC" CXX="$CXX" \
+        cmake -G Ninja -S "$source" -B "$binary" -DCMAKE_PREFIX_PATH="$prefix" "$@"
+}
+# project SOURCE BUILD [OPTION..]: the same, built.
+project() {
+    { configure "$@" && cmake --build "$2"; } >"$work/project.log" 2>&1 ||
+        { cat "$work/project.log"; exit 1; }
+}
+
+without_opencv="-DCMAKE_DISABLE_FIND_PACKAGE_OpenCV=ON -DCMAKE_DISABLE_FIND_PACKAGE_SegcoreOpenCV=ON"
+# shellcheck disable=SC2086 # two options
+project "$here" "$work/plain_c" -DEXAMPLES_IN_CPP=OFF $without_opencv
+project "$here" "$work/examples"
+
+engine=$here/../tests/exports/installed
+project "$engine" "$work/engine"
+"$work/engine/library_data"
+# shellcheck disable=SC2086 # two options
+if configure "$engine" "$work/hidden" $without_opencv >"$work/hidden.log" 2>&1; then
+    echo "OpenCV is not hidden: the engine's headers were offered"
+    exit 1
+fi
+grep -q SegcoreOpenCV "$work/hidden.log"
 
 pc=$(find "$prefix" -name SegmentationCore.pc)
 [ -n "$pc" ] || { echo "no pkg-config file installed"; exit 1; }
@@ -30,6 +55,21 @@ libdir=$(pkg-config --variable=libdir SegmentationCore)
 # shellcheck disable=SC2046,SC2086 # lists of flags
 $CC -std=c99 $flags "$here/cut_box.c" -o "$work/cut_box_pkgconfig" \
     $(pkg-config --cflags --libs SegmentationCore) -Wl,-rpath,"$libdir"
+# A program that reads the library's data, with the compiler's own default of other code.
+cat >"$work/reader.c" <<'END'
+#include <segmentation_core.h>
+extern float g_imageResizeFactor;
+int main(void) {
+    static uint32_t photo[640 * 480]; /* four times as large as the working image */
+    setSourceImage(640, 480, photo);
+    initSegmentationEngine(0);
+    return g_imageResizeFactor > 1.9F ? 0 : 1;
+}
+END
+# shellcheck disable=SC2046,SC2086 # lists of flags
+$CC -std=c99 $flags "$work/reader.c" -o "$work/reader" \
+    $(pkg-config --cflags --libs SegmentationCoreEngine) -Wl,-rpath,"$libdir"
+"$work/reader"
 
 # 80 x 60: a blue disc of radius 18 around (40, 30) on orange, both with some grain. The bytes stay
 # within 1..255, which every awk can write.
@@ -45,16 +85,39 @@ LC_ALL=C awk 'BEGIN {
 awk 'BEGIN { for (y = 0; y < 60; ++y) for (x = 0; x < 80; ++x)
     print (x - 40) ^ 2 + (y - 30) ^ 2 <= 18 ^ 2 ? 0 : 255 }' >"$work/right.txt"
 
-for program in examples/cut_box_c cut_box_pkgconfig; do
-    "$work/$program" "$work/disc.ppm" 14 6 66 54 "$work/mask.pgm"
+# cut PROGRAM WRONG: at most so many of the mask's pixels may be wrong.
+cut() {
+    "$work/$1" "$work/disc.ppm" 14 6 66 54 "$work/mask.pgm"
     tail -c 4800 "$work/mask.pgm" | od -An -v -tu1 -w1 | tr -d ' ' >"$work/mask.txt"
     wrong=$(paste "$work/mask.txt" "$work/right.txt" | awk '$1 != $2' | wc -l)
-    echo "$program: $wrong of 4800 pixels wrong"
-    [ "$wrong" -le 48 ] # the disc's outline is 113 pixels long
+    echo "$1: $wrong of 4800 pixels wrong"
+    [ "$wrong" -le "$2" ]
+    rm "$work/mask.pgm"
+}
+for program in plain_c/cut_box_c examples/cut_box_c cut_box_pkgconfig; do
+    cut $program 48 # the disc's outline is 113 pixels long
 done
+cut plain_c/edit_session 48
 
 "$work/examples/cut_box_cpp" "$work/disc.ppm" 14 6 66 54 "$work/cutout.png"
 [ -s "$work/cutout.png" ]
+
+# Each tells a person what it wants, and neither a missing file nor a strange box crashes it.
+refused() {
+    status=0
+    "$@" >"$work/said.txt" 2>&1 || status=$?
+    [ "$status" -eq 1 ] && [ -s "$work/said.txt" ] ||
+        { echo "status $status: $*"; cat "$work/said.txt"; exit 1; }
+}
+for program in examples/cut_box_c examples/cut_box_cpp examples/edit_session; do
+    refused "$work/$program"
+    grep -q '^usage: ' "$work/said.txt"
+    refused "$work/$program" "$work/no-such.ppm" 14 6 66 54 "$work/mask.pgm"
+    refused "$work/$program" "$work/disc.ppm" 14 6 66 54 "$work/no-such-folder/mask.pgm"
+done
+for program in examples/cut_box_cpp examples/edit_session; do
+    refused "$work/$program" "$work/disc.ppm" 80 60 99 99 "$work/mask.pgm"
+done
 
 if [ "$CLI" = ON ]; then
     for session in "$here"/../samples/*.json; do
