@@ -1,31 +1,38 @@
 /*
- * SegmentationCore: cuts the object out of a photograph. The only header that a host needs; plain
- * C.
+ * SegmentationCore: cuts the object out of a photograph. The only header that a host needs, in
+ * plain C.
  *
- * One editing context per process. Order of calls:
+ * There is one editing context per process. The order of calls:
  *
- *     setSourceImage, initSegmentationEngine,
- *     then requests: setCurrentMarkerVector, setMarkerImage, processSegment (or cutOutImage),
- *     undo, redo in any number; resetSegmentationInterface starts afresh on the same photograph;
- *     deinitSegmentation ends it. doSegmentationBB does all of it from a rectangle.
+ *     setSourceImage, initSegmentationEngine                    a photograph, and its engine
+ *     setCurrentMarkerVector, setMarkerImage, processSegment    a request, as often as wanted
+ *     setMarkerImage, cutOutImage                               a direct edit of the mask
+ *     undo, redo, fetch_path_array                              at any time in between
+ *     resetSegmentationInterface                                a fresh start, same photograph
+ *     deinitSegmentation                                        the end
  *
- * Conventions
+ * doSegmentationBB makes a photograph, an engine and a request in one call.
+ *
+ * Conventions, which the calls below do not repeat
  *   Size          width and height in pixels, each at least 1, width * height at most
  *                 SEGCORE_MAX_PIXELS. Calls without sizes take the photograph's.
+ *   Coordinates   in photograph pixels: x from 0 at the left, y from 0 at the top.
  *   Pixel words   one uint32_t a pixel, row by row without padding: bits 0-7 channel 0 (blue), 8-15
  *                 channel 1 (green), 16-23 channel 2 (red), 24-31 alpha, ignored on input and 0xFF
  *                 on output.
- *   Mask bytes    one uint8_t a pixel, row by row: 0 object, 255 the rest.
- *   Blended words the photograph's pixel words as the host holds them; results overwrite the pixels
- *                 of the object's outline with opaque yellow (0xFFFFFF00) and touch nothing else,
- *                 or write the plain photograph where there is no result to show.
- *   Buffers       stay the host's and are used during the call only.
- *   Errors        a call that cannot be carried out (a bad size, a null buffer, the wrong order, no
+ *   Mask bytes    one uint8_t a pixel, row by row without padding: 0 object, 255 the rest.
+ *   Blended words the photograph's pixel words as the host holds them. A result overwrites the
+ *                 pixels of the object's outline with opaque yellow (0xFFFFFF00) and touches
+ *                 nothing else. Where there is no result to show, the plain photograph is written.
+ *   Buffers       stay the host's and are used during the call only. Unless a comment says
+ *                 otherwise, they are not null.
+ *   Result        an int result is 0 unless a comment says otherwise.
+ *   Bad arguments a call that cannot be carried out (a bad size, a null buffer, the wrong order, no
  *                 memory) logs one line at error priority under the tag "Error", leaves photograph,
- *                 engine and history as they were, and returns as usual. No call throws.
- *   Threads       one host thread makes all calls, one at a time; cancelSegmentation alone may come
- *                 from any other thread at any time.
- *   Results       0 unless stated.
+ *                 engine, history and buffers as they were, and returns as usual. "Refused" below
+ *                 means this. No call throws.
+ *   Threads       one host thread makes the calls, one at a time. cancelSegmentation and
+ *                 release_path_array alone may come from any thread at any time.
  */
 #ifndef SEGMENTATION_CORE_H
 #define SEGMENTATION_CORE_H
@@ -40,13 +47,40 @@
 /* Largest photograph: the engine numbers eight links a pixel with 32-bit integers. */
 #define SEGCORE_MAX_PIXELS 201326592
 
-/* Marker codes, one int a pixel. Other values up to 255 are neither object nor background. */
+/*
+ * Marker codes, one int a pixel, and stroke types, one a request. Together with the mask on display
+ * they say what the engine takes a pixel for:
+ *
+ *                     no mask   LOOP_ADD, BRUSH_ADD        LOOP_REMOVE, BRUSH_REMOVE
+ *     mark            on        on the      on the         on the      on the
+ *                     display   object      background     object      background
+ *     0 NONE             B         O           B              O           B
+ *     1 BACKGROUND       B         O           B              B           B
+ *     2 OBJECT           O         O           O              O           B
+ *     3 (no name)        b         O           b              b           B
+ *     4 CANDIDATE        o         O           o              o           B
+ *     5 to 255           -         O           -              -           B
+ *
+ *     B background, O object: fixed         b, o: probably, the engine decides
+ *     - neither object nor background; no host should use these codes
+ *
+ * Before the table applies, a brush marks the unmarked pixels around its own marks: with 4 around
+ * OBJECT in BRUSH_ADD, with 3 around BACKGROUND in BRUSH_REMOVE. They reach a twentieth of the
+ * square root of width * height. Other codes of a brush request would spread as far, the larger
+ * code over the smaller, so give it its own code alone.
+ * After it, a line along the points of setCurrentMarkerVector, closed to the first, is left for the
+ * engine to decide. It is three pixels wide in the working image, to which large photographs are
+ * reduced.
+ *
+ * Over a mask on display, the result goes the way of the stroke type only: adding never removes,
+ * removing never adds, and of what a brush changed only the regions stay in which a point of
+ * setCurrentMarkerVector lies. Other stroke types change nothing of a mask on display.
+ */
 #define SEGCORE_MARK_NONE 0
 #define SEGCORE_MARK_BACKGROUND 1
 #define SEGCORE_MARK_OBJECT 2
 #define SEGCORE_MARK_CANDIDATE 4 /* inside of a loop or box: may be object */
 
-/* Stroke types. */
 #define SEGCORE_LOOP_ADD 0     /* closed loop around what is to be added; also a box */
 #define SEGCORE_LOOP_REMOVE 1  /* closed loop around what is to be removed */
 #define SEGCORE_BRUSH_ADD 2    /* strokes over the object */
@@ -60,25 +94,29 @@ extern "C" {
 
 /*
  * Stores a copy of the photograph and starts an empty history for it. A photograph already there is
- * replaced; the engine has to be initialised again.
+ * replaced; the engine then has to be initialised again.
  *   width, height  size of the photograph
- *   pixels         width * height pixel words, not null
+ *   pixels         width * height pixel words
+ * Refused: a bad size, null, no memory.
  */
 SEGCORE_API int setSourceImage(int width, int height, const uint32_t* pixels);
 
 /*
- * Creates the engine for the stored photograph: working image, texture, neighbour weights. An
- * engine already there is replaced. Clears a pending cancel. unused  not read
+ * Creates the engine for the stored photograph and prepares what all requests on it share. An
+ * engine already there is replaced. Clears a pending cancel.
+ *   unused  not read
+ * Refused: no photograph, no memory.
  */
 SEGCORE_API int initSegmentationEngine(int unused);
 
 /*
- * Writes the photograph's pixel words, alpha 0xFF.
- *   out  width * height words, not null
+ * Writes the stored photograph.
+ *   out  receives width * height pixel words
+ * Refused: null, no photograph.
  */
 SEGCORE_API void copySourceImage(uint32_t* out);
 
-/* Releases the buffers of a pending request. */
+/* Drops the marks of a pending request. */
 SEGCORE_API int freeLocalBuffers(void);
 
 /* Forgets marks, history and outline; photograph and engine stay. Clears a pending cancel. */
@@ -88,72 +126,97 @@ SEGCORE_API int resetSegmentationInterface(void);
 SEGCORE_API int deinitSegmentation(void);
 
 /*
- * Asks a running request to stop; it then delivers no mask. From any thread. Stays in force, for
- * later requests too, until resetSegmentationInterface or a new engine clears it.
+ * Asks a running request to stop. It delivers no mask then, and the history stays as it was.
+ * Once the mask is found and only being enlarged to the photograph's size, it is delivered and
+ * recorded all the same, in the state that it has at that moment: its border can be wrong, and undo
+ * brings back the mask before. The time limit of a request works in the same way.
+ * The cancel stays in force, for later requests too, until resetSegmentationInterface or
+ * initSegmentationEngine clears it. A time limit that is reached can leave a cancel in force, too.
+ * Thread: any.
  */
 SEGCORE_API void cancelSegmentation(void);
 
 /*
- * After cancelSegmentation: has the next processSegment, cutOutImage, undo or redo end with the
- * release that deinitSegmentation makes.
+ * After cancelSegmentation: has the next processSegment, cutOutImage, undo or redo end with what
+ * deinitSegmentation does. Without a cancel in force the call undoes an earlier one.
  */
 SEGCORE_API void exitSegmentation(void);
 
 /* ---- Request ---- */
 
 /*
- * Stores the stroke of the next request.
- *   count   number of ints, two a point; below 1 empties the stroke. An odd count reads one int
- * more. points  x, y, x, y, ... in photograph pixels, not null for a count above 0; points outside
- * the photograph are moved to its border, in this array too, and logged
+ * Stores the stroke of the next request: the line of a loop or box, or the path of a brush. It
+ * stays for later requests, too, until this call replaces it.
+ *   count   number of ints in points, two a point, so an even number; below 1 empties the stroke
+ *   points  x, y, x, y, ...; may be null when count is below 1. Points outside the photograph are
+ *           moved to its border, in this array too, and logged. With an odd count one int more is
+ *           read and may be written
+ * Refused: null, no photograph so far, no memory.
  */
 SEGCORE_API int setCurrentMarkerVector(int count, int* points);
 
 /*
- * Stores the marks and the stroke type of the next request.
+ * Stores a copy of the marks, and the stroke type, of the next request. Marks already there are
+ * replaced.
  *   width, height  size of the photograph
- *   values         width * height marker codes, saturated to 0..255, not null
- *   strokeType     one of the stroke types above; other values change nothing of a result on
- * display
+ *   values         width * height marker codes; below 0 counts as 0, above 255 as 255
+ *   strokeType     a stroke type
+ * Refused: another size than the photograph's, null, no photograph, no memory.
  */
 SEGCORE_API int setMarkerImage(int width, int height, const int* values, int strokeType);
 
 /*
- * Runs the request and delivers its result, which becomes the newest entry of the history. The marks
- * are used up, also by a request that fails. Without marks, or when cancelled or out of time (10 s),
- * the blended buffer receives the plain photograph and the mask buffer is left alone.
+ * Runs the request and delivers its result, which becomes the newest entry of the history. The
+ * marks are used up, also by a request that is refused. Without marks, or when the request was
+ * cancelled or took longer than ten seconds, the blended buffer receives the plain photograph and
+ * the mask buffer is left alone.
  *   unused1..3  not read
- *   blended     blended words, not null
- *   mask        receives mask bytes, not null when marks are pending
+ *   blended     blended words
+ *   mask        receives width * height mask bytes; may be null when no marks are pending
  * Result: 0, or -1 after the release that exitSegmentation asked for.
+ * Refused: null, no photograph, no engine for a photograph of this size, no memory.
  */
 SEGCORE_API int processSegment(int unused1, int unused2, int unused3, uint32_t* blended,
                                uint8_t* mask);
 
 /* ---- Result ---- */
 
-/* Deliver the mask that is being handed over. Between calls there is none: use the calls around. */
+/*
+ * Deliver the mask that a result call is handing over. Between calls there is none, so that a host
+ * uses processSegment, cutOutImage, undo and redo instead.
+ *   out  receives width * height mask bytes, or blended words
+ * Refused: null, no mask.
+ */
 SEGCORE_API void loadMaskImageInfo(uint8_t* out);
 SEGCORE_API void loadBlendedImageInfo(uint32_t* out);
 
 /*
- * Hands out the outline of the latest result, once: n, then for each of n contours its number of
- * points T, T pairs x, y in photograph pixels, and -1. The single int 0 when there is none to
- * fetch. array  receives the ints, to be released with release_path_array (delete[] in C++); not
- * null. Null is stored without memory, and the outline can be fetched again. count  receives their
- * number; not null
+ * Hands out the outline of the latest result, once: the number n of contours, then for each of them
+ * its number T of points, T pairs x, y, and -1. When there is no outline to fetch: the single
+ * int 0.
+ *   array  receives the address of the ints. They are the host's until it gives them to
+ *          release_path_array (in C++, delete[] does the same). Null without memory; the outline
+ *          can then be fetched again
+ *   count  receives the number of ints, 0 without memory
+ * Refused: null, no memory.
  */
 SEGCORE_API void fetch_path_array(int** array, int* count);
 
-/* Releases an array of fetch_path_array; null does nothing. From any thread. */
+/*
+ * Releases an array of fetch_path_array.
+ *   array  the array; null does nothing
+ * Thread: any.
+ */
 SEGCORE_API void release_path_array(int* array);
 
 /*
- * Edits the mask on display by the pending marks without segmenting: background marks clear, object
- * marks set. The edit becomes the newest entry of the history.
+ * Edits the mask on display by the pending marks without segmenting: BACKGROUND marks clear, OBJECT
+ * marks set, others do nothing. The edit becomes the newest entry of the history; the marks are
+ * used up, also by an edit that is refused.
  *   unused1..3  not read
- *   blended     blended words, or null
- *   mask        receives mask bytes, or null
+ *   blended     blended words; may be null, and the outline is then not looked for
+ *   mask        receives width * height mask bytes; may be null
+ * Refused: no photograph, no marks, no memory.
  */
 SEGCORE_API void cutOutImage(int unused1, int unused2, int unused3, uint32_t* blended,
                              uint8_t* mask);
@@ -161,27 +224,37 @@ SEGCORE_API void cutOutImage(int unused1, int unused2, int unused3, uint32_t* bl
 /* ---- History (the last 31 masks) ---- */
 
 /*
- * Steps back or forward and delivers the mask then on display. Stepping back past the first mask
- * writes the plain photograph and leaves the mask buffer alone; redo at the newest mask delivers it
- * again. Pending marks are dropped.
- *   blended  blended words, not null
- *   mask     receives mask bytes, not null when there is a mask to deliver
+ * Step back or forward and deliver the mask then on display. Stepping back past the first mask
+ * writes the plain photograph and leaves the mask buffer alone. redo at the newest mask delivers it
+ * again; with an empty history it has no mask of any use, so ask canRedo first. Pending marks are
+ * dropped, also by a step that is refused.
+ *   blended  blended words
+ *   mask     receives width * height mask bytes; in undo, may be null when canUndo is false
+ * Refused: null, no photograph, no memory.
  */
 SEGCORE_API void undo(uint32_t* blended, uint8_t* mask);
 SEGCORE_API void redo(uint32_t* blended, uint8_t* mask);
 
-/* Whether the host should offer the step; canUndo is false on the first mask. */
+/*
+ * Whether a host should offer the step.
+ * Result: canUndo is false on the first mask, although undo can still step back past it; canRedo is
+ * false on the newest.
+ */
 SEGCORE_API bool canUndo(void);
 SEGCORE_API bool canRedo(void);
 
 /* ---- Everything at once ---- */
 
 /*
- * Replaces photograph, engine and history and segments the inside of a rectangle. Afterwards the
- * host may go on with any other call. width, height             size of the photograph pixels width
- * * height pixel words, not null, not modified left, top, right, bottom  the rectangle, its corners
- * included, clamped to the photograph; nothing is marked when right < left or bottom < top mask
- * receives width * height mask bytes, not null
+ * Replaces photograph, engine and history, and segments the inside of a rectangle. Afterwards the
+ * host may go on with any other call.
+ *   width, height             size of the photograph
+ *   pixels                    width * height pixel words, not modified
+ *   left, top, right, bottom  the rectangle, its corners included, clamped to the photograph.
+ *                             Nothing is marked when right < left or bottom < top
+ *   mask                      receives width * height mask bytes. A request that is cancelled or
+ *                             takes longer than ten seconds leaves it alone
+ * Refused: a bad size, null, no memory.
  */
 SEGCORE_API int doSegmentationBB(int width, int height, const uint32_t* pixels, int left, int top,
                                  int right, int bottom, uint8_t* mask);
