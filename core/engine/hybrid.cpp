@@ -52,7 +52,9 @@ VORNSEHybrid::VORNSEHybrid()
       m_beta(0.0),
       m_trimapGraph(nullptr),
       m_boundWidthTrimap(0),
-      m_boundHeightTrimap(0) {}
+      m_boundHeightTrimap(0),
+      m_photoWidth(0),
+      m_photoHeight(0) {}
 
 VORNSEHybrid::~VORNSEHybrid() {
     m_graph = nullptr;
@@ -94,6 +96,8 @@ void VORNSEHybrid::intializer() {
     m_width = VORNSEMarker::m_srcImage->width;
     m_height = VORNSEMarker::m_srcImage->height;
     computeNlinks();
+    m_photoWidth = photoWidth;
+    m_photoHeight = photoHeight;
     for (IplImage*& trial : m_trialLabels) {
         trial = nullptr;
     }

@@ -42,6 +42,8 @@ class SEGCORE_API VORNSEHybrid {
     VORNSEGraph* m_trimapGraph;  // of the band along the outline, during upscaling only
     int m_boundWidthTrimap;      // the band's bounding rectangle in photo pixels
     int m_boundHeightTrimap;
+    int m_photoWidth;  // size of the photograph that the engine was prepared for
+    int m_photoHeight;
 
     VORNSEHybrid();
     ~VORNSEHybrid();
@@ -61,6 +63,9 @@ class SEGCORE_API VORNSEHybrid {
     // Marks to labels. `markers` is the marker image at photo size (0 none, 1 background, 2 object,
     // 4 candidate object); brush strokes grow a probable band in it.
     void setLabelImage(IplImage* markers);
+    // The same labels without the band in `markers`, which at photo size takes many times longer: for
+    // callers that drop the marks after this.
+    void labelMarks(const IplImage* markers);
     // Frees the labels under the stroke's line.
     void addUnknownRegion();
 

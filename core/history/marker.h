@@ -7,51 +7,17 @@
 // Conventions used throughout the library:
 // - Pixel (x, y) lies at row start y * widthStep, byte x * channels; three-channel images hold the
 //   host's channels 0, 1, 2 (blue, green, red for the usual pixel word).
-// - Label codes: 0 free, 1 fixed background, 2 fixed object, 3 probable background, 4 probable
-//   object. 2 and 4 count as object everywhere.
+// - Labels, marks and strokes have the codes of support/codes.h.
 // - "Photo size" is the host's photograph, "working size" the reduced image that is segmented.
 #pragma once
 
 #include <opencv2/core/core_c.h>
 
 #include <atomic>
-#include <cstdint>
 #include <vector>
 
+#include "support/codes.h"
 #include "support/export.h"
-
-namespace label {
-constexpr std::uint8_t kFree = 0;
-constexpr std::uint8_t kBackground = 1;
-constexpr std::uint8_t kObject = 2;
-constexpr std::uint8_t kProbableBackground = 3;
-constexpr std::uint8_t kProbableObject = 4;
-
-constexpr bool isObject(int code) {
-    return code == kObject || code == kProbableObject;
-}
-constexpr bool isBackground(int code) {
-    return code == kBackground || code == kProbableBackground;
-}
-}  // namespace label
-
-// What a stroke does: loops enclose, brushes paint; even types add to the object, odd ones remove.
-namespace stroke {
-constexpr int kLoopAdd = 0;
-constexpr int kLoopRemove = 1;
-constexpr int kBrushAdd = 2;
-constexpr int kBrushRemove = 3;
-
-constexpr bool isBrush(int type) {
-    return type == kBrushAdd || type == kBrushRemove;
-}
-constexpr bool adds(int type) {
-    return type == kLoopAdd || type == kBrushAdd;
-}
-constexpr bool removes(int type) {
-    return type == kLoopRemove || type == kBrushRemove;
-}
-}  // namespace stroke
 
 struct strokeInfo {
     std::vector<int> m_points;  // x, y, x, y, ... in photo pixels

@@ -1,5 +1,7 @@
-// Notation: a tile's words lie in columns, x outer, as the planes do, its bytes in rows, as images
-// do. Tiles at the right and the lower border may be smaller than the others.
+// A tile's words lie in columns, as the planes do; its bytes lie in rows, as images do. Tiles at the
+// right and the lower border may be smaller than the others.
+//
+// Invariant: a tile that is not marked mixed for a slot has the slot's bit alike in all its words.
 #include "history/slot_store.h"
 
 #include <algorithm>
@@ -7,8 +9,6 @@
 
 #include "history/marker.h"
 #include "history/undo_redo_history.h"
-
-using History = VORNSEManageUndoRedo;
 
 namespace slot_store {
 
@@ -25,43 +25,24 @@ struct Tile {
     int rows() const { return y1 - y0; }
 };
 
-constexpr std::uint32_t bitOf(int slot) {
-    return std::uint32_t{1} << slot;
-}
-
-std::size_t tilesAlong(int pixels) {
-    return static_cast<std::size_t>(pixels / kTile + (pixels % kTile > 0 ? 1 : 0));
-}
-
-std::size_t pixelsOf(int columns, int rows) {
-    return static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows);
-}
-
-TileContents& contentsAt(int x, int y) {
-    std::uint32_t* behind = History::m_bitPlane[0] + pixelsOf(History::width, History::height);
-    const std::size_t tile = tilesAlong(History::width) * static_cast<std::size_t>(y / kTile) +
-                             static_cast<std::size_t>(x / kTile);
-    return reinterpret_cast<TileContents*>(behind)[tile];
-}
-
 // Calls visit(tile, contents) for every tile, row by row.
 template <typename Visit>
-void forEachTile(Visit visit) {
+void forEachTile(SlotView& view, Visit visit) {
     const int width = VORNSEMarker::m_originalWidth;
     const int height = VORNSEMarker::m_originalHeight;
+    TileMap& tiles = view.tiles();
     for (int y = 0; y < height; y += kTile) {
         for (int x = 0; x < width; x += kTile) {
             visit(Tile{x, std::min(x + kTile, width), y, std::min(y + kTile, height)},
-                  contentsAt(x, y));
+                  tiles.at(x, y));
         }
     }
 }
 
-// Whether all of a tile of the planes is inside the photograph, which need not be the one that they
-// were made for.
-bool isWhole(const Tile& tile) {
-    return tile.x1 == std::min(tile.x0 + kTile, History::width) &&
-           tile.y1 == std::min(tile.y0 + kTile, History::height);
+// Whether the photograph shows all of a tile. It need not be the one that the planes were made for.
+bool isWhole(const Tile& tile, const TileMap& tiles) {
+    return tile.x1 == std::min(tile.x0 + kTile, tiles.columns()) &&
+           tile.y1 == std::min(tile.y0 + kTile, tiles.rows());
 }
 
 // A whole tile's known length lets the compiler take columns and rows by vectors.
@@ -78,18 +59,20 @@ void forEachIndex(int count, Visit visit) {
     }
 }
 
-void readWords(const Tile& tile, std::uint32_t bit, TileBytes& bytes) {
+void readWords(const SlotView& view, const Tile& tile, TileBytes& bytes) {
     for (int x = tile.x0; x < tile.x1; ++x) {
-        const std::uint32_t* const words = History::m_bitPlane[x] + tile.y0;
+        const std::uint32_t* const words = view.planes[x] + tile.y0;
         std::uint8_t column[kTile];
-        forEachIndex(tile.rows(), [&](int i) { column[i] = (words[i] & bit) != 0 ? kObject : 0; });
+        forEachIndex(tile.rows(),
+                     [&](int i) { column[i] = (words[i] & view.bit) != 0 ? kObject : 0; });
         forEachIndex(tile.rows(), [&](int i) { bytes.row[i][x - tile.x0] = column[i]; });
     }
 }
 
-void writeWords(const Tile& tile, std::uint32_t bit, const TileBytes& bytes) {
+void writeWords(const SlotView& view, const Tile& tile, const TileBytes& bytes) {
+    const std::uint32_t bit = view.bit;
     for (int x = tile.x0; x < tile.x1; ++x) {
-        std::uint32_t* const words = History::m_bitPlane[x] + tile.y0;
+        std::uint32_t* const words = view.planes[x] + tile.y0;
         std::uint8_t column[kTile];
         forEachIndex(tile.rows(), [&](int i) { column[i] = bytes.row[i][x - tile.x0]; });
         forEachIndex(tile.rows(),
@@ -97,31 +80,43 @@ void writeWords(const Tile& tile, std::uint32_t bit, const TileBytes& bytes) {
     }
 }
 
-// Takes down what all of a tile's words have of the bit, and what any has. A tile of which only a part
-// is seen counts as mixed.
-void setContents(const Tile& tile, TileContents& contents, std::uint32_t bit, std::uint32_t all,
+// Notes what all of a tile's words have of the bit, and what any has. A tile that is only seen in part
+// counts as mixed.
+void setContents(SlotView& view, const Tile& tile, TileContents& contents, std::uint32_t all,
                  std::uint32_t any) {
-    const bool alike = all == any && isWhole(tile);
-    contents.mixed = (contents.mixed & ~bit) | (alike ? 0U : bit);
-    contents.object = (contents.object & ~bit) | all;
+    const bool alike = all == any && isWhole(tile, view.tiles());
+    contents.mixed = (contents.mixed & ~view.bit) | (alike ? 0U : view.bit);
+    contents.object = (contents.object & ~view.bit) | all;
 }
 
-// Sets the bit of all words to that of `value`, unless they are known to have it.
-void fill(const Tile& tile, TileContents& contents, std::uint32_t bit, std::uint32_t value) {
-    if ((contents.mixed & bit) == 0 && (contents.object & bit) == value) {
-        return;
-    }
+// Sets the bit of all words to that of `value`.
+void fill(SlotView& view, const Tile& tile, TileContents& contents, std::uint32_t value) {
     for (int x = tile.x0; x < tile.x1; ++x) {
-        std::uint32_t* const words = History::m_bitPlane[x] + tile.y0;
-        forEachIndex(tile.rows(), [&](int i) { words[i] = (words[i] & ~bit) | value; });
+        std::uint32_t* const words = view.planes[x] + tile.y0;
+        forEachIndex(tile.rows(), [&](int i) { words[i] = (words[i] & ~view.bit) | value; });
     }
-    setContents(tile, contents, bit, value, value);
+    setContents(view, tile, contents, value, value);
+}
+
+void examine(SlotView& view) {
+    forEachTile(view, [&](const Tile& tile, TileContents& contents) {
+        std::uint32_t all = view.bit;
+        std::uint32_t any = 0;
+        for (int x = tile.x0; x < tile.x1; ++x) {
+            const std::uint32_t* const words = view.planes[x] + tile.y0;
+            forEachIndex(tile.rows(), [&](int i) {
+                all &= words[i];
+                any |= words[i];
+            });
+        }
+        setContents(view, tile, contents, all, any & view.bit);
+    });
 }
 
 enum class Content { kEmpty, kFull, kMixed };
 
-// What the tiles of an image hold, asked for in the order of forEachTile. A stretch of tiles is looked
-// at together, row after row, as the memory delivers it best.
+// What the tiles of an image hold, asked for in the order of forEachTile. A stretch of neighbouring tiles
+// is looked at together, row after row: memory is read fastest in its own order.
 class ImageTiles {
   public:
     explicit ImageTiles(const IplImage* image) : m_image(image) {}
@@ -144,7 +139,8 @@ class ImageTiles {
   private:
     static constexpr int kStretch = 64 * kTile;
 
-    // Of every column of the stretch that begins with `tile`, what all and what any of its rows have.
+    // For every column of the stretch that begins with `tile`: the bits that all of its rows have, and
+    // those that any row has.
     void look(const Tile& tile) {
         const auto columns =
             static_cast<std::size_t>(std::min(kStretch, VORNSEMarker::m_originalWidth - tile.x0));
@@ -166,20 +162,29 @@ class ImageTiles {
 
 }  // namespace
 
-std::size_t wordsFor(int columns, int rows) {
-    constexpr std::size_t kWordsOfContents = sizeof(TileContents) / sizeof(std::uint32_t);
-    return pixelsOf(columns, rows) + kWordsOfContents * tilesAlong(columns) * tilesAlong(rows);
+SlotView::SlotView(int number, Source source)
+    : slot(number),
+      bit(std::uint32_t{1} << number),
+      planes(VORNSEManageUndoRedo::m_bitPlane.ownUse()),
+      m_remembered(rememberedTiles(VORNSEManageUndoRedo::m_bitPlane)) {
+    if (m_remembered == nullptr) {
+        m_found.emplace(VORNSEMarker::m_originalWidth, VORNSEMarker::m_originalHeight);
+    }
+    if (m_remembered == nullptr || source == Source::kWords ||
+        VORNSEManageUndoRedo::m_bitPlane.givenOut()) {
+        examine(*this);
+    }
 }
 
-ImagePtr load(int slot) {
+ImagePtr load(int slot, Source source) {
     ImagePtr mask = createImage(VORNSEMarker::m_originalWidth, VORNSEMarker::m_originalHeight, 1);
-    const std::uint32_t bit = bitOf(slot);
-    forEachTile([&](const Tile& tile, const TileContents& contents) {
+    SlotView view(slot, source);
+    forEachTile(view, [&](const Tile& tile, const TileContents& contents) {
         TileBytes bytes;
-        const bool mixed = (contents.mixed & bit) != 0;
-        const int value = (contents.object & bit) != 0 ? kObject : 0;
+        const bool mixed = (contents.mixed & view.bit) != 0;
+        const int value = (contents.object & view.bit) != 0 ? kObject : 0;
         if (mixed) {
-            readWords(tile, bit, bytes);
+            readWords(view, tile, bytes);
         }
         for (int y = tile.y0; y < tile.y1; ++y) {
             std::uint8_t* const row = rowOf(mask.get(), y) + tile.x0;
@@ -193,68 +198,56 @@ ImagePtr load(int slot) {
     return mask;
 }
 
-void store(int slot, const IplImage* image) {
-    const std::uint32_t bit = bitOf(slot);
+void store(int slot, const IplImage* image, Source source) {
+    SlotView view(slot, source);
     ImageTiles tiles(image);
-    forEachTile([&](const Tile& tile, TileContents& contents) {
+    forEachTile(view, [&](const Tile& tile, TileContents& contents) {
         const Content content = tiles.contentOf(tile);
         if (content != Content::kMixed) {
-            fill(tile, contents, bit, content == Content::kFull ? bit : 0U);
+            const std::uint32_t value = content == Content::kFull ? view.bit : 0U;
+            const bool known = (contents.mixed & view.bit) == 0;
+            if (!known || (contents.object & view.bit) != value) {
+                fill(view, tile, contents, value);
+            }
             return;
         }
         TileBytes bytes;
         for (int y = tile.y0; y < tile.y1; ++y) {
             std::memcpy(bytes.row[y - tile.y0], rowOf(image, y) + tile.x0, tile.columns());
         }
-        writeWords(tile, bit, bytes);
-        contents.mixed |= bit;
+        writeWords(view, tile, bytes);
+        contents.mixed |= view.bit;
     });
 }
 
-void examine(int slot) {
-    const std::uint32_t bit = bitOf(slot);
-    forEachTile([bit](const Tile& tile, TileContents& contents) {
-        std::uint32_t all = bit;
-        std::uint32_t any = 0;
-        for (int x = tile.x0; x < tile.x1; ++x) {
-            const std::uint32_t* const words = History::m_bitPlane[x] + tile.y0;
-            for (int i = 0; i < tile.rows(); ++i) {
-                all &= words[i];
-                any |= words[i];
-            }
-        }
-        setContents(tile, contents, bit, all, any & bit);
-    });
-}
-
-SavedSlot::SavedSlot(int slot) : m_slot(slot) {
-    const std::uint32_t bit = bitOf(slot);
+SavedSlot::SavedSlot(int slot) : m_view(slot, Source::kRemembered) {
     std::size_t tiles = 0;
     std::size_t mixed = 0;
-    forEachTile([&](const Tile&, const TileContents& contents) {
+    forEachTile(m_view, [&](const Tile&, const TileContents& contents) {
         ++tiles;
-        mixed += (contents.mixed & bit) != 0 ? 1 : 0;
+        mixed += (contents.mixed & m_view.bit) != 0 ? 1 : 0;
     });
     m_contents.reserve(tiles);
     m_mixedTiles.reserve(mixed);
-    forEachTile([&](const Tile& tile, const TileContents& contents) {
+    forEachTile(m_view, [&](const Tile& tile, const TileContents& contents) {
         m_contents.push_back(contents);
-        if ((contents.mixed & bit) != 0) {
-            readWords(tile, bit, m_mixedTiles.emplace_back());
+        if ((contents.mixed & m_view.bit) != 0) {
+            readWords(m_view, tile, m_mixedTiles.emplace_back());
         }
     });
 }
 
-void SavedSlot::putBack() const {
-    const std::uint32_t bit = bitOf(m_slot);
+// Every tile is written: what the view holds of planes of somebody else was found before the slot was
+// overwritten.
+void SavedSlot::putBack() {
     auto before = m_contents.begin();
     auto mixedTile = m_mixedTiles.begin();
-    forEachTile([&](const Tile& tile, TileContents& contents) {
-        if ((before->mixed & bit) != 0) {
-            writeWords(tile, bit, *mixedTile++);
-            contents.mixed |= bit;
+    forEachTile(m_view, [&](const Tile& tile, TileContents& contents) {
+        if ((before->mixed & m_view.bit) != 0) {
+            writeWords(m_view, tile, *mixedTile++);
+            contents.mixed |= m_view.bit;
         } else {
-            fill(tile, contents, bit, before->object & bit);
+            fill(m_view, tile, contents, before->object & m_view.bit);
         }
         ++before;
     });

@@ -1,25 +1,19 @@
 // The ring of mask slots. Notation: next and prev step around the ring. Invariant: slot numbers lie
 // in 0 .. m_maxSize - 1, and the slots from m_bottom up to m_top (exclusive) hold masks.
-//
-// All columns lie in one block, made zeroed so that the system hands out its pages only when a mask is
-// written.
 #include "history/undo_redo_history.h"
 
-#include <algorithm>
-#include <cstdlib>
-#include <memory>
-#include <new>
+#include <limits>
 
 #include "history/marker.h"
 #include "history/slot_store.h"
-#include "support/large_pages.h"
 #include "support/log.h"
 
 namespace {
-constexpr int kSlots = 32;  // the bits of a plane word
-}
+constexpr int kSlots = 32;
+static_assert(kSlots == std::numeric_limits<std::uint32_t>::digits, "a slot is a bit of a word");
+}  // namespace
 
-std::uint32_t** VORNSEManageUndoRedo::m_bitPlane = nullptr;
+BitPlanes VORNSEManageUndoRedo::m_bitPlane;
 int VORNSEManageUndoRedo::m_maxSize = kSlots;  // never 0: the ring's arithmetic divides by it
 int VORNSEManageUndoRedo::m_bottom = 0;
 int VORNSEManageUndoRedo::m_current = 0;
@@ -28,12 +22,9 @@ int VORNSEManageUndoRedo::width = 0;
 int VORNSEManageUndoRedo::height = 0;
 
 using History = VORNSEManageUndoRedo;
+using slot_store::Source;
 
 namespace {
-
-struct FreeBlock {
-    void operator()(std::uint32_t* block) const { std::free(block); }
-};
 
 int nextSlot(int slot) {
     return (slot + 1) % History::m_maxSize;
@@ -44,60 +35,45 @@ int prevSlot(int slot) {
     return ((slot < 1 ? slot + size : slot) - 1) % size;
 }
 
-IplImage* recordedMask(int slot) {
+IplImage* maskOf(int slot, Source source) {
     checkImageSize(VORNSEMarker::m_originalWidth, VORNSEMarker::m_originalHeight, "getMask", 92);
     const bool hasPlanes = History::m_bitPlane != nullptr;
-    return hasPlanes ? slot_store::load(slot).release() : nullptr;
+    return hasPlanes ? slot_store::load(slot, source).release() : nullptr;
 }
 
-using Load = IplImage* (*)(int slot);
-
-IplImage* shownBy(Load load) {
-    return History::m_current == History::m_bottom ? nullptr : load(prevSlot(History::m_current));
+void recordFrom(const IplImage* image, Source source) {
+    slot_store::store(History::m_current, image, source);
+    History::m_current = nextSlot(History::m_current);
+    History::m_top = History::m_current;
+    if (History::m_bottom == History::m_current) {
+        History::m_bottom = nextSlot(History::m_current);
+    }
 }
 
-IplImage* stepBackBy(Load load) {
+IplImage* shownFrom(Source source) {
+    const bool isEmpty = History::m_current == History::m_bottom;
+    return isEmpty ? nullptr : maskOf(prevSlot(History::m_current), source);
+}
+
+IplImage* stepBackFrom(Source source) {
     if (History::m_current == History::m_bottom) {
         return nullptr;
     }
     History::m_current = prevSlot(History::m_current);
-    return shownBy(load);
+    return shownFrom(source);
 }
 
-IplImage* stepForwardBy(Load load) {
+IplImage* stepForwardFrom(Source source) {
     if (History::m_current != History::m_top) {
         History::m_current = nextSlot(History::m_current);
     }
-    return load(prevSlot(History::m_current));
+    return maskOf(prevSlot(History::m_current), source);
 }
 
 }  // namespace
 
-void releasePlanes(std::uint32_t** planes) {
-    if (planes != nullptr) {
-        std::free(planes[0]);
-        delete[] planes;
-    }
-}
-
 void VORNSEManageUndoRedo::allocate() {
-    const auto columns = static_cast<std::size_t>(VORNSEMarker::m_originalWidth);
-    const auto rows = static_cast<std::size_t>(VORNSEMarker::m_originalHeight);
-    const std::size_t words =
-        slot_store::wordsFor(VORNSEMarker::m_originalWidth, VORNSEMarker::m_originalHeight);
-    auto pointers = std::make_unique<std::uint32_t*[]>(std::max<std::size_t>(columns, 1));
-    std::unique_ptr<std::uint32_t, FreeBlock> block(static_cast<std::uint32_t*>(
-        std::calloc(std::max<std::size_t>(words, 1), sizeof(std::uint32_t))));
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    preferLargePages(block.get(), words * sizeof(std::uint32_t));
-    pointers[0] = block.get();
-    for (std::size_t x = 1; x < columns; ++x) {
-        pointers[x] = block.get() + x * rows;
-    }
-    static_cast<void>(block.release());  // owned by the first column from here on
-    m_bitPlane = pointers.release();
+    m_bitPlane = makePlanes(VORNSEMarker::m_originalWidth, VORNSEMarker::m_originalHeight);
     width = VORNSEMarker::m_originalWidth;
     height = VORNSEMarker::m_originalHeight;
     m_top = m_bottom = m_current = 0;
@@ -105,8 +81,7 @@ void VORNSEManageUndoRedo::allocate() {
 }
 
 void VORNSEManageUndoRedo::deallocate() {
-    releasePlanes(m_bitPlane);
-    m_bitPlane = nullptr;
+    releasePlanes(m_bitPlane, width);
     reset();
     width = height = 0;
 }
@@ -116,56 +91,43 @@ void VORNSEManageUndoRedo::reset() {
 }
 
 IplImage* VORNSEManageUndoRedo::getMask(int slot) {
-    if (slot < 0) {
-        return nullptr;
-    }
-    if (m_bitPlane != nullptr) {
-        slot_store::examine(slot);
-    }
-    return recordedMask(slot);
+    return slot < 0 ? nullptr : maskOf(slot, Source::kWords);
 }
 
 void VORNSEManageUndoRedo::setMask(int slot, const IplImage* image) {
-    slot_store::examine(slot);
-    slot_store::store(slot, image);
+    slot_store::store(slot, image, Source::kWords);
 }
 
 void VORNSEManageUndoRedo::updateBitPlane(const IplImage* image) {
-    slot_store::examine(m_current);
-    record(image);
+    recordFrom(image, Source::kWords);
 }
 
 void VORNSEManageUndoRedo::record(const IplImage* image) {
-    slot_store::store(m_current, image);
-    m_current = nextSlot(m_current);
-    m_top = m_current;
-    if (m_bottom == m_current) {
-        m_bottom = nextSlot(m_current);
-    }
+    recordFrom(image, Source::kRemembered);
 }
 
 IplImage* VORNSEManageUndoRedo::prevMask() {
-    return shownBy(getMask);
+    return shownFrom(Source::kWords);
 }
 
 IplImage* VORNSEManageUndoRedo::shown() {
-    return shownBy(recordedMask);
+    return shownFrom(Source::kRemembered);
 }
 
 IplImage* VORNSEManageUndoRedo::undo() {
-    return stepBackBy(getMask);
+    return stepBackFrom(Source::kWords);
 }
 
 IplImage* VORNSEManageUndoRedo::stepBack() {
-    return stepBackBy(recordedMask);
+    return stepBackFrom(Source::kRemembered);
 }
 
 IplImage* VORNSEManageUndoRedo::redo() {
-    return stepForwardBy(getMask);
+    return stepForwardFrom(Source::kWords);
 }
 
 IplImage* VORNSEManageUndoRedo::stepForward() {
-    return stepForwardBy(recordedMask);
+    return stepForwardFrom(Source::kRemembered);
 }
 
 bool VORNSEManageUndoRedo::canUndo() {

@@ -8,21 +8,20 @@
 
 #include <opencv2/core/core_c.h>
 
-#include <cstdint>
-
+#include "history/bit_planes.h"
 #include "support/export.h"
 
 class SEGCORE_DATA_API VORNSEManageUndoRedo {
   public:
-    // [x][y]; bit k of the word belongs to slot k. Only allocate makes planes: what is known of their
-    // tiles lies behind them, where width and height say.
-    static std::uint32_t** m_bitPlane;
+    // An array of columns: word [x][y] holds pixel (x, y) of every mask, bit k that of slot k. A host may
+    // put planes of its own here, each column an array of its own made with new.
+    static BitPlanes m_bitPlane;
     static int m_maxSize;  // slots of the ring
     static int m_bottom;   // oldest boundary; nothing to show when m_current equals it
     static int m_current;  // slot that the next mask goes to
     static int m_top;      // one past the newest mask
-    static int width;      // size that the planes were made for
-    static int height;
+    static int width;   // size of the planes; masks have the size of the photograph in the marker
+    static int height;  // store, whatever these say
 
     // Makes cleared planes for the photograph in the marker store and empties the ring. What was
     // there is not released. Throws std::bad_alloc without memory, and then changes nothing.
@@ -47,13 +46,11 @@ class SEGCORE_DATA_API VORNSEManageUndoRedo {
     static bool canUndo();
     static bool canRedo();
 
-    // updateBitPlane, prevMask, undo and redo for planes whose words only this class has written: they
-    // go by what it remembers of whole tiles and take a fraction of the time.
+    // updateBitPlane, prevMask, undo and redo as host calls make them. Unless m_bitPlane was read or
+    // replaced from outside, they skip the words of tiles that are known to be all alike, and take a
+    // fraction of the time. Otherwise the words are read here, too, until the next allocate.
     static void record(const IplImage* image);
     static IplImage* shown();
     static IplImage* stepBack();
     static IplImage* stepForward();
 };
-
-// Releases planes made by allocate; null does nothing.
-void releasePlanes(std::uint32_t** planes);

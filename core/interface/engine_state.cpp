@@ -17,8 +17,6 @@ int g_exitStatus = 0;
 IplImage* g_markerImage = nullptr;
 IplImage* g_resultMask = nullptr;
 bool g_contoursReady = false;
-int enginePhotoWidth = 0;
-int enginePhotoHeight = 0;
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "pixel words are read as bytes");
 
@@ -58,8 +56,8 @@ void requireEngine() {
     if (pHybrid == nullptr) {
         throw HostError("no engine, call initSegmentationEngine first");
     }
-    if (enginePhotoWidth != VORNSEMarker::m_originalWidth ||
-        enginePhotoHeight != VORNSEMarker::m_originalHeight) {
+    if (pHybrid->m_photoWidth != VORNSEMarker::m_originalWidth ||
+        pHybrid->m_photoHeight != VORNSEMarker::m_originalHeight) {
         throw HostError("the engine belongs to another photograph, call initSegmentationEngine");
     }
 }
@@ -92,15 +90,17 @@ void storePhoto(int width, int height, const std::uint32_t* pixels) {
     const int oldHeight = VORNSEMarker::m_originalHeight;
     VORNSEMarker::m_originalWidth = width;
     VORNSEMarker::m_originalHeight = height;
-    std::uint32_t** oldPlanes = VORNSEManageUndoRedo::m_bitPlane;
+    BitPlanes oldPlanes = std::move(VORNSEManageUndoRedo::m_bitPlane);
+    const int oldColumns = VORNSEManageUndoRedo::width;
     try {
         VORNSEManageUndoRedo::allocate();
     } catch (...) {
+        VORNSEManageUndoRedo::m_bitPlane = std::move(oldPlanes);
         VORNSEMarker::m_originalWidth = oldWidth;
         VORNSEMarker::m_originalHeight = oldHeight;
         throw;
     }
-    releasePlanes(oldPlanes);
+    releasePlanes(oldPlanes, oldColumns);
     releaseImage(VORNSEMarker::m_originalImage);
     VORNSEMarker::m_originalImage = photo.release();
 }
@@ -112,8 +112,6 @@ void createEngine() {
     pHybrid = new VORNSEHybrid;
     VORNSEMarker::initializer();
     pHybrid->intializer();
-    enginePhotoWidth = VORNSEMarker::m_originalWidth;
-    enginePhotoHeight = VORNSEMarker::m_originalHeight;
     old.release();
 }
 

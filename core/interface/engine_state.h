@@ -20,14 +20,10 @@ SEGCORE_DATA_API extern IplImage* g_markerImage;  // marks of the pending reques
 SEGCORE_DATA_API extern IplImage* g_resultMask;   // mask being delivered, photo size
 SEGCORE_DATA_API extern bool g_contoursReady;     // there is an outline to fetch
 
-// The photograph's size when the engine was made: a request on another size would leave its images.
-extern int enginePhotoWidth;
-extern int enginePhotoHeight;
-
 // Checks: each throws HostError and changes nothing.
 void requireSize(int width, int height);
 void requirePhoto();
-void requireEngine();  // and that it was made for a photograph of this size
+void requireEngine();  // and that it was prepared for a photograph of this size
 void requireHistory();
 void requireMarkerSize();
 void requireBuffer(const void* buffer, const char* name);

@@ -15,8 +15,6 @@ void EngineParts::take() {
     textureVertical = std::exchange(VORNSEMarker::m_texVer, nullptr);
     width = VORNSEMarker::m_width;
     height = VORNSEMarker::m_height;
-    photoWidth = enginePhotoWidth;
-    photoHeight = enginePhotoHeight;
     noiseLevel = VORNSEMarker::m_noiseLevel;
     grey = VORNSEMarker::m_isGreyScale;
     homogenous = VORNSEMarker::m_isHomogenous;
@@ -35,8 +33,6 @@ void EngineParts::putBack() {
     VORNSEMarker::m_texVer = textureVertical;
     VORNSEMarker::m_width = width;
     VORNSEMarker::m_height = height;
-    enginePhotoWidth = photoWidth;
-    enginePhotoHeight = photoHeight;
     VORNSEMarker::m_noiseLevel = noiseLevel;
     VORNSEMarker::m_isGreyScale = grey;
     VORNSEMarker::m_isHomogenous = homogenous;
@@ -81,7 +77,7 @@ void PhotoParts::putBack() {
     g_markerImage = markers;
     strokePoints.swap(VORNSEMarker::currentStroke.m_points);
     VORNSEMarker::currentStroke.m_strokeType = strokeType;
-    History::m_bitPlane = planes;
+    History::m_bitPlane = std::move(planes);
     History::width = planesWidth;
     History::height = planesHeight;
     History::m_bottom = bottom;
@@ -96,7 +92,7 @@ void PhotoParts::release() {
     releaseImage(photo);
     releaseImage(previousResult);
     releaseImage(markers);
-    releasePlanes(planes);
+    releasePlanes(planes, planesWidth);
     if (outlineStorage != nullptr) {
         cvReleaseMemStorage(&outlineStorage);
     }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "engine/hybrid.h"
+#include "history/bit_planes.h"
 
 // What initSegmentationEngine replaces.
 struct EngineParts {
@@ -19,8 +20,6 @@ struct EngineParts {
     IplImage* textureVertical;
     int width;
     int height;
-    int photoWidth;
-    int photoHeight;
     double noiseLevel;
     bool grey;
     bool homogenous;
@@ -40,7 +39,7 @@ struct PhotoParts {
     IplImage* markers;
     std::vector<int> strokePoints;
     int strokeType;
-    std::uint32_t** planes;
+    BitPlanes planes;
     int planesWidth;
     int planesHeight;
     int bottom;

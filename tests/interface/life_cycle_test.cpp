@@ -32,6 +32,24 @@ TEST(LifeCycle, ResetForgetsTheEditAndKeepsPhotographAndEngine) {
     EXPECT_FALSE(canUndo());
 }
 
+TEST(LifeCycle, EngineMadeByHandServesItsPhotograph) {
+    HostSession session(makeDiscScene(400, 300));
+    session.box(80, 60, 320, 240);
+    const std::vector<std::uint8_t> mask = session.mask;
+    deinitSegmentation();
+    setSourceImage(session.width, session.height, session.photo.data());
+    g_imageResizeFactor = 1.0F;
+    pHybrid = new VORNSEHybrid;
+    clearLog();
+    session.box(80, 60, 320, 240);
+    EXPECT_EQ(takeErrors().size(), 1U);  // not prepared yet
+    VORNSEMarker::initializer();
+    pHybrid->intializer();
+    session.box(80, 60, 320, 240);
+    EXPECT_EQ(session.mask, mask);
+    EXPECT_EQ(takeErrors(), Log{});
+}
+
 TEST(LifeCycle, ExitTearsDownAfterTheNextResult) {
     HostSession session(discScene());
     session.box(35, 20, 125, 100);

@@ -73,11 +73,14 @@ TEST_F(Misuse, BeforeTheEngine) {
     expectRefused("processSegment", [this] { processSegment(0, 0, 0, words(), bytes()); });
     initSegmentationEngine(0);
     // A photograph of another size leaves the engine and its marks behind.
-    setMarkerImage(160, 120, markers(), SEGCORE_LOOP_ADD);
-    setSourceImage(80, 100, words());
-    expectRefused("processSegment", [this] { processSegment(0, 0, 0, words(), bytes()); });
-    setMarkerImage(80, 100, markers(), SEGCORE_LOOP_ADD);
-    expectRefused("processSegment", [this] { processSegment(0, 0, 0, words(), bytes()); });
+    for (const auto& [width, height] : {std::pair{80, 120}, {160, 100}, {120, 160}}) {
+        setSourceImage(160, 120, words());
+        setMarkerImage(160, 120, markers(), SEGCORE_LOOP_ADD);
+        setSourceImage(width, height, words());
+        expectRefused("processSegment", [this] { processSegment(0, 0, 0, words(), bytes()); });
+        setMarkerImage(width, height, markers(), SEGCORE_LOOP_ADD);
+        expectRefused("processSegment", [this] { processSegment(0, 0, 0, words(), bytes()); });
+    }
 }
 
 TEST_F(Misuse, DuringAnEdit) {
@@ -96,8 +99,6 @@ TEST_F(Misuse, DuringAnEdit) {
     expectRefused("setMarkerImage", [&] { setMarkerImage(120, 160, markers(), 0); });
     expectRefused("setMarkerImage", [&] { setMarkerImage(1 << 30, 1 << 30, markers(), 0); });
     expectRefused("setCurrentMarkerVector", [] { setCurrentMarkerVector(2, nullptr); });
-    std::vector<int> outside{-1, 500, 7, 7};
-    expectRefused("setCurrentMarkerVector", [&] { setCurrentMarkerVector(4, outside.data()); });
     expectRefused("copySourceImage", [] { copySourceImage(nullptr); });
     expectRefused("processSegment", [this] { processSegment(0, 0, 0, nullptr, bytes()); });
     setMarkerImage(160, 120, markers(), 0);
