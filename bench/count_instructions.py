@@ -21,7 +21,7 @@ FUNCTIONS = {
     "doSegmentationBB": "whole call",
     "storePhoto(": "photo in",
     "VORNSEHybrid::intializer(": "preparation",
-    "VORNSEHybrid::setLabelImage(": "label image",
+    "VORNSEHybrid::labelMarks(": "label image",
     "VORNSEHybrid::parallelLamdaSwtich(": "smoothness choice",
     "VORNSEHybrid::constructGraphVORN_Whole_Image(": "graph build",
     "VORNSEHybrid::intelligentUpscaling(": "upscaling",

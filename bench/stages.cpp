@@ -159,7 +159,7 @@ void labelImageOfBox(State& state) {
     const KeepRegion keep;
     scene.emptyHistory();
     scene.useStroke(scene.boxPoints, SEGCORE_LOOP_ADD);
-    measure(state, [&] { pHybrid->setLabelImage(scene.boxMarkers.get()); });
+    measure(state, [&] { pHybrid->labelMarks(scene.boxMarkers.get()); });
 }
 
 void labelImageOfBrush(State& state) {
@@ -167,10 +167,7 @@ void labelImageOfBrush(State& state) {
     const KeepRegion keep;
     scene.oneMaskInHistory();
     scene.useStroke(scene.brushPoints, SEGCORE_BRUSH_ADD);
-    ImagePtr markers;
-    measure(
-        state, [&] { markers = cloneImage(scene.brushMarkers.get()); },
-        [&] { pHybrid->setLabelImage(markers.get()); });
+    measure(state, [&] { pHybrid->labelMarks(scene.brushMarkers.get()); });
     scene.emptyHistory();
 }
 

@@ -54,7 +54,7 @@ StagedRequest::~StagedRequest() {
 
 void StagedRequest::begin(Marks& marks) {
     m_clock.run("marks in", [&] { storeMarks(m_photo, marks); });
-    m_clock.run("label image", [] { pHybrid->setLabelImage(g_markerImage); });
+    m_clock.run("label image", [] { pHybrid->labelMarks(g_markerImage); });
     m_request.begin();
 }
 

@@ -23,7 +23,8 @@ constexpr double kBandFraction = 0.05;  // width of a brush's band, of the photo
 constexpr int kStrokeThickness = 3;
 constexpr int kEightConnected = 8;
 
-// The marker image at the positions that the working image samples, all that labels depend on.
+// The marker image at evenly spread positions. Labels depend on those that the working image samples,
+// and on no others.
 class SampledMarkers {
   public:
     SampledMarkers(const IplImage* markers, int width, int height)
@@ -31,6 +32,7 @@ class SampledMarkers {
           m_columns(nearestPositions(markers->width, width)),
           m_rows(nearestPositions(markers->height, height)) {}
 
+    cv::Size photoSize() const { return m_markers.size(); }
     const std::vector<int>& columns() const { return m_columns; }
     const std::vector<int>& rows() const { return m_rows; }
 
@@ -100,20 +102,18 @@ class SampledMarkers {
 };
 
 // Surrounds a brush stroke with a band of probable object (or background) by dilating the marks.
-cv::Mat withBrushBand(const SampledMarkers& markers, const cv::Mat& values, int strokeType,
-                      cv::Size photo) {
+cv::Mat withBrushBand(const SampledMarkers& markers, const cv::Mat& values, int strokeType) {
     const bool adds = stroke::adds(strokeType);
     const std::uint8_t own = adds ? label::kObject : label::kBackground;
     const std::uint8_t band = adds ? label::kProbableObject : label::kProbableBackground;
-    const auto radius = static_cast<int>(
-        std::sqrt(static_cast<double>(photo.width) * static_cast<double>(photo.height)) *
-        kBandFraction);
-    cv::Mat banded = markers.dilated(radius);
+    const double pixels = static_cast<double>(markers.photoSize().width) *
+                          static_cast<double>(markers.photoSize().height);
+    cv::Mat banded = markers.dilated(static_cast<int>(std::sqrt(pixels) * kBandFraction));
     for (int y = 0; y < banded.rows; ++y) {
         auto* row = banded.ptr<std::uint8_t>(y);
         const auto* before = values.ptr<std::uint8_t>(y);
         for (int x = 0; x < banded.cols; ++x) {
-            if (row[x] == own && before[x] == 0) {
+            if (row[x] == own && before[x] == mark::kNone) {
                 row[x] = band;
             }
         }
@@ -122,25 +122,25 @@ cv::Mat withBrushBand(const SampledMarkers& markers, const cv::Mat& values, int 
 }
 
 // The label of a mark before the first result: everything unmarked is background.
-std::uint8_t labelWithoutResult(std::uint8_t mark) {
-    return mark == 0 ? label::kBackground : mark;
+std::uint8_t labelWithoutResult(std::uint8_t code) {
+    return code == mark::kNone ? label::kBackground : code;
 }
 
 // The label of a mark over a result: unmarked pixels keep what is shown, and marks that repeat what
 // is shown become fixed.
-std::uint8_t labelOverResult(std::uint8_t mark, std::uint8_t shown, int strokeType) {
-    if (mark == 0) {
+std::uint8_t labelOverResult(std::uint8_t code, std::uint8_t shown, int strokeType) {
+    if (code == mark::kNone) {
         return shown == 0 ? label::kBackground : label::kObject;
     }
     if (stroke::adds(strokeType) && shown == 255) {
         return label::kObject;
     }
-    return stroke::removes(strokeType) && shown == 0 ? label::kBackground : mark;
+    return stroke::removes(strokeType) && shown == 0 ? label::kBackground : code;
 }
 
 }  // namespace
 
-void VORNSEHybrid::setLabelImage(IplImage* markers) {
+void VORNSEHybrid::labelMarks(const IplImage* markers) {
     releaseImage(VORNSEMarker::m_labelImage);
     releaseImage(VORNSEMarker::m_prevResult);
     const int strokeType = VORNSEMarker::currentStroke.m_strokeType;
@@ -152,8 +152,7 @@ void VORNSEHybrid::setLabelImage(IplImage* markers) {
                                  reduced ? m_height : markers->height);
     cv::Mat marks = sampled.values();
     if (stroke::isBrush(strokeType)) {
-        marks =
-            withBrushBand(sampled, marks, strokeType, cv::Size(markers->width, markers->height));
+        marks = withBrushBand(sampled, marks, strokeType);
     }
     VORNSEMarker::m_prevResult = VORNSEManageUndoRedo::shown();
     const IplImage* shown = VORNSEMarker::m_prevResult;
@@ -173,6 +172,15 @@ void VORNSEHybrid::setLabelImage(IplImage* markers) {
     }
     VORNSEMarker::m_labelImage = labels.release();
     addUnknownRegion();
+}
+
+void VORNSEHybrid::setLabelImage(IplImage* markers) {
+    labelMarks(markers);
+    const int strokeType = VORNSEMarker::currentStroke.m_strokeType;
+    if (stroke::isBrush(strokeType)) {
+        const SampledMarkers every(markers, markers->width, markers->height);
+        withBrushBand(every, every.values(), strokeType).copyTo(cv::cvarrToMat(markers));
+    }
 }
 
 void VORNSEHybrid::addUnknownRegion() {

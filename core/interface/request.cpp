@@ -9,13 +9,14 @@
 
 namespace {
 
-// Moves a coordinate into the photograph; true when it was outside.
-bool clampCoordinate(int& value, int size) {
-    const int clamped = std::min(std::max(value, 0), size - 1);
-    const bool moved = clamped != value;
-    value = clamped;
-    return moved;
-}
+static_assert(SEGCORE_MARK_NONE == mark::kNone && SEGCORE_MARK_BACKGROUND == mark::kBackground &&
+                  SEGCORE_MARK_OBJECT == mark::kObject &&
+                  SEGCORE_MARK_CANDIDATE == mark::kCandidate,
+              "hosts and engine mean the same marks");
+static_assert(SEGCORE_LOOP_ADD == stroke::kLoopAdd && SEGCORE_LOOP_REMOVE == stroke::kLoopRemove &&
+                  SEGCORE_BRUSH_ADD == stroke::kBrushAdd &&
+                  SEGCORE_BRUSH_REMOVE == stroke::kBrushRemove,
+              "hosts and engine mean the same strokes");
 
 // Puts the engine back to where it was before a request that fails half-way: models and verdicts
 // that later requests start from, and everything that exists during a request only.
@@ -69,21 +70,14 @@ void storeStroke(int count, int* points) {
         }
     }
     stored.clear();
-    int outside = 0;
     for (int i = 0; i < count; i += 2) {
-        const bool movedX = clampCoordinate(points[i], VORNSEMarker::m_originalWidth);
-        const bool movedY = clampCoordinate(points[i + 1], VORNSEMarker::m_originalHeight);
-        outside += movedX || movedY ? 1 : 0;
+        points[i] = std::clamp(points[i], 0, VORNSEMarker::m_originalWidth - 1);
+        points[i + 1] = std::clamp(points[i + 1], 0, VORNSEMarker::m_originalHeight - 1);
         stored.push_back(points[i]);
         stored.push_back(points[i + 1]);
     }
     if (count >= 1 && !hasPhoto()) {
         SEGCORE_LOG_ERROR("setCurrentMarkerVector: no photograph, points taken for the last one");
-    }
-    if (outside > 0) {
-        SEGCORE_LOG_ERROR(
-            "setCurrentMarkerVector: %d points outside the photograph, moved to its border",
-            outside);
     }
 }
 
@@ -113,7 +107,7 @@ void runRequest(std::uint32_t* blended, std::uint8_t* mask) {
         requireHistory();
         requireMarkerSize();
         RequestTransaction transaction;
-        pHybrid->setLabelImage(g_markerImage);
+        pHybrid->labelMarks(g_markerImage);
         g_resultMask = pHybrid->segment();
         if (g_resultMask != nullptr) {
             // Everything that can fail comes before the first byte that the host sees.

@@ -53,7 +53,7 @@ class Painter {
         const ImagePtr markers = createImage(m_photo.cols, m_photo.rows, 1);
         cv::Mat(cv::cvarrToMat(markers.get())) = cv::Scalar(SEGCORE_MARK_NONE);
         cv::cvarrToMat(markers.get())(m_box) = cv::Scalar(SEGCORE_MARK_CANDIDATE);
-        pHybrid->setLabelImage(markers.get());
+        pHybrid->labelMarks(markers.get());
     }
 
     void cutRepeatedly(SegmentationRequest& request) {

@@ -47,7 +47,11 @@ TEST_F(LabelImageTest, BrushGrowsABandOfThirteenPixels) {
         const ImagePtr expected = imageWith(320, 240, {{0, 0, 320, 240}}, 1);
         fill(expected, {87, 77, 27, 27}, own + 2);
         fill(expected, point, own);
-        EXPECT_EQ(labelsOf(imageWith(320, 240, {point}, own)), textOf(expected));
+        const ImagePtr markers = imageWith(320, 240, {point}, own);
+        EXPECT_EQ(labelsOf(markers), textOf(expected));
+        const ImagePtr grown = imageWith(320, 240, {{87, 77, 27, 27}}, own + 2);
+        fill(grown, point, own);
+        EXPECT_EQ(textOf(markers), textOf(grown));
     }
 }
 
