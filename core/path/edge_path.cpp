@@ -1,9 +1,9 @@
 // Live-wire search: Dijkstra's algorithm over the pixel grid (E. Mortensen and W. Barrett,
 // "Intelligent Scissors for Image Composition", SIGGRAPH 1995).
 //
-// A pixel's record is filled when the pixel is expanded and forgotten after: its cost while queued
-// is that of its queue entry, and only the parents outlive the search. Records of the whole grid
-// would take some 150 bytes a pixel, more than a phone has for a photograph.
+// A pixel's record is filled when the search reaches the pixel, and forgotten right after. While a pixel
+// waits, its cost is that of its queue entry. Records of the whole grid would take some 150 bytes a
+// pixel, more than a phone has for a photograph.
 //
 // Invariant: a pixel that has left the queue has its final cost and parent.
 #include "path/edge_path.h"
@@ -11,10 +11,10 @@
 #include <cmath>
 #include <cstddef>
 #include <exception>
-#include <functional>
+#include <utility>
 
-#include "history/marker.h"
 #include "path/min_priority_queue.h"
+#include "support/codes.h"
 #include "support/image.h"
 #include "support/log.h"
 
@@ -49,14 +49,20 @@ bool isEightBit(const IplImage* image, int channels) {
            image->depth == IPL_DEPTH_8U;
 }
 
-// Runs the search and hands every pixel's final cost to `report`. The arguments are checked.
-std::vector<int> search(IplImage* image, IplImage* labels, int startNode, double alpha,
-                        const std::function<void(int node, double cost)>& report) {
+struct Paths {
+    std::vector<int> parents;
+    std::vector<double> costs;  // empty unless asked for
+};
+
+// The arguments are checked.
+Paths search(IplImage* image, IplImage* labels, int startNode, double alpha, bool wantsCosts) {
     const int width = image->width;
     const int height = image->height;
     const int count = width * height;
-    std::vector<int> parents(static_cast<std::size_t>(count), kNoNode);
-    parents[static_cast<std::size_t>(startNode)] = startNode;
+    Paths paths;
+    paths.parents.assign(static_cast<std::size_t>(count), kNoNode);
+    paths.parents[static_cast<std::size_t>(startNode)] = startNode;
+    paths.costs.resize(wantsCosts ? static_cast<std::size_t>(count) : 0);
 
     MinPriorityQueue queue;
     queue.m_heap.reserve(static_cast<std::size_t>(count) + 1);
@@ -66,7 +72,9 @@ std::vector<int> search(IplImage* image, IplImage* labels, int startNode, double
     }
     for (int i = 0; i < count; ++i) {
         const Qnode nearest = queue.pop_min();
-        report(nearest.index, nearest.cost);
+        if (wantsCosts) {
+            paths.costs[static_cast<std::size_t>(nearest.index)] = nearest.cost;
+        }
         const int y = nearest.index / width;
         const int x = nearest.index % width;
         Node_ node;
@@ -85,25 +93,45 @@ std::vector<int> search(IplImage* image, IplImage* labels, int startNode, double
             Qnode& entry = queue.m_heap[static_cast<std::size_t>(slot)];
             const double offer = nearest.cost + step.weight;
             if (offer < entry.cost) {
-                parents[next] = nearest.index;
+                paths.parents[next] = nearest.index;
                 entry.cost = offer;
                 queue.prelocate_up(slot);
             }
         }
     }
-    return parents;
+    return paths;
 }
 
+// The map is written when the search is over: it may share its pixels with the images.
+void writeCosts(const std::vector<double>& costs, int width, IplImage* costMap) {
+    for (int node = 0; node < static_cast<int>(costs.size()); ++node) {
+        cvSet2D(costMap, node / width, node % width,
+                cvScalar(costs[static_cast<std::size_t>(node)]));
+    }
+}
+
+bool covers(const IplImage* map, const IplImage* image) {
+    return map->width >= image->width && map->height >= image->height;
+}
+
+// The cost map may be null.
 std::vector<int> guardedSearch(IplImage* image, IplImage* labels, int y, int x, double alpha,
-                               const std::function<void(int node, double cost)>& report) {
-    if (!isEightBit(image, kColourChannels) || !isEightBit(labels, 1) ||
-        labels->width != image->width || labels->height != image->height || y < 0 || x < 0 ||
-        y >= image->height || x >= image->width) {
+                               IplImage* costMap) {
+    const bool imagesFit =
+        isEightBit(image, kColourChannels) &&
+        (labels == nullptr || (isEightBit(labels, 1) && labels->width == image->width &&
+                               labels->height == image->height)) &&
+        (costMap == nullptr || covers(costMap, image));
+    if (!imagesFit || y < 0 || x < 0 || y >= image->height || x >= image->width) {
         SEGCORE_LOG_ERROR("find_parent_info: no path from (%d, %d), bad start or images", x, y);
         return {};
     }
     try {
-        return search(image, labels, y * image->width + x, alpha, report);
+        Paths paths = search(image, labels, y * image->width + x, alpha, costMap != nullptr);
+        if (costMap != nullptr) {
+            writeCosts(paths.costs, image->width, costMap);
+        }
+        return std::move(paths.parents);
     } catch (const std::exception& failure) {
         SEGCORE_LOG_ERROR("find_parent_info: %s", failure.what());
         return {};
@@ -129,31 +157,31 @@ double find_weight(IplImage* image, int y1, int x1, int y2, int x2, double alpha
 }
 
 void assign_weight(IplImage* image, IplImage* labels, Node_& node, int y, int x, double alpha) {
-    const int own = rowOf(labels, y)[x];
+    const auto labelAt = [labels](int row, int column) {
+        return labels != nullptr ? rowOf(labels, row)[column] : label::kFree;
+    };
+    const int own = labelAt(y, x);
     for (int k = 0; k < kPathNeighbours; ++k) {
         if (node.neighbours[k].neighbour == kNoNode) {
             continue;
         }
         const int ny = y + kSteps[k].dy;
         const int nx = x + kSteps[k].dx;
-        node.neighbours[k].weight = isForbidden(own, rowOf(labels, ny)[nx])
+        node.neighbours[k].weight = isForbidden(own, labelAt(ny, nx))
                                         ? kPathUnreached
                                         : find_weight(image, y, x, ny, nx, alpha);
     }
 }
 
 std::vector<int> find_parent_info(IplImage* image, IplImage* labels, int y, int x, double alpha) {
-    return guardedSearch(image, labels, y, x, alpha, [](int, double) {});
+    return guardedSearch(image, labels, y, x, alpha, nullptr);
 }
 
 std::vector<int> find_parent_info(IplImage* image, IplImage* labels, int y, int x, double alpha,
                                   IplImage* costMap) {
-    if (costMap == nullptr || image == nullptr || costMap->width < image->width ||
-        costMap->height < image->height) {
-        SEGCORE_LOG_ERROR("find_parent_info: the cost map does not cover the image");
+    if (costMap == nullptr) {
+        SEGCORE_LOG_ERROR("find_parent_info: no cost map");
         return {};
     }
-    return guardedSearch(image, labels, y, x, alpha, [&](int node, double cost) {
-        cvSet2D(costMap, node / image->width, node % image->width, cvScalar(cost));
-    });
+    return guardedSearch(image, labels, y, x, alpha, costMap);
 }

@@ -118,13 +118,28 @@ TEST(EdgePath, TheFirstOfTwoEqualOffersStands) {
     EXPECT_EQ(parents[7], 3);
 }
 
+TEST(EdgePath, WithoutLabelsNoStepIsForbidden) {
+    Scene scene(9, 7, 3, 6);
+    const auto unlabelled = find_parent_info(&scene.image, nullptr, 2, 3, 0.3);
+    EXPECT_NE(unlabelled, scene.parents(2, 3, 0.3));
+    scene.codes.setTo(0);
+    EXPECT_EQ(unlabelled, scene.parents(2, 3, 0.3));
+}
+
+TEST(EdgePath, CostMapIsWrittenAfterTheSearch) {
+    Scene scene(9, 7, 3, 3);
+    const std::vector<int> expected = scene.parents(3, 4, 1.0);
+    EXPECT_EQ(find_parent_info(&scene.image, &scene.labels, 3, 4, 1.0, &scene.labels), expected);
+    EXPECT_EQ(scene.codes(3, 4), 0);
+}
+
 TEST(EdgePath, BadRequestsGiveNoPath) {
     Scene scene(4, 4, 1, 1);
     Scene narrow(3, 4, 1, 1);
     IplImage* image = &scene.image;
     IplImage* labels = &scene.labels;
     for (const std::vector<int>& parents :
-         {find_parent_info(nullptr, labels, 0, 0, 0.5), find_parent_info(image, nullptr, 0, 0, 0.5),
+         {find_parent_info(nullptr, labels, 0, 0, 0.5), find_parent_info(labels, labels, 0, 0, 0.5),
           find_parent_info(image, &narrow.labels, 0, 0, 0.5), scene.parents(4, 0, 0.5),
           scene.parents(0, -1, 0.5), find_parent_info(image, labels, 0, 0, 0.5, nullptr),
           find_parent_info(image, labels, 0, 0, 0.5, &narrow.labels)}) {
