@@ -50,8 +50,11 @@ class SeededGenerator {
     cv::RNG m_before;
 };
 
+constexpr int kScalarChannels = 4;  // what the imaging library reads of a pixel
+
 bool fitsTogether(const IplImage* image, const IplImage* labels) {
-    return image != nullptr && image->nChannels == kChannels && labels->nChannels == 1 &&
+    return image != nullptr && image->nChannels >= kChannels &&
+           image->nChannels <= kScalarChannels && labels->nChannels == 1 &&
            labels->width == image->width && labels->height == image->height;
 }
 

@@ -46,8 +46,8 @@ SEGCORE_API void initModelWithKmeans(const std::vector<pixelVal>& samplesA,
                                      const std::vector<pixelVal>& samplesB,
                                      VORNSEColorModel& modelA, VORNSEColorModel& modelB);
 
-// Initialises two models from `image` (3 channels) and `labels` (1 channel, same size), where only
-// the background labels 1 and 3 are trusted: every other pixel is scored by its density under a
+// Initialises two models from `image` (3 channels, or 4 of which the last is not read) and `labels` (1
+// channel, same size), where only the background labels 1 and 3 are trusted: every other pixel is scored by its density under a
 // model of the background. The third that fits it least trains `first`, the third that fits it best
 // joins the background pixels and trains `second`, the third between trains neither. A null label
 // image leaves both models as they are; so do images that do not fit, with one error line.

@@ -57,8 +57,9 @@ class SEGCORE_API VORNSEColorModel {
     // near-degenerate.
     bool colorModelCriteria() const;
 
-    // Refines the model by `iterations` passes of soft expectation-maximisation; fewer than five
-    // samples change nothing.
+    // Refines the model by `iterations` passes of soft expectation-maximisation. Determinants and
+    // inverses must be up to date; they are again at the end, and without a pass they are all that
+    // changes. Fewer than five samples change nothing.
     void EM(std::vector<pixelVal> samples, int iterations);
 };
 

@@ -1,10 +1,10 @@
 // Expectation-maximisation of the mixture model (A. Dempster, N. Laird and D. Rubin, "Maximum
 // Likelihood from Incomplete Data via the EM Algorithm", J. R. Stat. Soc. B 39, 1977).
 //
-// Determinants and inverses are refreshed before the first pass and after every pass, so that each
-// pass weighs the samples by the model as the last one left it. That is what keeps the likelihood
-// of the samples from falling; only raising the diagonal of a component that has collapsed onto a
-// point, line or plane of colours can lower it.
+// The first pass weighs the samples by the determinants and inverses that it finds. Every pass ends by
+// computing them anew, so that the next one goes by what this one estimated. That keeps the likelihood
+// of the samples from falling, unless a component has collapsed onto a point, a line or a plane of
+// colours and its diagonal is raised.
 //
 // A sample whose density is 0 under every component belongs to none: it takes no part in means and
 // covariances but counts in the weights, which then sum to less than 1.
@@ -80,9 +80,12 @@ void VORNSEColorModel::EM(std::vector<pixelVal> samples, int iterations) {
     if (samples.size() < kComponents) {
         return;
     }
-    setDeterminant();
-    setInverseCovariance();
-    Responsibilities shares(iterations < 1 ? 0 : samples.size());
+    if (iterations < 1) {
+        setDeterminant();
+        setInverseCovariance();
+        return;
+    }
+    Responsibilities shares(samples.size());
     for (int pass = 0; pass < iterations; ++pass) {
         expectation(*this, samples, shares);
         for (int k = 0; k < kComponents; ++k) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <opencv2/imgproc.hpp>
 
 #include "colour/model_init.h"
 #include "colour/samples.h"
@@ -15,6 +16,7 @@ TEST_F(AlternativeInit, EmPassByHand) {
     // sample too far away for any density weighs nothing but is counted.
     VORNSEColorModel model;
     setComponent(model, 2, 0.5, 10.0, 100.0);
+    prepare(model);
     const Samples samples = {{8, 0, 0},  {12, 0, 4}, {8, 6, 4},  {12, 6, 0},
                              {10, 3, 2}, {10, 3, 2}, {1e6, 0, 0}};
     const VORNSEColorModel before = model;
@@ -34,10 +36,22 @@ TEST_F(AlternativeInit, EmPassByHand) {
     VORNSEColorModel twins;
     setComponent(twins, 0, 0.25, 10.0, 100.0);
     setComponent(twins, 1, 0.75, 10.0, 100.0);
+    prepare(twins);
     twins.EM(samples, 1);
     EXPECT_DOUBLE_EQ(twins.m_weight[0], 0.25 * 6.0 / 7.0);
-    // Two passes are a pass after a pass.
-    setComponent(twins, 1, 0.75, 12.0, 90.0);
+    // The first pass takes the determinants that it finds: the second twin's is still that of 100. Two
+    // passes are a pass after a pass, and none brings determinants and inverses up to date.
+    setComponent(twins, 0, 0.5, 10.0, 100.0);
+    setComponent(twins, 1, 0.5, 10.0, 100.0);
+    prepare(twins);
+    VORNSEColorModel stale = twins;
+    setComponent(stale, 1, 0.5, 10.0, 1.0);
+    VORNSEColorModel fresh = stale;
+    stale.EM(samples, 1);
+    EXPECT_DOUBLE_EQ(stale.m_weight[1], 3.0 / 7.0);
+    fresh.EM(samples, 0);
+    EXPECT_DOUBLE_EQ(fresh.m_determinant[1], 1.0);
+    EXPECT_DOUBLE_EQ(fresh.m_inverseCovariance[1][0], 1.0);
     VORNSEColorModel atOnce = twins;
     atOnce.EM(samples, 2);
     twins.EM(samples, 1);
@@ -127,6 +141,13 @@ TEST_F(AlternativeInit, UnlabelledPixelsAreSharedOutByTheirLikelihood) {
     const IplImage labels = cvIplImage(codes);
     VORNSEColorModel models[2];
     initThirdInitalization(&image, &labels, models[0], models[1]);
+    cv::Mat withAlpha;  // is not read
+    cv::cvtColor(pixels, withAlpha, cv::COLOR_BGR2BGRA);
+    cv::randu(withAlpha.reshape(1, 19 * 8).col(3), 0, 255);
+    const IplImage fourChannels = cvIplImage(withAlpha);
+    VORNSEColorModel same[2];
+    initThirdInitalization(&fourChannels, &labels, same[0], same[1]);
+    EXPECT_TRUE(sameBytes(models[0], same[0]) && sameBytes(models[1], same[1]));
     const double ranges[][2] = {{220, 220}, {80, 120}};
     for (const int m : {0, 1}) {
         for (int k = 0; k < kComponents; ++k) {

@@ -10,10 +10,7 @@ namespace {
 
 class ColorModel : public ColourTest {
   protected:
-    void prepare() {
-        model.setDeterminant();
-        model.setInverseCovariance();
-    }
+    void prepare() { ::prepare(model); }
     static std::vector<double> nine(const double* matrix) { return {matrix, matrix + 9}; }
 
     VORNSEColorModel model;
@@ -60,8 +57,7 @@ TEST_F(ColorModel, SingularComponentsAreRaisedStepByStep) {
         VORNSEMarker::m_noiseLevel = noise;
         VORNSEColorModel flat;
         setComponent(flat, 0, 1.0, 0.0, 0.0);
-        flat.setDeterminant();
-        flat.setInverseCovariance();
+        ::prepare(flat);
         EXPECT_EQ(flat.GMMProb({0, 0, 0}), 0.0);
     }
 }

@@ -48,6 +48,11 @@ inline void setComponent(VORNSEColorModel& model, int k, double weight, double m
     }
 }
 
+inline void prepare(VORNSEColorModel& model) {
+    model.setDeterminant();
+    model.setInverseCovariance();
+}
+
 inline bool sameBytes(const VORNSEColorModel& a, const VORNSEColorModel& b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
