@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <opencv2/core.hpp>

@@ -27,6 +27,9 @@ constexpr int kWide = 3;  // dilations and erosions that bound the band
 constexpr int kNarrow = 1;
 
 constexpr int kSizeLine = 1460;
+// The enlarged band, the enlarged labels and the result: the size check logs a line for each, though the
+// first two are never made in full.
+constexpr int kPhotoSizedImages = 3;
 constexpr int kCropSizeLine = 1820;
 
 constexpr int kGraphBuilt = 0;
@@ -157,8 +160,7 @@ ImagePtr maskOfLabels(const IplImage* labels) {
     return mask;
 }
 
-// What the cut decided at the open places of its rectangle, which starts at the band's first column and
-// row.
+// What the cut decided at the open pixels of the band's rectangle.
 class CutRows {
   public:
     CutRows(const VORNSEGraph& cut, const Enlarged& codes, const Extent& band)
@@ -227,6 +229,9 @@ IplImage* VORNSEHybrid::intelligentUpscaling(IplImage* mask) {
     m_trimapGraph = nullptr;
     ImagePtr smallCodes = createChecked(mask->width, mask->height);
     codeTrimap(mask, smallCodes.get());
+    for (int i = 0; i < kPhotoSizedImages; ++i) {
+        checkImageSize(photoWidth, photoHeight, "intelligentUpscaling", kSizeLine);
+    }
     const Enlarged enlargedCodes(smallCodes.get(), photoWidth, photoHeight);
     const auto enlargedMask = [&] {
         ImagePtr result = createChecked(photoWidth, photoHeight);

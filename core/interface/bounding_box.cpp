@@ -23,7 +23,8 @@ Box clampToPhoto(const Box& box, int width, int height) {
 }
 
 // The rectangle's outline, clockwise from the upper left corner, each side without its last corner.
-// An inverted rectangle has the sides of its upright direction only.
+// An inverted rectangle has the sides of its upright direction only, and of them as many points as both
+// its extents add up to, the negative one included.
 std::vector<int> outlineOf(const Box& box) {
     std::vector<int> points;
     const auto add = [&points](int x, int y) {
@@ -41,6 +42,10 @@ std::vector<int> outlineOf(const Box& box) {
     }
     for (int y = box.bottom; y > box.top; --y) {
         add(box.left, y);
+    }
+    if (box.right < box.left || box.bottom < box.top) {
+        const int count = 2 * ((box.right - box.left) + (box.bottom - box.top));
+        points.resize(2 * static_cast<std::size_t>(std::max(count, 0)));
     }
     return points;
 }
@@ -65,7 +70,6 @@ void segmentBox(int width, int height, const std::uint32_t* pixels, const Box& w
     requireBuffer(mask, "mask buffer");
     const Box box = clampToPhoto(wanted, width, height);
     std::vector<int> points = outlineOf(box);
-    const int pointInts = 4 * ((box.right - box.left) + (box.bottom - box.top));
 
     Parked<PhotoParts> oldPhoto;
     Parked<EngineParts> oldEngine;
@@ -74,7 +78,7 @@ void segmentBox(int width, int height, const std::uint32_t* pixels, const Box& w
     VORNSEManageUndoRedo::reset();
     storePhoto(width, height, pixels);
     createEngine();
-    storeStroke(pointInts, points.data());
+    storeStroke(static_cast<int>(points.size()), points.data());
     g_markerImage = markersOf(box, width, height).release();
     VORNSEMarker::currentStroke.m_strokeType = SEGCORE_LOOP_ADD;
     runRequest(nullptr, mask);

@@ -71,7 +71,7 @@ TEST_F(DriverTest, FirstPassComesBackWhenItsOutlineIsTheBetter) {
     const std::vector<Area> some{onEdge, {2, 2, 1, 2}};     // 74 / 78 = 0.949, a gain of 0.181
     EXPECT_TRUE(chosen(strays, some));
     EXPECT_FALSE(chosen(strays, fewer));
-    EXPECT_FALSE(chosen(more, some));
+    EXPECT_FALSE(chosen(more, strays));
     EXPECT_TRUE(chosen({onEdge}, {fewer}));
 }
 

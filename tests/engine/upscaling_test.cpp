@@ -38,6 +38,14 @@ TEST_F(UpscalingTest, MaskWithoutOutlineIsEnlarged) {
     EXPECT_EQ(takeLog(), Log{failed});
 }
 
+TEST_F(UpscalingTest, ImpossiblePhotographIsLogged) {
+    startRectangle({200, 160, 40, 40});
+    const ImagePtr mask = imageWith(320, 240, {{100, 100, 50, 50}}, 1);
+    VORNSEMarker::m_originalWidth = 0;
+    EXPECT_THROW(pHybrid->intelligentUpscaling(mask.get()), cv::Exception);
+    EXPECT_EQ(takeErrors(), Log(3, {6, "Error", "MEMORY_CRASH : intelligentUpscaling 1460"}));
+}
+
 TEST_F(UpscalingTest, OpenPixelsFollowThePhotograph) {
     // The mask's edge lies at photo columns 100 and 440; two working pixels along it are open, so
     // the true edges at 99 and 442 are found. Rows fit the mask. The graph skips the wide inside.
