@@ -98,19 +98,37 @@ void fill(SlotView& view, const Tile& tile, TileContents& contents, std::uint32_
     setContents(view, tile, contents, value, value);
 }
 
+// Finds the contents of all tiles from the words, in the order in which these lie in memory.
 void examine(SlotView& view) {
-    forEachTile(view, [&](const Tile& tile, TileContents& contents) {
-        std::uint32_t all = view.bit;
+    struct Bits {
+        std::uint32_t all = ~std::uint32_t{0};
         std::uint32_t any = 0;
-        for (int x = tile.x0; x < tile.x1; ++x) {
-            const std::uint32_t* const words = view.planes[x] + tile.y0;
-            forEachIndex(tile.rows(), [&](int i) {
-                all &= words[i];
-                any |= words[i];
-            });
+    };
+    const int width = VORNSEMarker::m_originalWidth;
+    const int height = VORNSEMarker::m_originalHeight;
+    for (int x0 = 0; x0 < width; x0 += kTile) {
+        const int x1 = std::min(x0 + kTile, width);
+        std::vector<Bits> tileBits(static_cast<std::size_t>((height - 1) / kTile + 1));
+        for (int x = x0; x < x1; ++x) {
+            const std::uint32_t* words = view.planes[x];
+            for (int y = 0; y < height; y += kTile) {
+                std::uint32_t all = ~std::uint32_t{0};
+                std::uint32_t any = 0;
+                forEachIndex(std::min(kTile, height - y), [&](int i) {
+                    all &= words[y + i];
+                    any |= words[y + i];
+                });
+                Bits& bits = tileBits[static_cast<std::size_t>(y / kTile)];
+                bits.all &= all;
+                bits.any |= any;
+            }
         }
-        setContents(view, tile, contents, all, any & view.bit);
-    });
+        for (int y = 0; y < height; y += kTile) {
+            const Bits& bits = tileBits[static_cast<std::size_t>(y / kTile)];
+            setContents(view, Tile{x0, x1, y, std::min(y + kTile, height)}, view.tiles().at(x0, y),
+                        bits.all & view.bit, bits.any & view.bit);
+        }
+    }
 }
 
 enum class Content { kEmpty, kFull, kMixed };

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <random>
 
 #include "history/marker.h"
@@ -140,6 +141,20 @@ TEST_F(MaskHistory, NewPhotographReleasesAHostsPlanes) {
     record(at(1, 1));
     EXPECT_EQ(take(History::shown()), at(1, 1));
     VORNSEMarker::dellocator();
+}
+
+// Code that knows only the pointer's symbol gives the class no sign, but its direct calls read words.
+TEST_F(MaskHistory, DirectCallsAlwaysReadTheWords) {
+    std::uint32_t** planes = nullptr;
+    static_assert(sizeof(BitPlanes) >= sizeof planes, "the pointer comes first");
+    std::memcpy(&planes, &reinterpret_cast<const char&>(History::m_bitPlane), sizeof planes);
+    record(plain(255));
+    planes[5][40] = 2U;  // out of slot 0, into slot 1
+    Mask hole = plain(255);
+    hole[40 * kWidth + 5] = 0;
+    EXPECT_EQ(take(History::prevMask()), hole);
+    History::updateBitPlane(imageOf(kWidth, kHeight, 1, plain(0)).get());
+    EXPECT_EQ(planes[5][40], 0U);
 }
 
 // What is written for a smaller photograph leaves the rest of the planes.
