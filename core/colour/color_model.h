@@ -1,8 +1,8 @@
 // VORNSEColorModel: the colour statistic of one region, a mixture of five three-dimensional
 // Gaussians over colour samples.
 //
-// Order of use: whoever changes weights or covariances calls setDeterminant (the builders do), then
-// setInverseCovariance; densities read the derived fields only.
+// Whoever changes weights or covariances calls setDeterminant and then setInverseCovariance: densities
+// are computed from what these two derive. The builders call setDeterminant themselves.
 //
 // Threads: a model may be read by several threads while none changes it.
 #pragma once
@@ -78,8 +78,8 @@ struct SEGCORE_API ClusterInfo {
     ClusterInfo(const int* labels, const pixelVal* samples, std::size_t count);
 };
 
-// Sets weight, mean and covariance (divided by the count) of every component that has samples, out
-// of `sampleCount`; the others keep what they held, so weights need not sum to 1. Then
-// setDeterminant.
+// Sets weight, mean and covariance (divided by the count) of every component that has some of the
+// `sampleCount` samples, and calls setDeterminant. The other components keep what they held, so weights
+// need not sum to 1.
 void estimateComponents(const ClusterInfo& statistics, std::size_t sampleCount,
                         VORNSEColorModel& model);

@@ -30,8 +30,8 @@ double squaredDistance(const double* a, const double* b) {
     return sum;
 }
 
-// Totals above 32 bits keep their low bits on every platform; a direct conversion would be
-// undefined.
+// Converting a total of more than 32 bits directly would be undefined. This keeps its low bits, on every
+// platform.
 unsigned int seedFrom(double total) {
     return static_cast<unsigned int>(static_cast<std::uint64_t>(total));
 }

@@ -1,9 +1,8 @@
-// Terminal weights from two colour models, one thread per block of the parallel solver. Densities
-// are computed in single precision, and without the test for absent components: those contribute
-// nothing through their zero weight.
+// Terminal weights from two colour models, one thread per block of the parallel solver. Densities are
+// computed in single precision. Absent components need no test: their weight is zero.
 //
-// Every thread fills in a block view of the graph: the views share the nodes, but each counts the
-// flow that passes straight from source to sink for itself, so that threads share no variable.
+// Every thread fills in a block view of the graph. The views share the nodes. Flow that passes straight
+// from source to sink is counted by each view for itself, so that threads share no variable.
 #include <opencv2/core/mat.hpp>
 
 #include <cmath>

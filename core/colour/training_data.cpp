@@ -7,7 +7,7 @@
 
 namespace {
 
-// Stands in where the marks leave too few pixels; fixed, so that nothing depends on the image.
+// Takes the place of samples where the marks leave too few pixels.
 constexpr pixelVal kFiller = {10.0, 20.0, 30.0};
 
 void fillUp(std::vector<pixelVal>& samples) {

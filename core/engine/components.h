@@ -27,7 +27,7 @@ struct Components {
     std::vector<Component> components;
 };
 
-// Takes an image of bytes 0 and 255 row by row and finds the components of one of the two.
+// Finds the components of one of two values. The image comes row by row, in bytes 0 and 255.
 class ComponentSearch {
   public:
     explicit ComponentSearch(std::uint8_t value) : m_value(value) {}

@@ -1,4 +1,4 @@
-// Gradient magnitude of a colour image's grey copy.
+// Gradient magnitude of a colour image's grey values.
 #pragma once
 
 #include <opencv2/core/core_c.h>

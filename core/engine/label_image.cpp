@@ -51,7 +51,8 @@ class SampledMarkers {
 
     // What `radius` dilations by the 3 x 3 square leave there: the maximum of the square window.
     cv::Mat dilated(int radius) const {
-        // Maxima of 2, 4, 8 .. rows from each row on; two of them cover a window of any length.
+        // The maximum of 2 rows from each row on, then of 4, 8 and so on, as long as that fits into the
+        // window. Two of the last ones, overlapping, cover it.
         cv::Mat maxima = rowMaxima(radius);
         const int window = 2 * radius + 1;
         int covered = 1;
@@ -71,8 +72,8 @@ class SampledMarkers {
     }
 
   private:
-    // For every photo row, the maximum of the horizontal window at the sampled columns; `radius` rows
-    // of zeros before and after.
+    // For every row of the photograph: the maxima around the sampled columns. `radius` rows of zeros
+    // come before the first row and after the last.
     cv::Mat rowMaxima(int radius) const {
         cv::Mat maxima = cv::Mat::zeros(m_markers.rows + 2 * radius,
                                         static_cast<int>(m_columns.size()), CV_8UC1);

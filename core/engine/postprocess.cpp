@@ -1,7 +1,7 @@
-// What the user sees of a new mask: loops lose small islands and holes, strokes keep only the
-// changed regions that they touch, and the result is merged with the previous one so that a mark
-// changes it only where and in the direction that the mark asks for. All masks are of photo size
-// with bytes 0 and 255.
+// What the user sees of a new mask. Loops lose small islands and holes. Strokes keep only those changed
+// regions that they touch. Then the mask is merged with the shown one: a mark that adds removes nothing,
+// one that removes adds nothing, and neither changes anything outside the working region. All masks are
+// of photo size with bytes 0 and 255.
 #include <algorithm>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
@@ -20,9 +20,9 @@ constexpr int kHolePixels = 5;        // holes below this size are filled
 constexpr std::uint8_t kObjectByte = 255;
 constexpr std::uint8_t kChanged = 255;
 
-// Components are numbered from 2 in bytes, and only those whose number fits are looked at. The last
-// number, 255, is also the byte of the object: what is collected for its component are all pixels of
-// that byte in its bounding rectangle.
+// Components are numbered from 2 on, in bytes; later ones than fit are not looked at. The last number,
+// 255, is also the byte of the object. So its component counts all pixels of that byte that lie in its
+// bounding rectangle.
 constexpr int kLastComponent = 253;  // index of the component numbered 255
 
 std::uint8_t* pixelsOf(cv::Mat& mask, const PixelRun& run) {
@@ -48,7 +48,7 @@ void removeIslands(cv::Mat& mask) {
     }
     const bool overflow = components.size() > static_cast<std::size_t>(kLastComponent);
     if (overflow) {
-        // Later components are not numbered; they count where they lie in the last one's rectangle.
+        // Components without a number count for the last one where they lie in its rectangle.
         components.resize(kLastComponent + 1);
         Component& last = components.back();
         last.pixels = 0;
@@ -115,7 +115,8 @@ struct Changes {
 Components changedRegions(const IplImage* mask, const IplImage* previous, int strokeType) {
     const std::uint8_t target = targetValue(strokeType);
     const std::uint8_t changedFrom = strokeType == stroke::kBrushRemove ? 255 : 0;
-    // Stores could alias the images' headers: a width of its own lets the loop be vectorised.
+    // A copy of the width, so that the compiler can vectorise the loop: for all that it knows, a store
+    // to a byte might change the image's header.
     const int width = mask->width;
     std::vector<std::uint8_t> changed(static_cast<std::size_t>(width));
     ComponentSearch search(kChanged);
@@ -224,7 +225,7 @@ void VORNSEHybrid::postProcessForLoop(IplImage* mask) {
     fillHoles(image);
 }
 
-// The first half of postProcess for a brush, by itself; postProcess does both halves at once.
+// Only what a brush touches is kept; postProcess does that and the merge in one go.
 void VORNSEHybrid::postProcessForStroke(IplImage* mask) {
     const IplImage* previous = VORNSEMarker::m_prevResult;
     if (previous == nullptr) {

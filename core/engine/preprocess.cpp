@@ -1,6 +1,6 @@
-// Narrowing of the working region before the graph is built: pure black borders and flat margins
-// become fixed background and are cut off the box. Invariant: the region only shrinks, and what is
-// cut off is labelled 1, together with the outermost line that stays (a deliberate overlap).
+// Narrows the working region before the graph is built: black borders and flat margins become fixed
+// background and are cut off. Invariant: the region only shrinks. What is cut off is labelled 1, and so,
+// deliberately, is the outermost line of what stays.
 #include <algorithm>
 
 #include "engine/gradient.h"

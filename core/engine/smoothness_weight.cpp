@@ -1,6 +1,6 @@
-// The smoothness weight is found by trial: three cuts with falling weights are judged by the shape
-// of their objects and by the contrast along their outlines, and the best weight is kept. Notation:
-// a trial's "kept" pixels are its components of at least 70 percent of the largest one's size.
+// The smoothness weight is found by trial: three cuts are made with falling weights, and judged by the
+// shape of their objects and by the contrast along their outlines. The best weight is kept. Notation: a
+// trial's "kept" pixels are those of its large components, above 70 percent of the largest one's size.
 #include <algorithm>
 #include <climits>
 #include <cmath>

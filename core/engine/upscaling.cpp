@@ -39,8 +39,8 @@ ImagePtr createChecked(int width, int height) {
     return createImage(width, height, 1);
 }
 
-// Codes the band from how many of four images a pixel is set in: the mask dilated and eroded by the
-// wide and the narrow step.
+// The code of a pixel of the band depends on how many of four images it is set in: the mask dilated and
+// eroded by the wide and by the narrow step.
 void codeTrimap(const IplImage* mask, IplImage* trimap) {
     const ImagePtr owner = createChecked(mask->width, mask->height);
     IplImage* const scratch = owner.get();
@@ -78,7 +78,7 @@ struct Extent {
     bool empty() const { return xMax < 0 || yMax < 0; }
 };
 
-// A working image at photo size, by nearest neighbour, without making it.
+// A working image as it looks at photo size, by nearest neighbour. The large image is never made.
 class Enlarged {
   public:
     Enlarged(const IplImage* small, int width, int height)

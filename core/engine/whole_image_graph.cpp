@@ -1,6 +1,6 @@
-// The graph of the working region for one cut: fixed pixels are tied to their terminal with a
-// finite hard weight, the others carry minus the log-likelihood of the opposite model; neighbours
-// are linked by their contrast weight times the smoothness weight. Source = object.
+// The graph of the working region for one cut. Fixed pixels are tied to their terminal with a large but
+// finite weight; the others carry minus the log-likelihood under the opposite model. Links between
+// neighbours have their contrast weight times the smoothness weight. The source is the object.
 #include <cmath>
 
 #include "engine/hybrid.h"

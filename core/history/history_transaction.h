@@ -5,8 +5,8 @@
 
 #include "history/slot_store.h"
 
-// Remembers the ring's position and, where recording a mask would overwrite a redo branch, the
-// mask that goes. Unless committed, the destructor puts both back.
+// Remembers the ring's position and, if a redo could still reach it, the mask that a recorded one will
+// overwrite. Unless committed, the destructor puts both back.
 class HistoryTransaction {
   public:
     enum class Step { kMove, kRecord };
@@ -22,6 +22,6 @@ class HistoryTransaction {
     int m_bottom;
     int m_current;
     int m_top;
-    std::optional<slot_store::SavedSlot> m_overwritten;  // when it is still reachable
+    std::optional<slot_store::SavedSlot> m_overwritten;
     bool m_committed = false;
 };

@@ -1,5 +1,4 @@
-// The marker store's members and its four operations. Invariant: an image member is null or owned
-// by the store.
+// Invariant: an image member is null or owned by the store.
 #include "history/marker.h"
 
 #include "support/image.h"

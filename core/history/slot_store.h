@@ -1,5 +1,5 @@
-// One slot of the history's bit planes, to and from masks of the photograph's size. The size counts that
-// the marker store has, not that of the planes.
+// One slot of the history's bit planes, to and from masks. A mask has the size of the photograph in the
+// marker store. The planes may have been made for a larger one.
 #pragma once
 
 #include <opencv2/core/core_c.h>
@@ -13,8 +13,8 @@
 
 namespace slot_store {
 
-// Where a call learns which tiles it need not read: from what is remembered of them, as long as the
-// planes are the history's own and were not given out, or always from the words.
+// How a call finds out which tiles are all alike. kRemembered: from what is remembered of them, or from
+// the words if others may have written to the planes. kWords: from the words in any case.
 enum class Source { kRemembered, kWords };
 
 // The planes and what their tiles hold of one slot.

@@ -15,7 +15,7 @@ using ImagePtr = std::unique_ptr<IplImage, ImageRelease>;
 
 // An 8-bit image; throws the library's exception for an impossible size or without memory.
 inline ImagePtr createImage(int width, int height, int channels) {
-    // In two steps, so that the header goes when there is no memory for the pixels.
+    // In two steps, so that the header is released when there is no memory for the pixels.
     ImagePtr image(cvCreateImageHeader(cvSize(width, height), IPL_DEPTH_8U, channels));
     cvCreateData(image.get());
     preferLargePages(image->imageData, static_cast<std::size_t>(image->imageSize));

@@ -1,5 +1,5 @@
 // Large pages for large blocks. A photograph's images are written whole right after they are made, and
-// the first touch of every small page is what most of that time goes to.
+// most of that time is spent by the system on handing out small pages one by one.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 #include <unistd.h>
 #endif
 
-// Asks the system to back the block with large pages; only a wish, which small blocks do not have.
+// Asks the system to back the block with large pages. It need not do so. Small blocks do not ask.
 inline void preferLargePages(void* block, std::size_t bytes) {
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
     constexpr std::size_t kWorthwhile = std::size_t{4} << 20;  // two large pages of the usual size

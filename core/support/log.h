@@ -10,8 +10,8 @@
 #define SEGCORE_LOG_INFO(...) \
     static_cast<void>(__android_log_print(ANDROID_LOG_INFO, "Info", __VA_ARGS__))
 
-// Reports an image size that cannot be allocated and lets the call go on: a size check never stops
-// a call, the imaging library refuses the size on its own and the guard of the host call ends it.
+// Reports an impossible image size. The call goes on: the imaging library refuses the size by itself, and
+// the guard of the host call catches that.
 inline void checkImageSize(int width, int height, const char* function, int line) {
     if (!(width >= 1 && height >= 1)) {
         SEGCORE_LOG_ERROR("MEMORY_CRASH : %s %d", function, line);

@@ -1,5 +1,5 @@
-// Nearest-neighbour resizing as the imaging library does it, as positions: which source row or column
-// every target row or column takes its value from. Both axes sample independently of each other.
+// Nearest-neighbour resizing as the imaging library does it, without an image: the row or column of the
+// source that each row or column of the target takes its values from. Rows do not depend on columns.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,8 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
-// `to` positions in 0 .. from - 1, ascending; both sizes at least 1. The imaging library itself is
-// asked, by resizing a row of indices, so that its rounding holds.
+// `to` positions in 0 .. from - 1, ascending; both sizes at least 1. They are found by letting the imaging
+// library resize a row of indices, so that its rounding holds.
 inline std::vector<int> nearestPositions(int from, int to) {
     std::vector<int> indices(static_cast<std::size_t>(from));
     std::iota(indices.begin(), indices.end(), 0);
