@@ -18,10 +18,10 @@
 // found and how capacities are rounded: it is part of the result, and so is this rule.
 #include <limits>
 
+#include "graph/dense/dense_solver.h"
 #include "graph/graph.h"
 #include "graph/parallel_gc.h"
 #include "graph/time_limit.h"
-#include "graph/two_tree_solver.h"
 #include "history/marker.h"
 
 namespace {
@@ -186,7 +186,7 @@ float VORNSEGraph::maxFlowSerialCall() {
     }
     const bool isBlockView = m_blockWidth > 0;
     if (!isBlockView && m_orphanHead == nullptr) {
-        TwoTreeSolver solver(*this);
+        DenseSolver solver(*this);
         if (solver.canSolve() && solver.run()) {
             return m_flow;
         }

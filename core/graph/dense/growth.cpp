@@ -3,11 +3,11 @@
 // Why distances are known along the laid paths: within a stage only orphans change their parent, and
 // only children of a node that is set free become orphans. Above its last orphan a path stays as it
 // is, and every chain that reaches it there ends at its root; up to its first orphan it stays too.
-#include "graph/two_tree_solver.h"
+#include "graph/dense/dense_solver.h"
 
 #include <limits>
 
-#include "graph/neighbour_states.h"
+#include "graph/dense/neighbour_states.h"
 #include "graph/time_limit.h"
 #include "history/marker.h"
 
@@ -17,7 +17,7 @@ namespace {
 constexpr int kUnreachable = std::numeric_limits<int>::max();
 }
 
-bool TwoTreeSolver::run() {
+bool DenseSolver::run() {
     if (!importRecords()) {
         return false;
     }
@@ -45,7 +45,7 @@ bool TwoTreeSolver::run() {
 // Grows the tree of `node` by its free neighbours up to the first neighbour in the other tree, and
 // augments through that one; false when there is none.
 template <int kTree>
-bool TwoTreeSolver::growOrAugment(int node) {
+bool DenseSolver::growOrAugment(int node) {
     std::uint8_t* const states = m_state.get();
     const Directions open = m_open[static_cast<std::size_t>(node)];
     const int* const steps = m_grid.steps(node);
@@ -81,7 +81,7 @@ bool TwoTreeSolver::growOrAugment(int node) {
     return true;
 }
 
-void TwoTreeSolver::adoptOrphans() {
+void DenseSolver::adoptOrphans() {
     while (!m_orphans.empty() && !VORNSEMarker::m_exitApp.load(std::memory_order_relaxed)) {
         const int node = m_orphans.pop();
         if ((m_state[static_cast<std::size_t>(node)] & kTreeMask) == kInSink) {
@@ -93,7 +93,7 @@ void TwoTreeSolver::adoptOrphans() {
 }
 
 template <int kTree>
-void TwoTreeSolver::adopt(int node) {
+void DenseSolver::adopt(int node) {
     std::uint8_t* const states = m_state.get();
     const Directions open = m_open[static_cast<std::size_t>(node)];
     const unsigned usable = kTree == kInSource ? open.in : open.out;
@@ -119,13 +119,13 @@ void TwoTreeSolver::adopt(int node) {
 // The candidate whose way to the terminal is the shortest, among equals the first one; -1 when none has
 // a way. What costs no walk comes first: it bounds the others.
 template <int kTree>
-int TwoTreeSolver::nearest(int node, const NeighbourStates& near, unsigned candidates) const {
+int DenseSolver::nearest(int node, const NeighbourStates& near, unsigned candidates) const {
     const unsigned roots = candidates & near.atTerminal();
     if (roots != 0) {
         return __builtin_ctz(roots);
     }
     const int* const steps = m_grid.steps(node);
-    const LaidPath& path = kTree == kInSink ? m_sinkPath : m_sourcePath;
+    const KeptPath& path = kTree == kInSink ? m_sinkPath : m_sourcePath;
     int best = -1;
     int bestDistance = kUnreachable;
     for (unsigned left = candidates & near.onPath(); left != 0; left &= left - 1) {
@@ -155,8 +155,8 @@ int TwoTreeSolver::nearest(int node, const NeighbourStates& near, unsigned candi
 // Number of edges from an orphan through its neighbour `node` to the terminal. When the chain is
 // broken or not shorter than `limit`, something that is not below `limit`.
 template <int kTree>
-int TwoTreeSolver::distance(int node, int limit) const {
-    const LaidPath& path = kTree == kInSink ? m_sinkPath : m_sourcePath;
+int DenseSolver::distance(int node, int limit) const {
+    const KeptPath& path = kTree == kInSink ? m_sinkPath : m_sourcePath;
     for (int total = 1; total < limit; ++total) {
         const std::uint8_t state = m_state[static_cast<std::size_t>(node)];
         const bool plainStep = (state & (kOnPath | kParentIsNeighbour)) == kParentIsNeighbour;

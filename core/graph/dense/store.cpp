@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "graph/two_tree_solver.h"
+#include "graph/dense/dense_solver.h"
 
 using namespace node_state;
 
@@ -20,11 +20,11 @@ T* allocateZeroed(std::size_t count) {
 
 }  // namespace
 
-void TwoTreeSolver::Free::operator()(void* block) const {
+void DenseSolver::Free::operator()(void* block) const {
     std::free(block);
 }
 
-void TwoTreeSolver::Queue::grow() {
+void DenseSolver::Queue::grow() {
     std::vector<int> larger(std::max<std::size_t>(2 * m_ring.size(), 1024));
     for (std::size_t i = 0; i < m_count; ++i) {
         larger[i] = m_ring[(m_head + i) & m_mask];
@@ -34,7 +34,7 @@ void TwoTreeSolver::Queue::grow() {
     m_head = 0;
 }
 
-TwoTreeSolver::TwoTreeSolver(VORNSEGraph& graph)
+DenseSolver::DenseSolver(VORNSEGraph& graph)
     : m_graph(graph),
       m_caps(graph.m_edgeCaps),
       m_records(graph.m_nodes),
@@ -57,19 +57,19 @@ TwoTreeSolver::TwoTreeSolver(VORNSEGraph& graph)
     }
 }
 
-bool TwoTreeSolver::fits() const {
+bool DenseSolver::fits() const {
     return m_graph.m_nodeCount == m_graph.m_width * m_graph.m_height &&
            m_graph.m_edgeCount == kSlotsPerNode * m_graph.m_nodeCount &&
            m_grid.size() <=
                kSmallGrid + kMostNumbersPerNode * static_cast<std::size_t>(m_graph.m_nodeCount);
 }
 
-bool TwoTreeSolver::canSolve() const {
+bool DenseSolver::canSolve() const {
     return m_state != nullptr && m_open != nullptr && m_parent != nullptr && m_step != nullptr;
 }
 
 template <typename Visit>
-void TwoTreeSolver::forEachNode(Visit visit) const {
+void DenseSolver::forEachNode(Visit visit) const {
     const int width = m_graph.m_width;
     for (const NodeRange& range : m_graph.ranges()) {
         int x = range.first % width;
@@ -84,7 +84,7 @@ void TwoTreeSolver::forEachNode(Visit visit) const {
     }
 }
 
-int TwoTreeSolver::directionOf(int cell, int slot) const {
+int DenseSolver::directionOf(int cell, int slot) const {
     const int* const end = m_slotOffset + kSlotsPerNode;
     return static_cast<int>(std::find(m_slotOffset, end, slot - kSlotsPerNode * cell) -
                             m_slotOffset);
@@ -92,7 +92,7 @@ int TwoTreeSolver::directionOf(int cell, int slot) const {
 
 // Every edge belongs to the later of its nodes in row order, whose directions 0 .. 3 it takes. False for
 // a capacity below 0.
-bool TwoTreeSolver::importEdges(int cell, int node, int x, int y) {
+bool DenseSolver::importEdges(int cell, int node, int x, int y) {
     constexpr unsigned kLeft = 1U;
     constexpr unsigned kUpLeft = 2U;
     constexpr unsigned kUp = 4U;
@@ -118,7 +118,7 @@ bool TwoTreeSolver::importEdges(int cell, int node, int x, int y) {
     return (open.negative & ~outside) == 0;
 }
 
-bool TwoTreeSolver::importRecords() {
+bool DenseSolver::importRecords() {
     bool nonNegative = true;
     forEachNode([this, &nonNegative](int cell, int node, int x, int y) {
         const nodes& record = m_records[cell];
@@ -144,7 +144,7 @@ bool TwoTreeSolver::importRecords() {
     return true;
 }
 
-void TwoTreeSolver::exportRecords() {
+void DenseSolver::exportRecords() {
     forEachNode([this](int cell, int node, int /*x*/, int /*y*/) {
         const std::uint8_t state = m_state[static_cast<std::size_t>(node)];
         const int code = state & kParentMask;

@@ -13,16 +13,16 @@
 #include <memory>
 #include <vector>
 
+#include "graph/dense/kept_path.h"
+#include "graph/dense/neighbour_states.h"
+#include "graph/dense/node_state.h"
+#include "graph/dense/tiled_grid.h"
 #include "graph/graph.h"
-#include "graph/laid_path.h"
-#include "graph/neighbour_states.h"
-#include "graph/node_state.h"
-#include "graph/tiled_grid.h"
 
-class TwoTreeSolver {
+class DenseSolver {
   public:
     // `graph` is initialised (VORNSEGraph::maxflowInit) and outlives the solver.
-    explicit TwoTreeSolver(VORNSEGraph& graph);
+    explicit DenseSolver(VORNSEGraph& graph);
 
     // False without memory, for a graph that is not completely built, and for one so narrow that its
     // tiles would be mostly empty.
@@ -83,10 +83,10 @@ class TwoTreeSolver {
     void augment(int sourceEnd, int sinkEnd, int direction);
     template <int kTree>
     class Walk;
-    void walkToRoots(LaidPath::Place sourceEnd, LaidPath::Place sinkEnd);
-    void takeOff(const LaidPath& path, int from, int to);
+    void walkToRoots(KeptPath::Place sourceEnd, KeptPath::Place sinkEnd);
+    void takeOff(const KeptPath& path, int from, int to);
     template <int kTree>
-    void pushFlow(LaidPath& path, float amount);
+    void pushFlow(KeptPath& path, float amount);
     void openOrClose(int node, int neighbour, int direction, float there, float back);
     void adoptOrphans();
     template <int kTree>
@@ -113,11 +113,11 @@ class TwoTreeSolver {
     Zeroed<int> m_step;    // of a node on a laid path
     Queue m_active;
     Queue m_orphans;
-    LaidPath m_sinkPath;
-    LaidPath m_sourcePath;
+    KeptPath m_sinkPath;
+    KeptPath m_sourcePath;
 };
 
-inline void TwoTreeSolver::activate(int node) {
+inline void DenseSolver::activate(int node) {
     std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
     if ((state & node_state::kActive) == 0) {
         state = static_cast<std::uint8_t>(state | node_state::kActive);
@@ -125,16 +125,16 @@ inline void TwoTreeSolver::activate(int node) {
     }
 }
 
-inline void TwoTreeSolver::setParent(int node, int direction) {
+inline void DenseSolver::setParent(int node, int direction) {
     std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
     state = static_cast<std::uint8_t>(state | node_state::parentCode(direction));
     m_parent[static_cast<std::size_t>(node)] = node + m_grid.steps(node)[direction];
 }
 
-inline void TwoTreeSolver::makeOrphan(int node) {
+inline void DenseSolver::makeOrphan(int node) {
     std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
     if ((state & node_state::kOnPath) != 0) {
-        LaidPath& path =
+        KeptPath& path =
             (state & node_state::kTreeMask) == node_state::kInSink ? m_sinkPath : m_sourcePath;
         path.orphaned(m_step[static_cast<std::size_t>(node)]);
     }

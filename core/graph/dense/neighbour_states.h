@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "graph/node_state.h"
+#include "graph/dense/node_state.h"
 
 namespace byte_lanes {
 

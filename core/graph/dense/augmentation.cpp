@@ -1,5 +1,5 @@
 // Augmentation: the walks from the meeting edge to both roots, and the push along them.
-#include "graph/two_tree_solver.h"
+#include "graph/dense/dense_solver.h"
 
 using namespace node_state;
 
@@ -13,7 +13,7 @@ void prefetch(const float* capacity) {
 
 // Brings the directions of both ends up to date with an edge's capacities: from `node` in
 // `direction` to `neighbour`, and back.
-void TwoTreeSolver::openOrClose(int node, int neighbour, int direction, float there, float back) {
+void DenseSolver::openOrClose(int node, int neighbour, int direction, float there, float back) {
     const auto set = [](std::uint8_t& directions, int bit, bool open) {
         const auto cleared = static_cast<std::uint8_t>(directions & ~(1U << bit));
         directions =
@@ -30,13 +30,13 @@ void TwoTreeSolver::openOrClose(int node, int neighbour, int direction, float th
 }
 
 // Pushes what the path through the edge from `sourceEnd` in `direction` to `sinkEnd` can carry.
-void TwoTreeSolver::augment(int sourceEnd, int sinkEnd, int direction) {
+void DenseSolver::augment(int sourceEnd, int sinkEnd, int direction) {
     const int sourceCell = m_grid.rowMajor(sourceEnd);
     const int slot = kSlotsPerNode * sourceCell + m_slotOffset[direction];
     prefetch(m_caps + slot);
     walkToRoots({sourceEnd, sourceCell}, {sinkEnd, sourceCell + m_cellOffset[direction]});
-    const LaidPath::Place sinkRoot = m_sinkPath.root();
-    const LaidPath::Place sourceRoot = m_sourcePath.root();
+    const KeptPath::Place sinkRoot = m_sinkPath.root();
+    const KeptPath::Place sourceRoot = m_sourcePath.root();
     float& sinkResidual = m_records[sinkRoot.cell].residualTerminalCap;
     float& sourceResidual = m_records[sourceRoot.cell].residualTerminalCap;
     float bottleneck = m_caps[slot];
@@ -67,9 +67,9 @@ void TwoTreeSolver::augment(int sourceEnd, int sinkEnd, int direction) {
 // the path of the last augmentation. Flow runs along a child's parent edge in the sink tree and along
 // its sister in the source tree.
 template <int kTree>
-class TwoTreeSolver::Walk {
+class DenseSolver::Walk {
   public:
-    Walk(TwoTreeSolver& solver, LaidPath& path, LaidPath::Place start)
+    Walk(DenseSolver& solver, KeptPath& path, KeptPath::Place start)
         : m_solver(solver),
           m_path(path),
           m_kept(path.keptFrom(start.node)),
@@ -107,8 +107,8 @@ class TwoTreeSolver::Walk {
 
     void lay() {
         const bool joins = m_joined < m_path.end();
-        const LaidPath::Laid laid =
-            m_path.lay(m_kept, m_joined, joins ? m_path.root() : LaidPath::Place{m_node, m_cell});
+        const KeptPath::Laid laid =
+            m_path.lay(m_kept, m_joined, joins ? m_path.root() : KeptPath::Place{m_node, m_cell});
         const float* const caps = m_solver.m_caps;
         for (int step = laid.detour.first; step < laid.detour.last; ++step) {
             const int slot = m_path.slot(step);
@@ -122,8 +122,8 @@ class TwoTreeSolver::Walk {
     }
 
   private:
-    TwoTreeSolver& m_solver;
-    LaidPath& m_path;
+    DenseSolver& m_solver;
+    KeptPath& m_path;
     const int m_kept;
     int m_joined;
     int m_node;
@@ -132,7 +132,7 @@ class TwoTreeSolver::Walk {
 
 // The walks wait for memory rather than for each other, so they go side by side. Both leave what they
 // replace before either is laid: a node may go from one path to the other.
-void TwoTreeSolver::walkToRoots(LaidPath::Place sourceEnd, LaidPath::Place sinkEnd) {
+void DenseSolver::walkToRoots(KeptPath::Place sourceEnd, KeptPath::Place sinkEnd) {
     Walk<kInSource> source(*this, m_sourcePath, sourceEnd);
     Walk<kInSink> sink(*this, m_sinkPath, sinkEnd);
     bool sourceGoesOn = true;
@@ -154,7 +154,7 @@ void TwoTreeSolver::walkToRoots(LaidPath::Place sourceEnd, LaidPath::Place sinkE
 }
 
 // Hands the capacities of the steps `from` .. `to` - 1 back to the graph.
-void TwoTreeSolver::takeOff(const LaidPath& path, int from, int to) {
+void DenseSolver::takeOff(const KeptPath& path, int from, int to) {
     for (int step = from; step < to; ++step) {
         const int slot = path.slot(step);
         m_caps[slot] = path.left(step);
@@ -165,7 +165,7 @@ void TwoTreeSolver::takeOff(const LaidPath& path, int from, int to) {
 }
 
 template <int kTree>
-void TwoTreeSolver::pushFlow(LaidPath& path, float amount) {
+void DenseSolver::pushFlow(KeptPath& path, float amount) {
     path.push(amount, [this, &path](int step) {
         const int node = path.node(step);
         const int direction =

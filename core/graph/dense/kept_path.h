@@ -12,9 +12,9 @@
 #include <cstring>
 #include <vector>
 
-#include "graph/flow_lanes.h"
+#include "graph/dense/flow_lanes.h"
 
-class LaidPath {
+class KeptPath {
   public:
     // A node by its tiled number and its number in the graph.
     struct Place {
