@@ -1,6 +1,6 @@
-// The graph of the band along the outline, at photo resolution. The long stretches of its bounding
-// rectangle that lie outside the band are numbered but never touched, which for a large photograph is
-// nearly all of it.
+// The graph of the band along the outline, at photo resolution. It covers the band's bounding
+// rectangle, but for a large photograph nearly all of that lies outside the band. Long stretches
+// outside are skipped: numbered, but never written (see VORNSEGraph::nodeAt).
 //
 // Notation: the trimap codes of trimap.h. Source = object.
 #include <algorithm>
@@ -20,15 +20,15 @@ namespace {
 constexpr int kTableLine = 1905;
 constexpr int kTableFreeLine = 2011;
 
-// Stretches outside the band up to this length are built like the band: they share their pages of
-// memory with it, and 128 node records or slot groups of 32 bytes fill a page.
+// Shorter stretches outside the band are built like the band, because they share its pages of memory:
+// a page holds the records, or the slots, of 128 nodes.
 constexpr int kPageOfNodes = 128;
 
 constexpr int kGraphBuilt = 0;
 constexpr int kGraphFailed = 1;
 
-// Large pages also commit the nodes between those of the band. A band of at least a third of its
-// rectangle is worth that: at most three times the memory, for half the page faults.
+// Large pages halve the page faults, but skipped nodes then cost memory, too. A band that fills a third
+// of its rectangle is worth that: it costs three times the memory at most.
 constexpr int kDenseDivisor = 3;
 
 // Calls inside(x0, x1) and outside(x0, x1) for the row's alternating stretches, left to right.

@@ -1,10 +1,11 @@
-// The grid's store: construction, filling and reading back. Invariant: the records from m_nodes to
-// m_nodeLast and the slots from m_edgeCaps to m_edgeLast are initialised, nothing beyond them is
-// touched, so memory that a graph does not use is not committed, but for what shares a page with it.
+// The grid's store: construction, filling and reading back. Invariant: records and slots that were
+// not added, or were skipped, are never touched, so that the system need not find memory for them.
 #include "graph/graph.h"
 
 #include <algorithm>
+#include <cassert>
 
+#include "graph/grid_directions.h"
 #include "support/tracked_memory.h"
 
 namespace {
@@ -15,15 +16,28 @@ constexpr int kAllocateCapsLine = 63;
 constexpr int kFreeNodesLine = 96;
 constexpr int kFreeCapsLine = 97;
 
-void initialiseNodes(nodes* first, nodes* last) {
-    std::fill(first, last, nodes{parent::kNone, tree::kFree, 0.0F, nullptr, nullptr});
+constexpr nodes kFreeNode = {parent::kNone, tree::kFree, 0.0F, nullptr, nullptr};
+
+bool contains(const std::vector<NumberRange>& ranges, int number) {
+    const auto behind =
+        std::upper_bound(ranges.begin(), ranges.end(), number,
+                         [](int value, const NumberRange& range) { return value < range.first; });
+    return behind != ranges.begin() && number < std::prev(behind)->last;
+}
+
+// Numbers from `first` on, which no range has yet.
+void append(std::vector<NumberRange>& ranges, int first, int count) {
+    if (ranges.empty() || ranges.back().last != first) {
+        ranges.push_back({first, first});
+    }
+    ranges.back().last += count;
 }
 
 template <typename T>
 T* allocateArray(int count, int factor, int line) {
     const auto entries =
         static_cast<std::size_t>(factor) * static_cast<std::size_t>(std::max(count, kMinimumCount));
-    // Zeroed, so that skipped nodes and slots read as free and saturated; large arrays come as
+    // Zeros let no flow through, so what is skipped need not be written. Large arrays come as
     // untouched pages of the system.
     return static_cast<T*>(VORN_Calloc_Msg(entries, sizeof(T), "VORNSEGraph", line));
 }
@@ -59,7 +73,8 @@ VORNSEGraph::VORNSEGraph(int nodeCount, int edgeCount, int width, int height, in
       m_blockRow(0),
       m_blockCol(0),
       m_width(width),
-      m_height(height) {
+      m_height(height),
+      m_isView(false) {
     fillNeighbourOffsets();
 }
 
@@ -84,12 +99,18 @@ VORNSEGraph::VORNSEGraph(VORNSEGraph* parent, int blockRow, int blockCol, int bl
       m_blockRow(blockRow),
       m_blockCol(blockCol),
       m_width(parent->m_width),
-      m_height(parent->m_height) {
+      m_height(parent->m_height),
+      m_isView(true),
+      m_ranges(parent->m_ranges),
+      m_skippedSlots(parent->m_skippedSlots) {
     fillNeighbourOffsets();
 }
 
 VORNSEGraph::~VORNSEGraph() {
-    // The arrays go back to the system below, so wiping them first would only fault in pages.
+    if (m_isView) {
+        return;
+    }
+    // Not wiped first: the system takes the memory back, and wiping would only touch every page.
     freeArray(m_nodes, kFreeNodesLine);
     freeArray(m_edgeCaps, kFreeCapsLine);
     m_nodes = m_nodeLast = m_nodeMax = nullptr;
@@ -97,19 +118,24 @@ VORNSEGraph::~VORNSEGraph() {
 }
 
 void VORNSEGraph::fillNeighbourOffsets() {
-    const int offsets[kSlotsPerNode] = {-1, -1, 0, -m_width - 1, 0, -m_width, 0, -m_width + 1};
-    std::copy(offsets, offsets + kSlotsPerNode, m_neighbourOffset);
+    std::fill(m_neighbourOffset, m_neighbourOffset + kSlotsPerNode, 0);
+    for (int d = 0; d < direction::kEarlier; ++d) {
+        m_neighbourOffset[2 * d + 1] = direction::nodeStep(d, m_width);
+    }
+    // The last slot of a node leads to the node itself, but headOf counts it to the next one.
+    m_neighbourOffset[0] = -1;
 }
 
 void VORNSEGraph::clearContents() {
-    const std::ptrdiff_t written = m_edgeCount;
-    for (const NodeRange& range : m_ranges) {
-        initialiseNodes(m_nodes + range.first, m_nodes + range.last);
-        const auto slots = [written](int node) {
-            return std::min(written, static_cast<std::ptrdiff_t>(kSlotsPerNode) * node);
-        };
-        std::fill(m_edgeCaps + slots(range.first), m_edgeCaps + slots(range.last), 0.0F);
+    for (const NumberRange& range : m_ranges) {
+        std::fill(m_nodes + range.first, m_nodes + range.last, kFreeNode);
     }
+    int first = 0;
+    for (const NumberRange& skipped : m_skippedSlots) {
+        std::fill(m_edgeCaps + first, m_edgeCaps + skipped.first, 0.0F);
+        first = skipped.last;
+    }
+    std::fill(m_edgeCaps + first, m_edgeCaps + m_edgeCount, 0.0F);
     m_flow = 0.0F;
     m_activeHead = m_activeTail = nullptr;
     m_orphanHead = m_orphanTail = nullptr;
@@ -122,6 +148,7 @@ void VORNSEGraph::reset() {
     m_nodeLast = m_nodes;
     m_edgeLast = m_edgeCaps;
     m_ranges.clear();
+    m_skippedSlots.clear();
 }
 
 int VORNSEGraph::resetNew() {
@@ -133,30 +160,40 @@ void VORNSEGraph::addNode(int count) {
     if (count < 1) {
         return;
     }
-    if (m_ranges.empty() || m_ranges.back().last != m_nodeCount) {
-        m_ranges.push_back({m_nodeCount, m_nodeCount});
-    }
-    m_ranges.back().last += count;
-    initialiseNodes(m_nodeLast, m_nodeLast + count);
+    assert(count <= m_nodeMax - m_nodeLast);
+    append(m_ranges, m_nodeCount, count);
+    std::fill(m_nodeLast, m_nodeLast + count, kFreeNode);
     m_nodeLast += count;
     m_nodeCount += count;
 }
 
 void VORNSEGraph::skipNodes(int count) {
+    assert(count <= m_nodeMax - m_nodeLast);
     m_nodeLast += count;
     m_nodeCount += count;
 }
 
 void VORNSEGraph::skipEdges(int count) {
-    m_edgeLast += static_cast<std::ptrdiff_t>(kSlotsPerNode) * count;
-    m_edgeCount = static_cast<int>(m_edgeLast - m_edgeCaps);
+    const int slots = kSlotsPerNode * count;
+    assert(slots <= m_edgeMax - m_edgeLast);
+    append(m_skippedSlots, m_edgeCount, slots);
+    m_edgeLast += slots;
+    m_edgeCount += slots;
+}
+
+nodes VORNSEGraph::nodeAt(int node) const {
+    return contains(m_ranges, node) ? m_nodes[node] : kFreeNode;
+}
+
+float VORNSEGraph::capacityAt(int slot) const {
+    return contains(m_skippedSlots, slot) ? kNoEdge : m_edgeCaps[slot];
 }
 
 void VORNSEGraph::addToEdge(int from, int to, float cap, float revCap) {
     int slots[kSlotsPerNode];
     outgoingSlots(from, slots);
     for (const int slot : slots) {
-        if (slot != kOutside && m_edgeCaps[slot] != kNoEdge && headOf(slot) == to) {
+        if (slot != kOutside && headOf(slot) == to && capacityAt(slot) != kNoEdge) {
             m_edgeCaps[slot] += cap;
             m_edgeCaps[slot ^ 1] += revCap;
             return;
@@ -165,19 +202,21 @@ void VORNSEGraph::addToEdge(int from, int to, float cap, float revCap) {
 }
 
 void VORNSEGraph::outgoingSlots(int node, int slots[kSlotsPerNode]) const {
+    using namespace direction;
     const int x = node % m_width;
     const bool hasLeft = x != 0;
     const bool hasRight = x != m_width - 1;
     const bool hasUp = node >= m_width;
     const bool hasDown = node < m_width * (m_height - 1);
-    const int own = kSlotsPerNode * node;
-    const int below = own + kSlotsPerNode * m_width;
-    slots[0] = hasLeft ? own : kOutside;
-    slots[1] = hasLeft && hasUp ? own + 2 : kOutside;
-    slots[2] = hasUp ? own + 4 : kOutside;
-    slots[3] = hasUp && hasRight ? own + 6 : kOutside;
-    slots[4] = hasRight ? own + 9 : kOutside;
-    slots[5] = hasRight && hasDown ? below + 11 : kOutside;
-    slots[6] = hasDown ? below + 5 : kOutside;
-    slots[7] = hasLeft && hasDown ? below - 1 : kOutside;
+    const auto slot = [this, node](bool inside, int direction) {
+        return inside ? kSlotsPerNode * node + slotStep(direction, m_width) : kOutside;
+    };
+    slots[kLeft] = slot(hasLeft, kLeft);
+    slots[kUpLeft] = slot(hasLeft && hasUp, kUpLeft);
+    slots[kUp] = slot(hasUp, kUp);
+    slots[kUpRight] = slot(hasUp && hasRight, kUpRight);
+    slots[kRight] = slot(hasRight, kRight);
+    slots[kDownRight] = slot(hasRight && hasDown, kDownRight);
+    slots[kDown] = slot(hasDown, kDown);
+    slots[kDownLeft] = slot(hasLeft && hasDown, kDownLeft);
 }

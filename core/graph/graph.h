@@ -9,12 +9,12 @@
 //     8j+4 up       j -> j-width      8j+5  and back
 //     8j+6 up-right j -> j-width+1    8j+7  and back
 //
-// so the sister of slot s is s XOR 1, and head and sister need no pointers: an edge costs four
-// bytes. A slot that holds -2.0 has no edge.
+// The sister of slot s, which leads back, is s XOR 1. Heads and sisters are computed, so an edge
+// costs only the four bytes of its capacity. A slot that holds -2.0 has no edge.
 //
-// Building: addNode(width * height) once, then addEdge exactly four times per node in node order
-// for the left, up-left, up and up-right neighbours, addtWeights per node, then maxFlow, then
-// getTreeofNode per node. No argument is checked: node numbers beyond the grid and negative
+// Building: addNode(width * height) once, then addEdge exactly four times for each node in node order,
+// for its left, up-left, up and up-right neighbours, and addtWeights for each node. Then maxFlow, and
+// getTreeofNode for each node. No argument is checked: node numbers beyond the grid and negative
 // capacities are the caller's fault. Only addEdge's `absent` makes a slot without an edge.
 //
 // Threads: one graph is built and solved by one thread; VORNSEMarker::m_exitApp may stop a running
@@ -51,8 +51,8 @@ constexpr int kSlotsPerNode = 8;
 // Marks a direction that leaves the image in a node's list of outgoing slots.
 constexpr int kOutside = -2;
 
-// Consecutive node numbers, `last` excluded.
-struct NodeRange {
+// Consecutive numbers, `last` excluded.
+struct NumberRange {
     int first;
     int last;
 };
@@ -63,10 +63,11 @@ class SEGCORE_API VORNSEGraph {
     // Without memory m_nodes or m_edgeCaps is null, which the owner must test. numThreads above 1
     // selects the block solver.
     VORNSEGraph(int nodeCount, int edgeCount, int width, int height, int numThreads);
-    // A block of `parent` for the block solver: shares the parent's arrays and owns nothing. Block
-    // position and size are in blocks and nodes.
+    // A view of one block of `parent`, for the block solver. It shares the parent's arrays and has
+    // counts, flow and queues of its own; only InitBlock looks at the block. The position is in
+    // blocks, the size in nodes.
     VORNSEGraph(VORNSEGraph* parent, int blockRow, int blockCol, int blockWidth, int blockHeight);
-    // Releases the arrays; only ever run on graphs of the first constructor.
+    // Releases the arrays, which a view leaves to its parent.
     ~VORNSEGraph();
     VORNSEGraph(const VORNSEGraph&) = delete;
     VORNSEGraph& operator=(const VORNSEGraph&) = delete;
@@ -88,11 +89,14 @@ class SEGCORE_API VORNSEGraph {
         m_edgeLast += 2;
         m_edgeCount = static_cast<int>(m_edgeLast - m_edgeCaps);
     }
-    // Numbers `count` nodes that take no part, and passes over the slots of `count` nodes. Neither
-    // is written, so a graph that covers little of its grid costs memory for that little only; such
-    // nodes read as cut to the source side.
+    // In the place of addNode and addEdge for `count` nodes that take no part. Their records and
+    // slots are not written, so that a graph which covers little of its grid costs little memory.
     void skipNodes(int count);
     void skipEdges(int count);
+    // A node's record, and a slot's capacity. What was skipped holds zeros in the arrays; here it
+    // reads as what it means: a free node, and kNoEdge.
+    nodes nodeAt(int node) const;
+    float capacityAt(int slot) const;
     // Adds to an existing edge between two neighbours; anything else changes nothing.
     void addToEdge(int from, int to, float cap, float revCap);
     // Adds terminal capacities; what source and sink have in common flows at once.
@@ -128,23 +132,24 @@ class SEGCORE_API VORNSEGraph {
     // maxflowInit for the nodes of this block view.
     void InitBlock();
 
-    // First-in-first-out queues through the node records. The active pop leaves the node's link as
-    // it was (the caller clears it), the orphan pop clears it; adding an orphan takes its parent.
+    // First-in-first-out queues through the node records. Taking a node from the active queue leaves
+    // its link as it was, for the caller to clear; taking an orphan clears it. A node that is added
+    // to the orphans loses its parent.
     void AddToActiveQueue(nodes* node);
     nodes* GetTopActiveQueueNode();
     void AddToOrphanQueue(nodes* node);
     nodes* GetTopOrphanQueueNode();
 
-    // The node ranges that take part, in ascending order.
-    const std::vector<NodeRange>& ranges() const { return m_ranges; }
+    // The nodes that take part, in ascending order.
+    const std::vector<NumberRange>& ranges() const { return m_ranges; }
 
     // The node that a slot leads to.
     int headOf(int slot) const {
         const auto next = static_cast<unsigned>(slot + 1);  // unsigned division is a shift
         return m_neighbourOffset[next % kSlotsPerNode] + static_cast<int>(next / kSlotsPerNode);
     }
-    // The node's outgoing slots in scan order (left, up-left, up, up-right, right, down-right,
-    // down, down-left), kOutside where the direction leaves the image.
+    // The node's outgoing slots by direction (grid_directions.h), kOutside where the direction
+    // leaves the image.
     void outgoingSlots(int node, int slots[kSlotsPerNode]) const;
 
     int m_nodeCount;  // nodes added so far
@@ -175,5 +180,7 @@ class SEGCORE_API VORNSEGraph {
     void startFromTerminal(nodes* node);
     float searchRecords();
 
-    std::vector<NodeRange> m_ranges;
+    const bool m_isView;
+    std::vector<NumberRange> m_ranges;
+    std::vector<NumberRange> m_skippedSlots;
 };

@@ -1,21 +1,24 @@
-// The serial maximum flow: two search trees, one from the source and one from the sink, grow
-// through non-saturated edges; where they touch, a path is augmented; nodes that lose their parent
-// edge are orphans, adopted by a neighbour of their tree or set free (Y. Boykov and V. Kolmogorov,
-// "An Experimental Comparison of Min-Cut/Max-Flow Algorithms for Energy Minimization in Vision",
-// IEEE PAMI 26(9), 2004). This variant keeps no distance marks: an orphan judges each candidate
-// parent by walking its chain to the root, and the nearest wins.
+// The serial maximum flow. Two search trees, one from the source and one from the sink, grow through
+// edges that can carry flow. Where they touch, flow is pushed along the path from root to root. Nodes
+// whose parent edge is full afterwards are orphans; a neighbour of their tree adopts them, or they are
+// set free (Y. Boykov and V. Kolmogorov, "An Experimental Comparison of Min-Cut/Max-Flow Algorithms
+// for Energy Minimization in Vision", IEEE PAMI 26(9), 2004). This variant keeps no distance marks: an
+// orphan walks from each candidate parent to the root, and takes the nearest.
+//
+// This file is the plain form, on the graph's own records. Whole graphs are searched in the same
+// order by dense/, which is faster; block views are searched here.
 //
 // Notation: a slot s of node i leads from i to headOf(s); s ^ 1 leads back. In the source tree flow
-// runs from parent to child, along the sister of the child's parent edge; in the sink tree from
-// child to parent, along the parent edge itself.
+// runs from parent to child, along the sister of the child's parent edge. In the sink tree it runs
+// from child to parent, along the parent edge itself.
 //
-// At the end of an undisturbed run hardly ever a non-saturated edge leads out of the source tree or
-// into the sink tree, so the tree labels are a minimum cut or next to it. The exception: a node that
-// is set free wakes its neighbours except those that are orphans themselves, and one of them may
-// find another parent, with its edge to the free node left open. It takes paths with several edges
-// that saturate at once; grids of a few small whole capacities end up to a thousandth above the
-// minimum, photographs hardly ever. The order of the queues and of every scan decides which cut is
-// found and how capacities are rounded: it is part of the result, and so is this rule.
+// The tree labels at the end are a minimum cut, or very nearly. The exception: a node that is set free
+// wakes its neighbours, but not those that are orphans themselves. If such an orphan then finds
+// another parent, its edge to the free node stays open. That takes paths on which several edges fill
+// at once. Grids of a few small whole capacities end up to a thousandth above the minimum,
+// photographs hardly ever. The order of the queues and of every scan decides which cut is found and
+// how capacities are rounded. So that order is part of the result, and so is this exception.
+#include <cassert>
 #include <limits>
 
 #include "graph/dense/dense_solver.h"
@@ -29,7 +32,7 @@ namespace {
 constexpr int kUnreachable = std::numeric_limits<int>::max();
 
 // Number of edges from the far end of `slot` to the terminal of its tree, counting `slot`;
-// kUnreachable when the chain ends in an orphan.
+// kUnreachable when the way ends in an orphan.
 int distanceToRoot(const VORNSEGraph& graph, int slot) {
     int distance = 1;
     for (;;) {
@@ -55,6 +58,7 @@ int flowSlot(int slot) {
 template <int treeLabel>
 void processOrphan(VORNSEGraph& graph, nodes* orphan) {
     const int self = static_cast<int>(orphan - graph.m_nodes);
+    assert(self >= 0 && self < graph.m_nodeCount && orphan->parentEdge == parent::kNone);
     int slots[kSlotsPerNode];
     graph.outgoingSlots(self, slots);
 
@@ -157,7 +161,7 @@ void VORNSEGraph::startFromTerminal(nodes* node) {
 }
 
 void VORNSEGraph::maxflowInit() {
-    for (const NodeRange& range : m_ranges) {
+    for (const NumberRange& range : m_ranges) {
         for (int node = range.first; node < range.last; ++node) {
             startFromTerminal(m_nodes + node);
         }
@@ -184,8 +188,7 @@ float VORNSEGraph::maxFlowSerialCall() {
     if (VORNSEMarker::m_exitApp) {
         return m_flow;
     }
-    const bool isBlockView = m_blockWidth > 0;
-    if (!isBlockView && m_orphanHead == nullptr) {
+    if (!m_isView && m_orphanHead == nullptr) {
         DenseSolver solver(*this);
         if (solver.canSolve() && solver.run()) {
             return m_flow;
@@ -230,6 +233,7 @@ float VORNSEGraph::searchRecords() {
 }
 
 void VORNSEGraph::AugmentPath(int slot) {
+    assert(slot >= 0 && slot < m_edgeCount);
     float bottleneck = m_edgeCaps[slot];
     const auto narrow = [&bottleneck](float capacity) {
         if (capacity < bottleneck) {

@@ -2,16 +2,20 @@
 // from the search trees of its two blocks (J. Liu and J. Sun, "Parallel Graph-cuts by Adaptive
 // Bottom-up Merging", CVPR 2010).
 //
-// Notation: a pair is two blocks that had edges between them; its record keeps those edges while
+// Notation: a pair is two blocks that had edges between them. Its record keeps those edges while
 // the blocks are apart. A merged block goes under the lower of the two numbers.
 //
-// Invariants: an edge between two unmerged blocks is out of the graph and in exactly one listed
-// record, so a search never leaves its block and threads never meet; a listed record has at least
-// one edge, so records can be joined by appending lists. After a block's search no active node is
-// left, so that putting edges back disturbs the trees at the ends of those edges only.
+// From the partition to the last merge, unless a step is called by itself:
+//
+//  1. An edge between two unmerged blocks is out of the graph and in exactly one listed record. So a
+//     search never leaves its block, and threads never meet.
+//  2. A listed record has at least one edge, until its blocks are merged.
+//  3. After a block's search no active node is left, unless it was cancelled. So the edges that a
+//     merge puts back disturb the trees at their own ends only.
 #include "graph/parallel_gc.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <iterator>
 #include <new>
@@ -133,8 +137,8 @@ ParallelGC::~ParallelGC() {
     }
 }
 
-// As many columns as the largest divisor of the count that lies near its root: the grid is close to
-// square and never taller than wide, except for a prime above three, which stands in one column.
+// The number of columns is a divisor of the count near its root. So the grid is about square and not
+// taller than wide, except that a prime above three makes one column.
 void ParallelGC::chooseBlockGrid() {
     int columns = static_cast<int>(std::ceil(std::sqrt(static_cast<float>(m_numBlocks)))) + 1;
     while (columns < m_numBlocks && m_numBlocks % columns == 0) {
@@ -168,8 +172,9 @@ float ParallelGC::maxFlow() {
         putBackAllEdges();
         throw std::bad_alloc();
     }
-    // Threads registered their pairs as they came; as if they had run one after another, the order
-    // of the merges, and so the cut, is the same every time.
+    assert(blocksAreApart());
+    // Threads register their pairs as they come. Sorted as if they had run one after another, the
+    // pairs are merged in the same order every time, and the cut is the same.
     std::stable_sort(
         m_pairList.begin(), m_pairList.end(),
         [](const blockEdges* a, const blockEdges* b) { return a->blockA < b->blockA; });
@@ -204,9 +209,8 @@ void ParallelGC::mergeAllBlocks(std::vector<blockThread>& tasks, ThreadBatch& th
         }
         threads.join();
         if (merges == 0) {
-            // No edges are left outside: what remains are blocks beyond the grid, or parts of a
-            // graph that nothing connects, which are solved as they are.
-            return;
+            // The blocks that remain lie beyond the grid, or nothing connects them.
+            break;
         }
         for (int i = 0; i < merges; ++i) {
             const blockThread& task = tasks[static_cast<std::size_t>(i)];
@@ -215,15 +219,36 @@ void ParallelGC::mergeAllBlocks(std::vector<blockThread>& tasks, ThreadBatch& th
         remaining -= merges;
         std::fill(m_blockBusy.begin(), m_blockBusy.end(), static_cast<unsigned char>(0));
     }
+    assert(m_pairList.empty());
 }
 
-// The search may leave an edge into the sink tree open (see max_flow.cpp), and more often so when
-// it goes on from merged trees. Going on from the sink ends of such edges until there are none
-// makes the cut a minimum one.
+// Invariant 1, for an assertion.
+bool ParallelGC::blocksAreApart() const {
+    const auto blockOf = [this](int node) {
+        return node / m_width / m_blockHeight * m_blocksX + node % m_width / m_blockWidth;
+    };
+    for (const NumberRange& range : m_wholeGraph->ranges()) {
+        for (int node = range.first; node < range.last; ++node) {
+            int slots[kSlotsPerNode];
+            m_wholeGraph->outgoingSlots(node, slots);
+            for (const int slot : slots) {
+                if (slot != kOutside && m_edgeCaps[slot] != kNoEdge &&
+                    blockOf(m_wholeGraph->headOf(slot)) != blockOf(node)) {
+                    return false;
+                }
+            }
+        }
+    }
+    return true;
+}
+
+// The search may leave an edge into the sink tree open (see max_flow.cpp), more often so when it goes
+// on from merged trees. It is continued from the sink ends of such edges until there are none; then
+// the cut is a minimum one.
 void ParallelGC::closeSinkTree() {
     VORNSEGraph& view = *m_blockGraphs.front();
     while (!VORNSEMarker::m_exitApp) {
-        for (const NodeRange& range : m_wholeGraph->ranges()) {
+        for (const NumberRange& range : m_wholeGraph->ranges()) {
             for (int node = range.first; node < range.last; ++node) {
                 if (isOpenSinkEnd(*m_wholeGraph, node)) {
                     view.AddToActiveQueue(m_nodes + node);
@@ -309,8 +334,8 @@ void ParallelGC::registerPair(int block, int other, int firstX, int firstY, int 
     }
 }
 
-// Inner nodes of the block still carry the label of a search tree, which may look like the other
-// block's number. Their edges then wait in the record as well and come back with the rest.
+// Inner nodes of a block still carry the label of a search tree, which may look like the other
+// block's number. Their edges are then taken out as well, and come back with the rest.
 int ParallelGC::RemoveAndStoreEdges(nodes* node, blockEdges* pair) {
     int slots[kSlotsPerNode];
     m_wholeGraph->outgoingSlots(static_cast<int>(node - m_nodes), slots);
@@ -338,6 +363,7 @@ int ParallelGC::RemoveAndStoreEdges(nodes* node, blockEdges* pair) {
 int ParallelGC::MergeBlocks(int a, int b) {
     const int lo = std::min(a, b);
     VORNSEGraph& view = *m_blockGraphs[static_cast<std::size_t>(lo)];
+    assert(view.m_activeHead == nullptr || VORNSEMarker::m_exitApp);
     view.m_activeHead = view.m_activeTail = nullptr;
     view.m_orphanHead = view.m_orphanTail = nullptr;
     view.m_flow = 0.0F;
@@ -371,13 +397,14 @@ void ParallelGC::MakeNeighbourChanges(int a, int b) {
             pairOf(lo, k) = pairOf(k, lo) = moved;
             continue;
         }
-        // A listed record always has an edge, so there is a last one to append to.
-        cutEdge* last = present->head;
-        while (last->next != nullptr) {
-            last = last->next;
+        if (present->head != nullptr) {
+            cutEdge* last = present->head;
+            while (last->next != nullptr) {
+                last = last->next;
+            }
+            last->next = moved->head;
+            moved->head = nullptr;
         }
-        last->next = moved->head;
-        moved->head = nullptr;
         forgetPair(moved);
     }
 }

@@ -1,8 +1,8 @@
 // ParallelGC: the maximum flow of one VORNSEGraph on several threads. The grid is cut into one
-// block per thread and the edges that cross between blocks are taken out; every block is solved by
-// itself; then blocks are merged pairwise, by putting their edges back and continuing the search,
-// until one remains. The trees of all blocks live in the graph's own node array, so that the cut is
-// read from the graph. ComputeGMMProbsParallely sets terminal weights over the same blocks.
+// block for each thread, and the edges between blocks are taken out. Every block is solved by itself.
+// Then blocks are merged in pairs, by putting their edges back and going on with the search, until
+// one remains. All trees live in the graph's own node array, so the cut is read from the graph.
+// ComputeGMMProbsParallely sets terminal weights over the same blocks.
 //
 // Conventions: blocks are numbered row by row, block = row * m_blocksX + column. Blocks at the
 // right and at the bottom may reach over the edge of the grid or lie outside it altogether.
@@ -82,7 +82,9 @@ class SEGCORE_API ParallelGC {
     // Puts the edges between two blocks back and queues their ends on the view of the lower
     // numbered block, which is returned and whose search now covers both.
     int MergeBlocks(int a, int b);
-    // After a merge: the pairs of the higher numbered block become those of the lower.
+    // After a merge: the pairs of the higher numbered block become those of the lower. Where both
+    // had a pair with the same block, the lower block's pair takes the edges of both; if it has no
+    // edges of its own, the others are lost.
     void MakeNeighbourChanges(int a, int b);
 
     // Terminal weights of every pixel of `graph` from two colour models, one thread per block.
@@ -125,6 +127,7 @@ class SEGCORE_API ParallelGC {
     void registerPair(int block, int other, int firstX, int firstY, int lastX, int lastY);
     void forgetPair(blockEdges* pair);
     void putBackAllEdges();
+    bool blocksAreApart() const;
     void mergeAllBlocks(std::vector<blockThread>& tasks, ThreadBatch& threads);
     void closeSinkTree();
 

@@ -1,38 +1,60 @@
 // How long a search may take: the limit that both searches keep to.
 #pragma once
 
+#include <mutex>
+
 #include "history/marker.h"
 #include "support/timers.h"
 
-// The request's clock against its limit. A stopped timer reads the same at every scan.
+// Compares the request's timer with its limit. Reading a timer also writes its fields, and the searches
+// of blocks share the timer between threads. So each search reads a copy and puts the copy's fields
+// back when it ends.
 class TimeLimit {
   public:
-    TimeLimit() : m_isSet(g_cancelTimer != nullptr) {
-        if (m_isSet) {
-            m_timer = *g_cancelTimer;
+    TimeLimit() : m_shared(g_cancelTimer) {
+        if (m_shared != nullptr) {
+            const std::lock_guard<std::mutex> lock(s_sharing);
+            m_copy = *m_shared;
         }
-        m_running = m_isSet && m_timer.m_stopped == 0;
-        m_passed = !m_running && read();
     }
+    ~TimeLimit() {
+        if (m_shared != nullptr && m_wasRead) {
+            const std::lock_guard<std::mutex> lock(s_sharing);
+            m_shared->m_end = m_copy.m_end;
+            m_shared->m_startMicros = m_copy.m_startMicros;
+            m_shared->m_endMicros = m_copy.m_endMicros;
+        }
+    }
+    TimeLimit(const TimeLimit&) = delete;
+    TimeLimit& operator=(const TimeLimit&) = delete;
 
-    // True when the search has to stop; a passed limit becomes a cancel, so that the engine ends its
+    // True when the search has to stop. A passed limit becomes a cancel, so that the engine ends its
     // iterations too.
     bool mustStop() {
-        if (m_running ? read() : m_passed) {
+        if (m_isRunning || !m_wasRead) {
+            read();
+        }
+        if (m_passed) {
             VORNSEMarker::m_exitApp = true;
         }
         return VORNSEMarker::m_exitApp.load(std::memory_order_relaxed);
     }
 
   private:
-    bool read() {
-        return get_elapsed_time_in_millisec(m_isSet ? &m_timer : nullptr) > kTimeLimitMs;
+    // A stopped timer reads the same every time, so one reading is enough.
+    void read() {
+        CpuTimer* const timer = m_shared != nullptr ? &m_copy : nullptr;
+        m_passed = get_elapsed_time_in_millisec(timer) > kTimeLimitMs;
+        m_isRunning = timer != nullptr && timer->m_stopped == 0;
+        m_wasRead = true;
     }
 
     static constexpr double kTimeLimitMs = 10000.0;
+    static inline std::mutex s_sharing;
 
-    CpuTimer m_timer{};  // a copy: a reading writes to the timer, which other searches may share
-    bool m_isSet;
-    bool m_running = false;
+    CpuTimer* const m_shared;
+    CpuTimer m_copy{};
+    bool m_isRunning = false;
+    bool m_wasRead = false;
     bool m_passed = false;
 };

@@ -1,7 +1,8 @@
-// Capacities several at a time. Every lane does what scalar code does, in the same order and rounded
-// the same way.
+// Works on four capacities at a time. Each is rounded as scalar code would round it, so the results
+// are the same.
 //
-// x86 only: NEON of 32-bit ARM flushes subnormal numbers to zero, which would change results.
+// Only x86 has vector code here: the vector unit of 32-bit ARM takes subnormal numbers for zero,
+// which would change results.
 #pragma once
 
 #include <limits>
@@ -16,8 +17,8 @@ namespace flow_lanes {
 
 constexpr int kLanes = 4;
 
-// Which of a node's four edges carry flow from it and towards it, and which have a capacity below 0
-// without being absent; bit d for direction d.
+// Of a node's edges to its four earlier neighbours, bit d for direction d: which can carry flow away
+// from the node, which towards it, and which exist and have a capacity below 0.
 struct OpenEdges {
     unsigned out;
     unsigned in;
@@ -36,7 +37,7 @@ inline __m128 closed(__m128 capacities) {
                      _mm_cmpeq_ps(capacities, _mm_set1_ps(kNoEdge)));
 }
 
-// `slots`: the node's eight.
+// `slots`: the eight slots that the node owns.
 inline OpenEdges openEdges(const float* slots) {
     const __m128 low = _mm_loadu_ps(slots);
     const __m128 high = _mm_loadu_ps(slots + kLanes);
@@ -51,8 +52,8 @@ inline OpenEdges openEdges(const float* slots) {
             lanes(_mm_andnot_ps(bothAbsent, below))};
 }
 
-// Moves `amount` from `left` to `back` in kLanes places; a bit for each where one of the two did not
-// carry flow before or does not after.
+// Moves `amount` from `left` to `back` in kLanes places. Sets a bit for each place where one of the
+// two may have begun or ceased to carry flow.
 inline unsigned push(float* left, float* back, float amount) {
     const __m128 amounts = _mm_set1_ps(amount);
     const __m128 rest = _mm_sub_ps(_mm_loadu_ps(left), amounts);
@@ -95,7 +96,7 @@ inline unsigned push(float* left, float* back, float amount) {
 
 #endif
 
-// The smallest of `count` capacities; infinite for none. What is not a number is passed over.
+// The smallest of `count` capacities, infinity when there are none. NaN is passed over.
 inline float smallest(const float* capacities, int count) {
     float lowest = std::numeric_limits<float>::infinity();
 #if defined(__SSE2__)
@@ -105,7 +106,7 @@ inline float smallest(const float* capacities, int count) {
         for (int i = 0; i + kLanes < count; i += kLanes) {
             lanes = _mm_min_ps(_mm_loadu_ps(capacities + i), lanes);
         }
-        // The last ones may have been looked at before.
+        // These may overlap the ones before, which does no harm to a minimum.
         lanes = _mm_min_ps(_mm_loadu_ps(capacities + count - kLanes), lanes);
         lanes = _mm_min_ps(lanes, _mm_movehl_ps(lanes, lanes));
         lanes = _mm_min_ps(lanes, _mm_shuffle_ps(lanes, lanes, 1));

@@ -1,174 +1,183 @@
-// Growth and adoption. A stage is the time from one augmentation to the next.
+// Growth of the trees and adoption of orphans.
 //
-// Why distances are known along the laid paths: within a stage only orphans change their parent, and
-// only children of a node that is set free become orphans. Above its last orphan a path stays as it
-// is, and every chain that reaches it there ends at its root; up to its first orphan it stays too.
-#include "graph/dense/dense_solver.h"
-
+// Distances are known along the kept paths, because within a stage only orphans change their parent,
+// and only children of a node that is set free become orphans. Above its last orphan a path stays as
+// it is, and so does every chain that reaches it there. Up to its first orphan it stays as well.
 #include <limits>
 
-#include "graph/dense/neighbour_states.h"
+#include "graph/dense/dense_solver.h"
 #include "graph/time_limit.h"
 #include "history/marker.h"
 
 using namespace node_state;
 
 namespace {
+
 constexpr int kUnreachable = std::numeric_limits<int>::max();
+
+unsigned lowestBit(unsigned bits) {
+    return bits & -bits;
 }
+
+}  // namespace
 
 bool DenseSolver::run() {
     if (!importRecords()) {
         return false;
     }
+    assert(invariantsHold());
     TimeLimit limit;
     bool stopped = VORNSEMarker::m_exitApp;
     while (!stopped && !m_active.empty()) {
-        const int node = m_active.pop();
-        std::uint8_t& state = m_state[static_cast<std::size_t>(node)];
-        state = static_cast<std::uint8_t>(state & ~kActive);
+        const int tiled = m_active.pop();
+        std::uint8_t& state = m_state[tiled];
+        assert((state & kActive) != 0);
+        clear(state, kActive);
         bool augmented = true;
         while (augmented && !stopped) {
-            const int treeBits = state & kTreeMask;
-            augmented = treeBits == kInSource ? growOrAugment<kInSource>(node)
-                        : treeBits == kInSink ? growOrAugment<kInSink>(node)
-                                              : false;
+            const int tree = state & kTreeMask;
+            augmented = tree == kInSource ? growOrAugment<kInSource>(tiled)
+                        : tree == kInSink ? growOrAugment<kInSink>(tiled)
+                                          : false;
             stopped = limit.mustStop();
         }
     }
+    assert(invariantsHold());
     takeOff(m_sourcePath, m_sourcePath.begin(), m_sourcePath.end());
     takeOff(m_sinkPath, m_sinkPath.begin(), m_sinkPath.end());
     exportRecords();
     return true;
 }
 
-// Grows the tree of `node` by its free neighbours up to the first neighbour in the other tree, and
-// augments through that one; false when there is none.
+// Grows the tree of the node by its free neighbours, up to the first neighbour that is in the other
+// tree, and augments through that one. False when there is none.
 template <int kTree>
-bool DenseSolver::growOrAugment(int node) {
-    std::uint8_t* const states = m_state.get();
-    const Directions open = m_open[static_cast<std::size_t>(node)];
-    const int* const steps = m_grid.steps(node);
+bool DenseSolver::growOrAugment(int tiled) {
+    std::uint8_t* const states = m_state.data();
+    const OpenEdges open = m_open[tiled];
+    const int* const steps = m_grid.steps(tiled);
     const unsigned usable = kTree == kInSource ? open.out : open.in;
-    const NeighbourStates near(states, node, steps);
+    const NeighbourStates near(states, tiled, steps);
     constexpr int kOtherTree = kTree == kInSource ? kInSink : kInSource;
     const unsigned meeting = usable & near.inTree(kOtherTree);
-    const unsigned beforeMeeting = (meeting & -meeting) - 1;
+    const unsigned beforeMeeting = lowestBit(meeting) - 1;
     for (unsigned left = usable & near.inTree(kInNoTree) & beforeMeeting; left != 0;
          left &= left - 1) {
-        const int direction = __builtin_ctz(left);
-        const int neighbour = node + steps[direction];
+        const int d = __builtin_ctz(left);
+        const int neighbour = tiled + steps[d];
         states[neighbour] = static_cast<std::uint8_t>((states[neighbour] & kActive) | kTree |
-                                                      parentCode(opposite(direction)));
-        m_parent[static_cast<std::size_t>(neighbour)] = node;
+                                                      parentCode(direction::opposite(d)));
+        m_parent[neighbour] = tiled;
         activate(neighbour);
     }
     if (meeting == 0) {
         return false;
     }
-    // Marked active, the node is not queued while its orphans are adopted: it is scanned again right
-    // after.
-    const int direction = __builtin_ctz(meeting);
-    const int neighbour = node + steps[direction];
-    states[node] = static_cast<std::uint8_t>(states[node] | kActive);
+    // Marked active, the node does not enter the queue while its orphans are adopted: it is scanned
+    // again right after.
+    const int d = __builtin_ctz(meeting);
+    const int neighbour = tiled + steps[d];
+    set(states[tiled], kActive);
     if (kTree == kInSource) {
-        augment(node, neighbour, direction);
+        augment(tiled, neighbour, d);
     } else {
-        augment(neighbour, node, opposite(direction));
+        augment(neighbour, tiled, direction::opposite(d));
     }
     adoptOrphans();
-    states[node] = static_cast<std::uint8_t>(states[node] & ~kActive);
+    clear(states[tiled], kActive);
     return true;
 }
 
 void DenseSolver::adoptOrphans() {
     while (!m_orphans.empty() && !VORNSEMarker::m_exitApp.load(std::memory_order_relaxed)) {
-        const int node = m_orphans.pop();
-        if ((m_state[static_cast<std::size_t>(node)] & kTreeMask) == kInSink) {
-            adopt<kInSink>(node);
+        const int tiled = m_orphans.pop();
+        if ((m_state[tiled] & kTreeMask) == kInSink) {
+            adopt<kInSink>(tiled);
         } else {
-            adopt<kInSource>(node);
+            adopt<kInSource>(tiled);
         }
     }
 }
 
 template <int kTree>
-void DenseSolver::adopt(int node) {
-    std::uint8_t* const states = m_state.get();
-    const Directions open = m_open[static_cast<std::size_t>(node)];
+void DenseSolver::adopt(int tiled) {
+    std::uint8_t* const states = m_state.data();
+    assert((states[tiled] & (kTreeMask | kParentMask)) == kTree);
+    const OpenEdges open = m_open[tiled];
     const unsigned usable = kTree == kInSource ? open.in : open.out;
-    const int* const steps = m_grid.steps(node);
-    const NeighbourStates near(states, node, steps);
+    const int* const steps = m_grid.steps(tiled);
+    const NeighbourStates near(states, tiled, steps);
     const unsigned relatives = near.inTree(kTree) & near.withParent();
     const unsigned children = relatives & near.children();
-    const int direction = nearest<kTree>(node, near, usable & relatives & ~children);
-    if (direction >= 0) {
-        setParent(node, direction);
+    const int parent = nearest<kTree>(tiled, near, usable & relatives & ~children);
+    if (parent >= 0) {
+        setParent(tiled, parent);
         return;
     }
 
-    states[node] = static_cast<std::uint8_t>(states[node] & kActive);
+    states[tiled] = static_cast<std::uint8_t>(states[tiled] & kActive);
     for (unsigned left = usable & relatives; left != 0; left &= left - 1) {
-        activate(node + steps[__builtin_ctz(left)]);
+        activate(tiled + steps[__builtin_ctz(left)]);
     }
     for (unsigned left = children; left != 0; left &= left - 1) {
-        makeOrphan(node + steps[__builtin_ctz(left)]);
+        makeOrphan(tiled + steps[__builtin_ctz(left)]);
     }
 }
 
-// The candidate whose way to the terminal is the shortest, among equals the first one; -1 when none has
-// a way. What costs no walk comes first: it bounds the others.
+// The direction of the candidate with the shortest way to the terminal, among equals the first; -1
+// when none has a way. Candidates whose distance is known come first, because a short distance
+// saves walks from the others.
 template <int kTree>
-int DenseSolver::nearest(int node, const NeighbourStates& near, unsigned candidates) const {
+int DenseSolver::nearest(int tiled, const NeighbourStates& near, unsigned candidates) const {
     const unsigned roots = candidates & near.atTerminal();
     if (roots != 0) {
         return __builtin_ctz(roots);
     }
-    const int* const steps = m_grid.steps(node);
-    const KeptPath& path = kTree == kInSink ? m_sinkPath : m_sourcePath;
+    const int* const steps = m_grid.steps(tiled);
+    const KeptPath& path = pathOf<kTree>();
     int best = -1;
     int bestDistance = kUnreachable;
     for (unsigned left = candidates & near.onPath(); left != 0; left &= left - 1) {
-        const int direction = __builtin_ctz(left);
-        const int step = m_step[static_cast<std::size_t>(node + steps[direction])];
+        const int d = __builtin_ctz(left);
+        const int step = m_step[tiled + steps[d]];
         if (step > path.lastOrphan()) {
-            candidates &= ~(1U << direction);
+            candidates &= ~(1U << d);
             const int known = 1 + path.end() - step;
             if (known < bestDistance) {
                 bestDistance = known;
-                best = direction;
+                best = d;
             }
         }
     }
     for (unsigned left = candidates; left != 0; left &= left - 1) {
-        const int direction = __builtin_ctz(left);
-        const int limit = bestDistance + (direction < best ? 1 : 0);
-        const int walked = distance<kTree>(node + steps[direction], limit);
+        const int d = __builtin_ctz(left);
+        const int limit = bestDistance + (d < best ? 1 : 0);
+        const int walked = distance<kTree>(tiled + steps[d], limit);
         if (walked < limit) {
             bestDistance = walked;
-            best = direction;
+            best = d;
         }
     }
     return best;
 }
 
-// Number of edges from an orphan through its neighbour `node` to the terminal. When the chain is
-// broken or not shorter than `limit`, something that is not below `limit`.
+// The number of edges from an orphan to the terminal by way of its neighbour `tiled`. When the chain
+// is broken or not shorter than `limit`, some number that is not below `limit`.
 template <int kTree>
-int DenseSolver::distance(int node, int limit) const {
-    const KeptPath& path = kTree == kInSink ? m_sinkPath : m_sourcePath;
+int DenseSolver::distance(int tiled, int limit) const {
+    const KeptPath& path = pathOf<kTree>();
     for (int total = 1; total < limit; ++total) {
-        const std::uint8_t state = m_state[static_cast<std::size_t>(node)];
+        const std::uint8_t state = m_state[tiled];
         const bool plainStep = (state & (kOnPath | kParentIsNeighbour)) == kParentIsNeighbour;
         if (!plainStep) {
             if ((state & kOnPath) != 0) {
-                const int step = m_step[static_cast<std::size_t>(node)];
+                const int step = m_step[tiled];
                 if (step > path.lastOrphan()) {
                     return total + path.end() - step;
                 }
                 if (step < path.firstOrphan()) {
                     total += path.firstOrphan() - step - 1;
-                    node = path.node(path.firstOrphan());
+                    tiled = path.tiled(path.firstOrphan());
                     continue;
                 }
             }
@@ -179,7 +188,7 @@ int DenseSolver::distance(int node, int limit) const {
                 return kUnreachable;
             }
         }
-        node = m_parent[static_cast<std::size_t>(node)];
+        tiled = m_parent[tiled];
     }
     return kUnreachable;
 }

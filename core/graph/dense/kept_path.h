@@ -1,14 +1,22 @@
-// A path from one end of a meeting edge to the root of its search tree, with the capacities of its
-// edges side by side. It stays laid between augmentations: only orphans change their parent, so what
-// lies before the first orphan serves the next augmentation from the same end, and what lies after
-// the last one serves every walk that comes upon it. While a step is laid, its capacities are here
-// and not in the graph.
+// A path from one end of the edge where the trees met to the root of one tree, kept for the next
+// augmentation. The capacities of its edges lie side by side, so that pushing flow along the path reads
+// memory in order. While a step lies on the path its capacities are here, and those in the graph are
+// out of date.
 //
-// The steps lie in the middle of their arrays, with room before and after: when a detour is longer or
-// shorter than what it replaces, only the shorter part of the rest moves.
+//     begin()          firstOrphan()           lastOrphan()                end()
+//       o ---- o ---- o ---- x ---- o ---- o ---- x ---- o ---- o ---- o ---- root
+//       the next walk from   the next walk goes   every walk that comes upon
+//       the same end keeps   its own way here     these steps follows them
+//       these steps          (the detour)
+//
+// That works because only orphans (x) change their parent.
+//
+// The steps lie in the middle of their arrays, with room on both sides. A detour that is longer or
+// shorter than what it replaces moves the shorter of the two parts beside it.
 #pragma once
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <vector>
 
@@ -16,45 +24,51 @@
 
 class KeptPath {
   public:
-    // A node by its tiled number and its number in the graph.
+    // A node by both of its numbers.
     struct Place {
+        int tiled;
         int node;
-        int cell;
     };
 
-    // Steps begin() .. end() - 1 lead from node(begin()) to the root, node(end()).
+    // The steps begin() .. end() - 1 lead from tiled(begin()) to the root, tiled(end()).
     int begin() const { return m_begin; }
     int end() const { return m_end; }
-    Place root() const { return {node(m_end), m_rootCell}; }
-    int node(int step) const { return m_nodes[static_cast<std::size_t>(step)]; }
+    Place root() const { return {tiled(m_end), m_rootNode}; }
+    int tiled(int step) const {
+        assert(step >= m_begin && step <= m_end);
+        return m_tiled[static_cast<std::size_t>(step)];
+    }
     // The edge of a step in the direction of the flow, and its capacities there and back.
-    int slot(int step) const { return m_slots[static_cast<std::size_t>(step)]; }
-    float left(int step) const { return m_left[static_cast<std::size_t>(step)]; }
-    float back(int step) const { return m_back[static_cast<std::size_t>(step)]; }
+    int slot(int step) const { return m_slots[indexOf(step)]; }
+    float left(int step) const { return m_left[indexOf(step)]; }
+    float back(int step) const { return m_back[indexOf(step)]; }
 
     // The step up to which a walk from `start` can keep the path.
-    int keptFrom(int start) const { return node(m_begin) == start ? m_firstOrphan : m_begin; }
+    int keptFrom(int start) const { return tiled(m_begin) == start ? m_firstOrphan : m_begin; }
 
-    // Whether a walk that comes upon `node`, said to be at `step`, can follow the path from there.
-    bool joinsAt(int step, int node) const {
+    // Whether a walk that comes upon a node can follow the path from there. `step` is where the
+    // node was last laid; it may be out of date.
+    bool joinsAt(int step, int tiled) const {
         return step > m_lastOrphan && step >= m_begin && step < m_end &&
-               m_nodes[static_cast<std::size_t>(step)] == node;
+               m_tiled[static_cast<std::size_t>(step)] == tiled;
     }
 
-    // A detour: the steps that a walk took beside the path.
-    void addToDetour(int node, int slot) { m_detour.push_back({node, slot}); }
+    // The detour collects the steps that a walk takes beside the path.
+    void addToDetour(int tiled, int slot) { m_detour.push_back({tiled, slot}); }
 
     struct Steps {
         int first;
         int last;  // one past
     };
     struct Laid {
-        Steps detour;  // they have no capacities yet, all others keep theirs
-        Steps placed;  // with those that moved
+        Steps detour;  // new on the path, still without capacities
+        Steps placed;  // the detour and all steps that have moved
     };
 
-    // Puts the detour in the place of the steps `from` .. `to` - 1 and forgets the orphans.
+    // Puts the detour in the place of the steps `from` .. `to` - 1, which include all orphans.
     Laid lay(int from, int to, Place root) {
+        assert(m_begin <= from && from <= to && to <= m_end);
+        assert(from <= m_firstOrphan && (m_lastOrphan < to || to == m_end));
         const int shift = makeRoom();
         from += shift;
         to += shift;
@@ -74,12 +88,12 @@ class KeptPath {
         }
         auto step = static_cast<std::size_t>(laid.detour.first);
         for (const Edge& edge : m_detour) {
-            m_nodes[step] = edge.node;
+            m_tiled[step] = edge.tiled;
             m_slots[step] = edge.slot;
             ++step;
         }
-        m_nodes[static_cast<std::size_t>(m_end)] = root.node;
-        m_rootCell = root.cell;
+        m_tiled[static_cast<std::size_t>(m_end)] = root.tiled;
+        m_rootNode = root.node;
         if (shift != 0) {
             laid.placed = {m_begin, m_end};
         }
@@ -89,8 +103,8 @@ class KeptPath {
         return laid;
     }
     void setCapacities(int step, float left, float back) {
-        m_left[static_cast<std::size_t>(step)] = left;
-        m_back[static_cast<std::size_t>(step)] = back;
+        m_left[indexOf(step)] = left;
+        m_back[indexOf(step)] = back;
     }
 
     // The smallest capacity on the way; infinite on a path without steps.
@@ -98,8 +112,8 @@ class KeptPath {
         return flow_lanes::smallest(m_left.data() + m_begin, m_end - m_begin);
     }
 
-    // Pushes flow along the path; `changed(step)` in order for each step where a capacity did not
-    // carry flow before or does not after.
+    // Pushes flow along the path. Calls changed(step), in order, for each step where one of the
+    // two directions may have begun or ceased to carry flow.
     template <typename Changed>
     void push(float amount, Changed changed) {
         using flow_lanes::kLanes;
@@ -109,7 +123,7 @@ class KeptPath {
         for (int step = m_begin; step < end; step += kLanes) {
             unsigned lanes = flow_lanes::push(left + step, back + step, amount);
             if (end - step < kLanes) {
-                lanes &= (1U << (end - step)) - 1;  // behind the path is nothing to tell of
+                lanes &= (1U << (end - step)) - 1;  // the rest lies behind the path
             }
             for (; lanes != 0; lanes &= lanes - 1) {
                 changed(step + __builtin_ctz(lanes));
@@ -119,10 +133,11 @@ class KeptPath {
 
     // The node of this step, or the root at end(), has lost its parent.
     void orphaned(int step) {
+        assert(step >= m_begin && step <= m_end);
         m_firstOrphan = std::min(m_firstOrphan, step);
         m_lastOrphan = std::max(m_lastOrphan, step);
     }
-    // The range of the steps orphaned since the path was laid; end() and -1 without any.
+    // The outermost steps that were orphaned since the path was laid; end() and -1 if none was.
     int firstOrphan() const { return m_firstOrphan; }
     int lastOrphan() const { return m_lastOrphan; }
 
@@ -132,11 +147,16 @@ class KeptPath {
     static constexpr int kFirstRoom = 1024;
 
     struct Edge {
-        int node;
+        int tiled;
         int slot;
     };
 
-    // Moves everything to where the detour has room on either side; by how much.
+    std::size_t indexOf(int step) const {
+        assert(step >= m_begin && step < m_end);
+        return static_cast<std::size_t>(step);
+    }
+
+    // Moves the path so that the detour has room on either side, and returns by how far it moved.
     int makeRoom() {
         const auto size = static_cast<int>(m_slots.size());
         const auto detourLength = static_cast<int>(m_detour.size());
@@ -145,7 +165,7 @@ class KeptPath {
         }
         const int length = m_end - m_begin;
         const int begin = 2 * (length + detourLength) + kFirstRoom;
-        moveTo(begin, m_nodes);
+        moveTo(begin, m_tiled);
         moveTo(begin, m_slots);
         moveTo(begin, m_left);
         moveTo(begin, m_back);
@@ -163,7 +183,7 @@ class KeptPath {
 
     void move(int first, int last, int shift) {
         if (shift != 0 && first != last) {
-            moveOf(m_nodes, first, last, shift);
+            moveOf(m_tiled, first, last, shift);
             moveOf(m_slots, first, last, shift);
             moveOf(m_left, first, last, shift);
             moveOf(m_back, first, last, shift);
@@ -175,14 +195,14 @@ class KeptPath {
         std::memmove(source + shift, source, static_cast<std::size_t>(last - first) * sizeof(T));
     }
 
-    std::vector<int> m_nodes = {kNobody};
+    std::vector<int> m_tiled = {kNobody};
     std::vector<int> m_slots;
     std::vector<float> m_left;
     std::vector<float> m_back;
     std::vector<Edge> m_detour;
     int m_begin = 0;
     int m_end = 0;
-    int m_rootCell = 0;
+    int m_rootNode = 0;
     int m_firstOrphan = 0;
     int m_lastOrphan = kNoStep;
 };

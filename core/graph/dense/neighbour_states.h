@@ -1,5 +1,5 @@
-// The state bytes of a node's eight neighbours in one word, for questions to all of them at once: a
-// branch for each would be guessed wrong nearly as often as right.
+// The states of a node's eight neighbours in one word, so that one question goes to all of them at
+// once. A branch for each neighbour would be guessed wrong nearly as often as right.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +18,7 @@ constexpr std::uint64_t everyByte(int value) {
     return kOnes * static_cast<std::uint64_t>(value);
 }
 
-// Bit d for each byte d that is not zero; all are below 0x80.
+// Bit d is set when byte d is not zero. No byte may be above 0x7F.
 constexpr unsigned nonZero(std::uint64_t bytes) {
     constexpr std::uint64_t kGather = 0x0102040810204080U;  // takes bit 8 d to bit 56 + d
     const std::uint64_t lowest = (bytes + everyByte(0x7F)) >> 7 & kOnes;
@@ -29,23 +29,20 @@ constexpr unsigned nonZero(std::uint64_t bytes) {
 
 class NeighbourStates {
   public:
-    // `steps`: what to add to `node` to get its neighbours.
-    NeighbourStates(const std::uint8_t* states, int node, const int* steps) {
-        for (int direction = 0; direction < kSlotsPerNode; ++direction) {
-            m_states |= byte_lanes::inByte(states[node + steps[direction]], direction);
+    // `steps`: what to add to `tiled` to get its neighbours (TiledGrid::steps).
+    NeighbourStates(const std::uint8_t* states, int tiled, const int* steps) {
+        for (int d = 0; d < direction::kCount; ++d) {
+            m_states |= byte_lanes::inByte(states[tiled + steps[d]], d);
         }
     }
 
-    // Sets of directions, bit d for direction d.
-    unsigned inTree(int tree) const {
-        return kAll & ~differing(node_state::kTreeMask, byte_lanes::everyByte(tree));
-    }
+    // Each answer is a set of directions, bit d for direction d.
+    unsigned inTree(int tree) const { return matching(node_state::kTreeMask, tree); }
     unsigned withParent() const {
-        return differing(node_state::kParentMask, byte_lanes::everyByte(node_state::kNoParent));
+        return kAll & ~matching(node_state::kParentMask, node_state::kNoParent);
     }
     unsigned atTerminal() const {
-        const std::uint64_t codes = byte_lanes::everyByte(node_state::kTerminalParent);
-        return kAll & ~differing(node_state::kParentMask, codes);
+        return matching(node_state::kParentMask, node_state::kTerminalParent);
     }
     unsigned onPath() const {
         return byte_lanes::nonZero(m_states >> 1 & byte_lanes::everyByte(node_state::kOnPath >> 1));
@@ -58,13 +55,15 @@ class NeighbourStates {
 
     static constexpr std::uint64_t parentHere() {
         std::uint64_t codes = 0;
-        for (int direction = 0; direction < kSlotsPerNode; ++direction) {
-            const int code = node_state::parentCode(node_state::opposite(direction));
-            codes |= byte_lanes::inByte(code, direction);
+        for (int d = 0; d < direction::kCount; ++d) {
+            codes |= byte_lanes::inByte(node_state::parentCode(direction::opposite(d)), d);
         }
         return codes;
     }
 
+    unsigned matching(int mask, int value) const {
+        return kAll & ~differing(mask, byte_lanes::everyByte(value));
+    }
     unsigned differing(int mask, std::uint64_t values) const {
         return byte_lanes::nonZero((m_states & byte_lanes::everyByte(mask)) ^ values);
     }

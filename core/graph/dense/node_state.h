@@ -1,37 +1,43 @@
-// The state byte of a node in the dense search: its parent (0 none, 1 the terminal, 8 + d the
-// neighbour in direction d), its tree, and whether it is queued and on a laid path. A node of a tree
-// without a parent is an orphan. All zero is a free node, so nodes that the graph skipped, and the
-// border around the grid, need no initialisation.
+// The state of a node in the dense search, one byte:
 //
-// Directions 0 .. 7 are the scan order: left, up-left, up, up-right, right, down-right, down,
-// down-left.
+//     bits 0 .. 3   its parent: none, the terminal, or the neighbour in direction d as 8 + d
+//     bits 4 and 5  its tree
+//     bit 6         whether it waits in the active queue
+//     bit 7         whether it is a step of its tree's kept path
+//
+// A node of a tree without a parent is an orphan. Zero is a free node, so that neither the nodes that
+// the graph skipped nor the border around the grid have to be written.
 #pragma once
 
 #include <cstdint>
 
-#include "graph/graph.h"
+#include "graph/grid_directions.h"
 
 namespace node_state {
 
-constexpr std::uint8_t kParentMask = 0x0F;
-constexpr std::uint8_t kNoParent = 0;
-constexpr std::uint8_t kTerminalParent = 1;
-constexpr std::uint8_t kFirstDirection = 8;
-// A bit that the codes of all directions have, and no other.
-constexpr std::uint8_t kParentIsNeighbour = kFirstDirection;
-constexpr std::uint8_t kTreeMask = 0x30;
-constexpr std::uint8_t kInNoTree = 0;
-constexpr std::uint8_t kInSource = 0x10;
-constexpr std::uint8_t kInSink = 0x20;
-constexpr std::uint8_t kActive = 0x40;
-constexpr std::uint8_t kOnPath = 0x80;
+constexpr int kParentMask = 0x0F;
+constexpr int kNoParent = 0;
+constexpr int kTerminalParent = 1;
+constexpr int kParentIsNeighbour = 8;  // a bit that all directions' codes have, and no other code
+constexpr int kTreeMask = 0x30;
+constexpr int kInNoTree = 0;
+constexpr int kInSource = 0x10;
+constexpr int kInSink = 0x20;
+constexpr int kActive = 0x40;
+constexpr int kOnPath = 0x80;
 
-constexpr int opposite(int direction) {
-    return (direction + 4) % kSlotsPerNode;
+constexpr int parentCode(int direction) {
+    return kParentIsNeighbour + direction;
+}
+constexpr int directionOfParent(int state) {
+    return (state & kParentMask) - kParentIsNeighbour;
 }
 
-constexpr std::uint8_t parentCode(int direction) {
-    return static_cast<std::uint8_t>(kFirstDirection + direction);
+inline void set(std::uint8_t& state, int bits) {
+    state = static_cast<std::uint8_t>(state | bits);
+}
+inline void clear(std::uint8_t& state, int bits) {
+    state = static_cast<std::uint8_t>(state & ~bits);
 }
 
 }  // namespace node_state
