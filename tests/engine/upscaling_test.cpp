@@ -95,4 +95,29 @@ TEST_F(UpscalingTest, BandGraphTiesItsRingsAndLinksByContrast) {
     }
 }
 
+TEST_F(UpscalingTest, PixelsOutsideTheBandReadAsFreeNodesWithoutEdges) {
+    VORNSEHybrid& engine = startRectangle({0, 0, 1, 1});
+    const std::string codes = "7." + std::string(200, '7') + "12." + std::string(60, '7');
+    const auto width = static_cast<int>(codes.size());
+    engine.m_boundWidthTrimap = width;
+    engine.m_boundHeightTrimap = 1;
+    const ImagePtr image = imageOf(width, 1, 3, Bytes(3 * codes.size()));
+    ASSERT_EQ(engine.constructGraphTrimapVORN(image.get(), nullptr, imageOf({codes}).get(), nullptr,
+                                              nullptr),
+              0);
+    const VORNSEGraph& graph = *engine.m_trimapGraph;
+    for (int node = 0; node < width; ++node) {
+        if (codes[static_cast<std::size_t>(node)] == '7') {
+            EXPECT_EQ(graph.nodeAt(node).parentEdge, -3) << node;
+            EXPECT_EQ(graph.nodeAt(node).treeLabel, 2) << node;
+            for (int slot = 8 * node; slot < 8 * (node + 1); ++slot) {
+                EXPECT_EQ(graph.capacityAt(slot), -2.0F) << node;
+            }
+        }
+    }
+    EXPECT_EQ(graph.nodeAt(202).residualTerminalCap, -1000.0F);
+    EXPECT_EQ(graph.capacityAt(8 * 203), 1.0F);
+    EXPECT_EQ(graph.m_nodes[100].parentEdge, 0);  // the long stretch was never written
+}
+
 }  // namespace

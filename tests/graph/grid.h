@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
+#include <cstring>
 #include <memory>
 #include <queue>
 #include <random>
@@ -33,13 +33,14 @@ struct Grid {
           height(gridHeight),
           pairs(static_cast<std::size_t>(size())),
           source(static_cast<std::size_t>(size())),
-          sink(static_cast<std::size_t>(size())) {
+          sink(static_cast<std::size_t>(size())),
+          outside(static_cast<std::size_t>(size())) {
         forEachEdge([&](int from, int to) { capacity(from, to) = everyCapacity; });
     }
 
     int size() const { return width * height; }
 
-    // The neighbours in scan order (left, up-left, up, up-right and on), -1 outside.
+    // The neighbours in scan order (left, up-left, up, up-right and on), -1 beyond the grid.
     std::array<int, 8> around(int node) const {
         constexpr int kSteps[8][2] = {{-1, 0}, {-1, -1}, {0, -1}, {1, -1},
                                       {1, 0},  {1, 1},   {0, 1},  {-1, 1}};
@@ -73,23 +74,26 @@ struct Grid {
         }
     }
 
-    // Rows before `firstRow` and from `lastRow` on are skipped.
-    std::unique_ptr<VORNSEGraph> build(int numThreads = 0, int firstRow = 0,
-                                       int lastRow = std::numeric_limits<int>::max()) const {
+    // Nodes outside are skipped, or added without edges and terminals.
+    std::unique_ptr<VORNSEGraph> build(int numThreads = 0, bool skipOutside = true) const {
         auto graph = std::make_unique<VORNSEGraph>(size(), size() * 8, width, height, numThreads);
         for (int node = 0; node < size(); ++node) {
-            if (node / width < firstRow || node / width >= lastRow) {
+            const auto n = static_cast<std::size_t>(node);
+            if (outside[n] && skipOutside) {
                 graph->skipNodes(1);
                 graph->skipEdges(1);
                 continue;
             }
-            const auto n = static_cast<std::size_t>(node);
             graph->addNode(1);
             for (std::size_t d = 0; d < 4; ++d) {
                 const int other = around(node)[d];
-                graph->addEdge(node, other, pairs[n][2 * d], pairs[n][2 * d + 1], other < 0);
+                const bool absent =
+                    outside[n] || other < 0 || outside[static_cast<std::size_t>(other)];
+                graph->addEdge(node, other, pairs[n][2 * d], pairs[n][2 * d + 1], absent);
             }
-            graph->addtWeights(node, source[n], sink[n]);
+            if (!outside[n]) {
+                graph->addtWeights(node, source[n], sink[n]);
+            }
         }
         return graph;
     }
@@ -114,10 +118,30 @@ struct Grid {
     std::vector<std::array<float, 8>> pairs;  // to and from the four earlier neighbours
     std::vector<float> source;
     std::vector<float> sink;
+    std::vector<bool> outside;  // nodes that take no part
 };
 
-inline std::vector<float> capacitiesOf(const VORNSEGraph& graph) {
-    return {graph.m_edgeCaps, graph.m_edgeLast};
+// All that a graph says of its nodes and edges, bit for bit.
+inline std::vector<std::int64_t> contentOf(const VORNSEGraph& graph) {
+    std::vector<std::int64_t> content;
+    const auto addBits = [&content](float value) {
+        std::int32_t bits;
+        std::memcpy(&bits, &value, sizeof bits);
+        content.push_back(bits);
+    };
+    for (int i = 0; i < graph.m_nodeCount; ++i) {
+        const nodes node = graph.nodeAt(i);
+        content.insert(content.end(), {node.parentEdge, node.treeLabel});
+        addBits(node.residualTerminalCap);
+        for (const nodes* next : {node.nextActive, node.nextOrphan}) {
+            content.push_back(next == nullptr ? -1 : next - graph.m_nodes);
+        }
+    }
+    for (int slot = 0; slot < graph.m_edgeCount; ++slot) {
+        addBits(graph.capacityAt(slot));
+    }
+    addBits(graph.m_flow);
+    return content;
 }
 
 // The textbook solver: shortest augmenting paths (Edmonds and Karp 1972).
@@ -162,11 +186,10 @@ inline double textbookMaxFlow(Grid grid) {
     }
 }
 
-// A grid of 1 to `longest` nodes a side; a third of its nodes has no terminals.
+// A third of the nodes has no terminals.
 template <typename Capacity>
-Grid randomGrid(std::mt19937& random, unsigned longest, Capacity capacity) {
-    const int width = 1 + static_cast<int>(random() % longest);
-    Grid grid(width, 1 + static_cast<int>(random() % longest));
+Grid randomGrid(std::mt19937& random, int width, int height, Capacity capacity) {
+    Grid grid(width, height);
     grid.forEachEdge([&](int from, int to) { grid.capacity(from, to) = capacity(); });
     for (std::size_t node = 0; node < grid.source.size(); ++node) {
         if (random() % 3 != 0) {

@@ -38,7 +38,8 @@ TEST_F(MaxFlow, CutsAsCheaplyAsATextbookSolver) {
         // with infinite terminals in two corners, which bind like very large ones.
         const unsigned range = 2 + static_cast<unsigned>(round) % 10;
         const bool whole = range < 11;
-        Grid grid = randomGrid(random, 6, [&] {
+        const auto upTo6 = [&random] { return 1 + static_cast<int>(random() % 6); };
+        Grid grid = randomGrid(random, upTo6(), upTo6(), [&] {
             return whole ? static_cast<float>(random() % range)
                          : static_cast<float>(random()) * 1e-9F;
         });
@@ -84,13 +85,21 @@ TEST_F(MaxFlow, StopsAtTheFirstScanThatEndsAfterTenSeconds) {
     const FakeClock clock(0);
     CpuTimer timer{};
     g_cancelTimer = &timer;
-    for (const bool late : {false, true}) {
-        FakeClock::set(late ? 10000001 : 10000000);
-        const auto graph = grid.build();
-        graph->maxFlow();
-        std::vector<int> labels(64, tree::kFree);
-        std::fill_n(labels.begin(), late ? 2 : 64, tree::kSource);
-        EXPECT_EQ(labelsOf(*graph), labels);
-        EXPECT_EQ(VORNSEMarker::m_exitApp, late);
+    for (const int threads : {0, 4}) {
+        for (const bool late : {false, true}) {
+            FakeClock::set(late ? 10000001 : 10000000);
+            const auto graph = grid.build(threads);
+            graph->maxFlow();
+            std::vector<int> labels(64, tree::kFree);
+            std::fill_n(labels.begin(), late ? 2 : 64, tree::kSource);
+            EXPECT_EQ(labelsOf(*graph), labels);
+            EXPECT_EQ(VORNSEMarker::m_exitApp.exchange(false), late);
+            // The reading shows in the timer.
+            EXPECT_EQ(timer.m_endMicros, late ? 10000001.0 : 10000000.0);
+            EXPECT_EQ(timer.m_end.seconds, 10);
+        }
     }
+    timer = {{1, 5}, {3, 0}, 0.0, 0.0, 1};  // stopped
+    grid.build()->maxFlow();
+    EXPECT_EQ(timer.m_endMicros - timer.m_startMicros, 1999995.0);
 }

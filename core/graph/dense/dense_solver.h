@@ -115,6 +115,7 @@ class DenseSolver {
 
     // invariants.cpp
     bool invariantsHold() const;
+    bool invariantsHoldAfterAugmentation();
     class Check;
 
     void setParent(int tiled, int direction);
@@ -139,6 +140,7 @@ class DenseSolver {
     Queue m_orphans;
     KeptPath m_sinkPath;
     KeptPath m_sourcePath;
+    unsigned m_augmentations = 0;  // counted where assertions are on
 };
 
 inline void DenseSolver::activate(int tiled) {

@@ -85,6 +85,7 @@ bool DenseSolver::growOrAugment(int tiled) {
     }
     adoptOrphans();
     clear(states[tiled], kActive);
+    assert(invariantsHoldAfterAugmentation());
     return true;
 }
 
