@@ -14,11 +14,10 @@
 #include "history/marker.h"
 #include "support/image.h"
 #include "support/log.h"
+#include "support/request_limit.h"
 #include "support/timers.h"
 
 namespace {
-
-constexpr double kTimeLimitMs = 10000.0;
 
 // chooseIter: contrast that makes an outline pixel good or bad, and the scores that bring the first
 // pass back.
@@ -78,7 +77,14 @@ IplImage* VORNSEHybrid::segment() {
 
 bool VORNSEHybrid::cancelSegmentation() {
     stop_cpu_timer(g_cancelTimer);
-    return get_elapsed_time_in_millisec(g_cancelTimer) > kTimeLimitMs || VORNSEMarker::m_exitApp;
+    const bool cancelled = VORNSEMarker::m_exitApp;
+    if (request_limit::isPassed(get_elapsed_time_in_millisec(g_cancelTimer))) {
+        if (!cancelled) {
+            request_limit::noteRanOut();
+        }
+        return true;
+    }
+    return cancelled;
 }
 
 int VORNSEHybrid::updateLabelImage() {
@@ -128,4 +134,5 @@ void VORNSEHybrid::clearMemory() {
     m_trimapGraph = nullptr;
     destroy_timer(g_cancelTimer);
     g_cancelTimer = nullptr;
+    request_limit::stop();
 }

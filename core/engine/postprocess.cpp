@@ -9,6 +9,7 @@
 
 #include "engine/components.h"
 #include "engine/hybrid.h"
+#include "engine/stroke_rules.h"
 #include "history/marker.h"
 #include "support/image.h"
 #include "support/log.h"
@@ -152,8 +153,8 @@ Changes changesOf(const IplImage* mask, const IplImage* previous, const strokeIn
 }
 
 // The shown mask with those changes that the stroke touches, as far as they lie in a rectangle.
-void keepTouched(IplImage* mask, const IplImage* previous, const cv::Rect& where) {
-    const strokeInfo& current = VORNSEMarker::currentStroke;
+void keepTouched(IplImage* mask, const IplImage* previous, const strokeInfo& current,
+                 const cv::Rect& where) {
     const Changes changes = changesOf(mask, previous, current);
     for (int y = 0; y < mask->height; ++y) {
         std::copy_n(rowOf(previous, y), mask->width, rowOf(mask, y));
@@ -196,33 +197,44 @@ void merge(IplImage* mask, const IplImage* previous, std::uint8_t target, const 
     }
 }
 
+void cleanLoop(IplImage* mask) {
+    cv::Mat image = cv::cvarrToMat(mask);
+    removeIslands(image);
+    fillHoles(image);
+}
+
 }  // namespace
 
-void VORNSEHybrid::postProcess(IplImage* mask) {
-    const int strokeType = VORNSEMarker::currentStroke.m_strokeType;
+void applyStrokeRules(IplImage* mask, const IplImage* previous, const strokeInfo& current,
+                      const cv::Rect& region) {
+    const int strokeType = current.m_strokeType;
     if (strokeType == stroke::kLoopAdd) {
-        postProcessForLoop(mask);
+        cleanLoop(mask);
     }
-    const IplImage* previous = VORNSEMarker::m_prevResult;
     if (previous == nullptr) {
         return;
     }
-    const cv::Rect whole(0, 0, mask->width, mask->height);
-    const cv::Rect part = croppedPart(m_cropWidth, m_cropHeight) & whole;
+    const cv::Rect part = region & cv::Rect(0, 0, mask->width, mask->height);
     if (stroke::isBrush(strokeType)) {
-        checkStrokeSize(mask);
         // What the stroke does not touch is the shown mask already, so that merging adds nothing.
-        keepTouched(mask, previous, part);
+        keepTouched(mask, previous, current, part);
     } else {
         const bool merges = stroke::adds(strokeType) || stroke::removes(strokeType);
         merge(mask, previous, targetValue(strokeType), merges ? part : cv::Rect());
     }
 }
 
+void VORNSEHybrid::postProcess(IplImage* mask) {
+    const strokeInfo& current = VORNSEMarker::currentStroke;
+    const IplImage* previous = VORNSEMarker::m_prevResult;
+    if (previous != nullptr && stroke::isBrush(current.m_strokeType)) {
+        checkStrokeSize(mask);
+    }
+    applyStrokeRules(mask, previous, current, croppedPart(m_cropWidth, m_cropHeight));
+}
+
 void VORNSEHybrid::postProcessForLoop(IplImage* mask) {
-    cv::Mat image = cv::cvarrToMat(mask);
-    removeIslands(image);
-    fillHoles(image);
+    cleanLoop(mask);
 }
 
 // Only what a brush touches is kept; postProcess does that and the merge in one go.
@@ -232,5 +244,6 @@ void VORNSEHybrid::postProcessForStroke(IplImage* mask) {
         return;
     }
     checkStrokeSize(mask);
-    keepTouched(mask, previous, cv::Rect(0, 0, mask->width, mask->height));
+    keepTouched(mask, previous, VORNSEMarker::currentStroke,
+                cv::Rect(0, 0, mask->width, mask->height));
 }

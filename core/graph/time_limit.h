@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "history/marker.h"
+#include "support/request_limit.h"
 #include "support/timers.h"
 
 // Compares the request's timer with its limit. Reading a timer also writes its fields, and the searches
@@ -31,11 +32,13 @@ class TimeLimit {
     // True when the search has to stop. A passed limit becomes a cancel, so that the engine ends its
     // iterations too.
     bool mustStop() {
-        if (m_isRunning || !m_wasRead) {
+        if (!request_limit::needsTimer()) {
+            m_passed = request_limit::isPassed(0.0);
+        } else if (m_isRunning || !m_wasRead) {
             read();
         }
-        if (m_passed) {
-            VORNSEMarker::m_exitApp = true;
+        if (m_passed && !VORNSEMarker::m_exitApp.exchange(true)) {
+            request_limit::noteRanOut();
         }
         return VORNSEMarker::m_exitApp.load(std::memory_order_relaxed);
     }
@@ -44,12 +47,11 @@ class TimeLimit {
     // A stopped timer reads the same every time, so one reading is enough.
     void read() {
         CpuTimer* const timer = m_shared != nullptr ? &m_copy : nullptr;
-        m_passed = get_elapsed_time_in_millisec(timer) > kTimeLimitMs;
+        m_passed = request_limit::isPassed(get_elapsed_time_in_millisec(timer));
         m_isRunning = timer != nullptr && timer->m_stopped == 0;
         m_wasRead = true;
     }
 
-    static constexpr double kTimeLimitMs = 10000.0;
     static inline std::mutex s_sharing;
 
     CpuTimer* const m_shared;

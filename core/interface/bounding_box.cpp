@@ -91,12 +91,16 @@ void segmentBox(int width, int height, const std::uint32_t* pixels, const Box& w
 
 int doSegmentationBB(int width, int height, const std::uint32_t* pixels, int left, int top,
                      int right, int bottom, std::uint8_t* mask) {
-    checkImageSize(width, height, "setSourceImage", 115);
-    guardedCall("doSegmentationBB", [&] {
-        segmentBox(width, height, pixels, {left, top, right, bottom}, mask);
-    });
-    if (!tearDownIfExitPending()) {
-        g_exitStatus = 0;
-    }
+    guardedCall(
+        "doSegmentationBB",
+        [&] {
+            checkImageSize(width, height, "setSourceImage", 115);
+            segmentBox(width, height, pixels, {left, top, right, bottom}, mask);
+        },
+        [] {
+            if (!tearDownIfExitPending()) {
+                g_exitStatus = 0;
+            }
+        });
     return 0;
 }

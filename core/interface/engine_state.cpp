@@ -9,6 +9,7 @@
 #include "interface/host_call.h"
 #include "interface/parked_context.h"
 #include "interface/segmentation_core.h"
+#include "support/request_limit.h"
 
 VORNSEHybrid* pHybrid = nullptr;
 CvMemStorage* storage = nullptr;
@@ -149,8 +150,10 @@ void writePhoto(std::uint32_t* out) {
 }
 
 int setSourceImage(int width, int height, const std::uint32_t* pixels) {
-    checkImageSize(width, height, "setSourceImage", 115);
-    guardedCall("setSourceImage", [&] { storePhoto(width, height, pixels); });
+    guardedCall("setSourceImage", [&] {
+        checkImageSize(width, height, "setSourceImage", 115);
+        storePhoto(width, height, pixels);
+    });
     return 0;
 }
 
@@ -164,20 +167,24 @@ void copySourceImage(std::uint32_t* out) {
 }
 
 int freeLocalBuffers() {
-    releaseImage(g_resultMask);
-    releaseImage(g_markerImage);
+    guardedCall("freeLocalBuffers", [] {
+        releaseImage(g_resultMask);
+        releaseImage(g_markerImage);
+    });
     return 0;
 }
 
 int resetSegmentationInterface() {
-    VORNSEMarker::resetMarkers();
-    VORNSEManageUndoRedo::reset();
-    releaseOutline();
+    guardedCall("resetSegmentationInterface", [] {
+        VORNSEMarker::resetMarkers();
+        VORNSEManageUndoRedo::reset();
+        releaseOutline();
+    });
     return 0;
 }
 
 int deinitSegmentation() {
-    tearDown();
+    guardedCall("deinitSegmentation", [] { tearDown(); });
     return 0;
 }
 
@@ -186,5 +193,13 @@ void cancelSegmentation() {
 }
 
 void exitSegmentation() {
-    g_exitStatus = VORNSEMarker::m_exitApp ? 1 : 0;
+    guardedCall("exitSegmentation", [] { g_exitStatus = VORNSEMarker::m_exitApp ? 1 : 0; });
+}
+
+void segcore_set_time_limit(double seconds) {
+    guardedCall("segcore_set_time_limit", [&] { request_limit::set(seconds); });
+}
+
+void segcore_set_log(segcore_log receive, void* user, int least_level) {
+    guardedCall("segcore_set_log", [&] { log_sink::set(receive, user, least_level); });
 }

@@ -1,5 +1,5 @@
-// The guard that every exported call runs in: no exception leaves, and a call that cannot be
-// carried out logs one line.
+// The guard that every exported call runs in: no exception leaves, a call that cannot be carried out
+// logs one line, and what became of it is kept for segcore_last_status.
 #pragma once
 
 #include <new>
@@ -7,6 +7,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "interface/call_status.h"
+#include "interface/segmentation_core.h"
 #include "support/log.h"
 
 // A call that is refused before anything changed; `what` says why and what to do.
@@ -15,27 +17,56 @@ class HostError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Runs `body` and reports what it throws. True when it ran to its end.
-template <typename Body>
-bool guardedCall(const char* name, Body&& body) noexcept {
+// Whether the host's observer is being called.
+bool isInsideObserver() noexcept;
+
+// False, with a log line, for a call from inside the observer: the request that is observed holds half
+// of its state. Its status is not touched.
+inline bool admitsCall(const char* name) noexcept {
+    if (isInsideObserver()) {
+        SEGCORE_LOG_ERROR("%s: refused inside the observer", name);
+        return false;
+    }
+    return true;
+}
+
+// Logs why a call failed, and keeps it as its status.
+inline void reportFailure(const char* name, int status, const char* reason) noexcept {
+    SEGCORE_LOG_ERROR("%s: %s", name, reason);
+    call_status::set(status, reason);
+}
+
+// Runs `body` and reports what it throws; then `after`, whatever became of it. Nothing of a call that
+// is not admitted.
+template <typename Body, typename After>
+void guardedCall(const char* name, Body&& body, After&& after) noexcept {
+    if (!admitsCall(name)) {
+        return;
+    }
+    call_status::set(SEGCORE_DONE);
     try {
         std::forward<Body>(body)();
-        return true;
     } catch (const HostError& error) {
-        SEGCORE_LOG_ERROR("%s: %s", name, error.what());
+        reportFailure(name, SEGCORE_REFUSED, error.what());
     } catch (const std::bad_alloc&) {
-        SEGCORE_LOG_ERROR("%s: out of memory", name);
+        reportFailure(name, SEGCORE_OUT_OF_MEMORY, "out of memory");
     } catch (const cv::Exception& error) {
         if (error.code == cv::Error::StsNoMem) {
-            SEGCORE_LOG_ERROR("%s: out of memory", name);
+            reportFailure(name, SEGCORE_OUT_OF_MEMORY, "out of memory");
         } else {
             SEGCORE_LOG_ERROR("%s: imaging library error %d (%s)", name, error.code,
                               error.err.c_str());
+            call_status::set(SEGCORE_REFUSED, "imaging library error");
         }
     } catch (const std::exception& error) {
-        SEGCORE_LOG_ERROR("%s: %s", name, error.what());
+        reportFailure(name, SEGCORE_REFUSED, error.what());
     } catch (...) {
-        SEGCORE_LOG_ERROR("%s: unknown error", name);
+        reportFailure(name, SEGCORE_REFUSED, "unknown error");
     }
-    return false;
+    std::forward<After>(after)();
+}
+
+template <typename Body>
+void guardedCall(const char* name, Body&& body) noexcept {
+    guardedCall(name, std::forward<Body>(body), [] {});
 }

@@ -4,8 +4,10 @@
 #include "history/history_transaction.h"
 #include "interface/engine_state.h"
 #include "interface/host_call.h"
+#include "interface/observer.h"
 #include "interface/outline_transaction.h"
 #include "interface/segmentation_core.h"
+#include "support/request_limit.h"
 
 namespace {
 
@@ -99,6 +101,53 @@ void storeMarkers(int width, int height, const int* values, int strokeType) {
     VORNSEMarker::currentStroke.m_strokeType = strokeType;
 }
 
+namespace {
+
+// A cancel or the limit that ends a request, or comes too late to keep its mask from being delivered.
+int statusOfStopped() {
+    return request_limit::hasRanOut() ? SEGCORE_OUT_OF_TIME : SEGCORE_CANCELLED;
+}
+
+// Runs the engine and delivers its mask; false when there is none.
+bool deliverRequest(std::uint32_t* blended, std::uint8_t* mask) {
+    const bool wasCancelled = VORNSEMarker::m_exitApp;
+    RequestTransaction transaction;
+    const ObservedRequest observed;
+    {
+        const StageScope stage(Stage::kLabelImage);
+        pHybrid->labelMarks(g_markerImage);
+    }
+    g_resultMask = pHybrid->segment();
+    if (g_resultMask == nullptr) {
+        transaction.commit();
+        call_status::set(statusOfStopped());
+        return false;
+    }
+    // Everything that can fail comes before the first byte that the host sees.
+    OutlineTransaction outlineTransaction;
+    ImagePtr outline;
+    {
+        const StageScope stage(Stage::kOutline);
+        findOutline();
+        if (blended != nullptr) {
+            outline = drawOutline();
+        }
+    }
+    const StageScope stage(Stage::kMaskOut);
+    outlineTransaction.commit();
+    transaction.commit();
+    writeMask(mask);
+    if (outline != nullptr) {
+        paintOutline(outline.get(), blended);
+    }
+    if (VORNSEMarker::m_exitApp && !wasCancelled) {
+        call_status::set(statusOfStopped());
+    }
+    return true;
+}
+
+}  // namespace
+
 void runRequest(std::uint32_t* blended, std::uint8_t* mask) {
     requirePhoto();
     if (g_markerImage != nullptr) {
@@ -106,23 +155,15 @@ void runRequest(std::uint32_t* blended, std::uint8_t* mask) {
         requireEngine();
         requireHistory();
         requireMarkerSize();
-        RequestTransaction transaction;
-        pHybrid->labelMarks(g_markerImage);
-        g_resultMask = pHybrid->segment();
-        if (g_resultMask != nullptr) {
-            // Everything that can fail comes before the first byte that the host sees.
-            OutlineTransaction outlineTransaction;
-            findOutline();
-            const ImagePtr outline = blended != nullptr ? drawOutline() : nullptr;
-            outlineTransaction.commit();
-            transaction.commit();
-            writeMask(mask);
-            if (outline != nullptr) {
-                paintOutline(outline.get(), blended);
+        try {
+            if (deliverRequest(blended, mask)) {
+                return;
             }
-            return;
+        } catch (const EndedByObserver&) {
+            call_status::set(SEGCORE_ENDED_BY_OBSERVER);
         }
-        transaction.commit();
+    } else {
+        call_status::set(SEGCORE_NOTHING_TO_DO);
     }
     if (blended != nullptr) {
         writePhoto(blended);
@@ -135,24 +176,32 @@ int setCurrentMarkerVector(int count, int* points) {
 }
 
 int setMarkerImage(int width, int height, const int* values, int strokeType) {
-    checkImageSize(width, height, "setMarkerImage", 164);
-    checkImageSize(width, height, "setMarkerImage", 173);
-    guardedCall("setMarkerImage", [&] { storeMarkers(width, height, values, strokeType); });
+    guardedCall("setMarkerImage", [&] {
+        checkImageSize(width, height, "setMarkerImage", 164);
+        checkImageSize(width, height, "setMarkerImage", 173);
+        storeMarkers(width, height, values, strokeType);
+    });
     return 0;
 }
 
 int processSegment(int /*unused1*/, int /*unused2*/, int /*unused3*/, std::uint32_t* blended,
                    std::uint8_t* mask) {
-    guardedCall("processSegment", [&] {
-        requirePhoto();
-        requireBuffer(blended, "blended buffer");
-        runRequest(blended, mask);
-    });
-    // The marks belong to this one call, whatever became of it.
-    releaseImage(g_markerImage);
-    if (tearDownIfExitPending()) {
-        return -1;
-    }
-    g_exitStatus = 0;
-    return 0;
+    int result = 0;
+    guardedCall(
+        "processSegment",
+        [&] {
+            requirePhoto();
+            requireBuffer(blended, "blended buffer");
+            runRequest(blended, mask);
+        },
+        [&] {
+            // The marks belong to this one call, whatever became of it.
+            releaseImage(g_markerImage);
+            if (tearDownIfExitPending()) {
+                result = -1;
+            } else {
+                g_exitStatus = 0;
+            }
+        });
+    return result;
 }

@@ -166,6 +166,9 @@ void fetch_path_array(int** array, int* count) {
         *array = nullptr;
         *count = 0;
         const CvSeq* first = g_contoursReady ? contours : nullptr;
+        if (first == nullptr) {
+            call_status::set(SEGCORE_NOTHING_TO_DO);
+        }
         const std::size_t length = pathLength(first);
         auto path = std::make_unique<int[]>(length);
         writePath(first, path.get());
@@ -182,11 +185,17 @@ void release_path_array(int* array) {
 
 void cutOutImage(int /*unused1*/, int /*unused2*/, int /*unused3*/, std::uint32_t* blended,
                  std::uint8_t* mask) {
-    checkImageSize(VORNSEMarker::m_originalWidth, VORNSEMarker::m_originalHeight, "cutOutImage",
-                   197);
-    guardedCall("cutOutImage", [&] { editMask(blended, mask); });
-    releaseImage(g_resultMask);
-    releaseImage(g_markerImage);
-    tearDownIfExitPending();
-    g_exitStatus = 0;
+    guardedCall(
+        "cutOutImage",
+        [&] {
+            checkImageSize(VORNSEMarker::m_originalWidth, VORNSEMarker::m_originalHeight,
+                           "cutOutImage", 197);
+            editMask(blended, mask);
+        },
+        [] {
+            releaseImage(g_resultMask);
+            releaseImage(g_markerImage);
+            tearDownIfExitPending();
+            g_exitStatus = 0;
+        });
 }

@@ -129,7 +129,8 @@ SEGCORE_API int deinitSegmentation(void);
  * Asks a running request to stop. It delivers no mask then, and the history stays as it was.
  * Once the mask is found and only being enlarged to the photograph's size, it is delivered and
  * recorded all the same, in the state that it has at that moment: its border can be wrong, and undo
- * brings back the mask before. The time limit of a request works in the same way.
+ * brings back the mask before. The time limit of a request works in the same way, and
+ * segcore_last_status tells of both.
  * The cancel stays in force, for later requests too, until resetSegmentationInterface or
  * initSegmentationEngine clears it. A time limit that is reached can leave a cancel in force, too.
  * Thread: any.
@@ -168,7 +169,7 @@ SEGCORE_API int setMarkerImage(int width, int height, const int* values, int str
 /*
  * Runs the request and delivers its result, which becomes the newest entry of the history. The
  * marks are used up, also by a request that is refused. Without marks, or when the request was
- * cancelled or took longer than ten seconds, the blended buffer receives the plain photograph and
+ * cancelled, out of time or ended by the observer, the blended buffer receives the plain photograph and
  * the mask buffer is left alone.
  *   unused1..3  not read
  *   blended     blended words
@@ -252,12 +253,113 @@ SEGCORE_API bool canRedo(void);
  *   pixels                    width * height pixel words, not modified
  *   left, top, right, bottom  the rectangle, its corners included, clamped to the photograph.
  *                             Nothing is marked when right < left or bottom < top
- *   mask                      receives width * height mask bytes. A request that is cancelled or
- *                             takes longer than ten seconds leaves it alone
+ *   mask                      receives width * height mask bytes. A request that is cancelled,
+ *                             out of time or ended by the observer leaves it alone
  * Refused: a bad size, null, no memory.
  */
 SEGCORE_API int doSegmentationBB(int width, int height, const uint32_t* pixels, int left, int top,
                                  int right, int bottom, uint8_t* mask);
+
+/* ---- What became of a call, how long it may take, and watching it ---- */
+
+/*
+ * What became of the latest call. cancelSegmentation, release_path_array, canUndo, canRedo and the
+ * two calls that ask for the status leave it as it is.
+ */
+#define SEGCORE_DONE 0
+#define SEGCORE_NOTHING_TO_DO 1     /* no marks, no step to take, no outline to fetch */
+#define SEGCORE_CANCELLED 2         /* cancelSegmentation came during the request, or before it */
+#define SEGCORE_OUT_OF_TIME 3       /* the request reached its time limit */
+#define SEGCORE_ENDED_BY_OBSERVER 4 /* the observer returned something else than 0 */
+#define SEGCORE_REFUSED 5           /* segcore_last_reason says why */
+#define SEGCORE_OUT_OF_MEMORY 6
+
+/*
+ * The status of the latest call. A request that is cancelled or out of time while its mask is being
+ * enlarged delivers and records that mask although it is not finished; the status says so all the
+ * same. A host that wants the mask before it calls resetSegmentationInterface, which clears the
+ * cancel, and writes back the mask that it kept, by setMarkerImage (OBJECT and BACKGROUND marks) and
+ * cutOutImage.
+ * Result: one of the codes above.
+ */
+SEGCORE_API int segcore_last_status(void);
+
+/*
+ * Why the latest call was refused or failed: the text of its log line without the call's name.
+ * Result: the library's, valid until the next call; empty when there is nothing to say.
+ */
+SEGCORE_API const char* segcore_last_reason(void);
+
+/*
+ * Sets how long each later request may take, from the moment when its marks are read.
+ *   seconds  0 for no limit; below 0 for the ten seconds that hold until this is called. They are
+ *            counted on the clock of the day, a limit set here is counted on the monotonic clock
+ */
+SEGCORE_API void segcore_set_time_limit(double seconds);
+
+/*
+ * A host's log. Called for each line, one at a time, from any of the library's threads; it must not
+ * call the library.
+ *   level  4 information, 5 warning, 6 error
+ *   tag    "Error" for what concerns the host; others for memory, timings and details
+ *   text   the line, valid during the call
+ *   user   what segcore_set_log was given
+ */
+typedef void (*segcore_log)(int level, const char* tag, const char* text, void* user);
+
+/*
+ * Hands the log to the host instead of the platform.
+ *   receive      null for the platform's log again
+ *   user         passed to every call of receive; not looked at
+ *   least_level  lines below it are dropped
+ */
+SEGCORE_API void segcore_set_log(segcore_log receive, void* user, int least_level);
+
+/* Stages of a request, in their order; MODELS, GRAPH and CUT come again in each of five passes. */
+#define SEGCORE_STAGE_MARKS 0        /* marks to the labels of the working image */
+#define SEGCORE_STAGE_REGION 1       /* the part of it that is looked at */
+#define SEGCORE_STAGE_MODELS 2       /* colours of object and background */
+#define SEGCORE_STAGE_GRAPH 3        /* weights of the cut */
+#define SEGCORE_STAGE_CUT 4          /* the cut */
+#define SEGCORE_STAGE_WORKING_MASK 5 /* what is found, not enlarged yet: the mask comes with it */
+#define SEGCORE_STAGE_ENLARGEMENT 6 /* a second cut at the photograph's size, when it was reduced */
+#define SEGCORE_STAGE_CLEANING 7    /* the stroke's rules, and the merge with the mask on display */
+#define SEGCORE_STAGE_DELIVERY 8    /* the outline and the host's buffers */
+
+typedef struct segcore_progress {
+    int stage;
+    double fraction; /* of the request's time, 0 to 1, estimated; never falls during a request */
+    /*
+     * At SEGCORE_STAGE_WORKING_MASK only, otherwise null and 0: a preview of the result. It is
+     * cleaned and merged with the mask on display as the result will be, at the working image's
+     * size. Working pixel (x, y) lies at photograph pixel (x * width / mask_width,
+     * y * height / mask_height).
+     */
+    const uint8_t* mask; /* mask_width * mask_height mask bytes, valid during the call */
+    int mask_width;
+    int mask_height;
+    int left; /* the rectangle of the mask that this request decided, corners included; */
+    int top;  /* the rest is the mask on display */
+    int right;
+    int bottom;
+} segcore_progress;
+
+/*
+ * A host's observer of requests, called as each stage begins, on the thread that makes the request.
+ * Calls of the library from inside it are refused with a log line, except for cancelSegmentation.
+ *   progress  where the request is, valid during the call
+ *   user      what segcore_set_observer was given
+ * Result: 0 to go on. Anything else ends this one request: it delivers no mask and records nothing,
+ * engine and history are as before it, and no cancel stays in force.
+ */
+typedef int (*segcore_observer)(const segcore_progress* progress, void* user);
+
+/*
+ * Sets the observer of all later requests.
+ *   observer  null for none
+ *   user      passed to every call of observer; not looked at
+ */
+SEGCORE_API void segcore_set_observer(segcore_observer observer, void* user);
 
 #ifdef __cplusplus
 }

@@ -40,19 +40,35 @@ void finish() {
 }  // namespace
 
 void undo(std::uint32_t* blended, std::uint8_t* mask) {
-    guardedCall("undo", [&] { step(VORNSEManageUndoRedo::stepBack, canUndo(), blended, mask); });
-    finish();
+    guardedCall(
+        "undo",
+        [&] {
+            const bool isEmpty = VORNSEManageUndoRedo::m_current == VORNSEManageUndoRedo::m_bottom;
+            step(VORNSEManageUndoRedo::stepBack, VORNSEManageUndoRedo::canUndo(), blended, mask);
+            if (isEmpty) {
+                call_status::set(SEGCORE_NOTHING_TO_DO);
+            }
+        },
+        finish);
 }
 
 void redo(std::uint32_t* blended, std::uint8_t* mask) {
-    guardedCall("redo", [&] { step(VORNSEManageUndoRedo::stepForward, true, blended, mask); });
-    finish();
+    guardedCall(
+        "redo",
+        [&] {
+            const bool isNewest = !VORNSEManageUndoRedo::canRedo();
+            step(VORNSEManageUndoRedo::stepForward, true, blended, mask);
+            if (isNewest) {
+                call_status::set(SEGCORE_NOTHING_TO_DO);
+            }
+        },
+        finish);
 }
 
 bool canUndo() {
-    return VORNSEManageUndoRedo::canUndo();
+    return admitsCall("canUndo") && VORNSEManageUndoRedo::canUndo();
 }
 
 bool canRedo() {
-    return VORNSEManageUndoRedo::canRedo();
+    return admitsCall("canRedo") && VORNSEManageUndoRedo::canRedo();
 }

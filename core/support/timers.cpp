@@ -2,9 +2,9 @@
 // stopped timer keeps its reading until it is stopped or started again.
 #include "support/timers.h"
 
-#include <android/log.h>
 #include <sys/time.h>
 
+#include "support/log.h"
 #include "support/tracked_memory.h"
 
 CpuTimer* g_timer = nullptr;
@@ -104,6 +104,5 @@ CGElapsedTime::~CGElapsedTime() {
     }
     const float milliseconds =
         static_cast<float>(seconds) * 1000.0F + static_cast<float>(micros) * 0.001F;
-    __android_log_print(ANDROID_LOG_INFO, "GTime", "%s =%f", m_name,
-                        static_cast<double>(milliseconds));
+    SEGCORE_LOG(ANDROID_LOG_INFO, "GTime", "%s =%f", m_name, static_cast<double>(milliseconds));
 }

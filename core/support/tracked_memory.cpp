@@ -2,11 +2,11 @@
 // for one registered address, newest at the head.
 #include "support/tracked_memory.h"
 
-#include <android/log.h>
-
 #include <cstdint>
 #include <cstdlib>
 #include <new>
+
+#include "support/log.h"
 
 VORN_Stack<VORN_Mem_Info*> gMemStack;
 
@@ -24,9 +24,9 @@ unsigned int printable(const void* address) {
 }
 
 void logFailedAllocation(std::size_t size, const char* function, int line) {
-    __android_log_print(ANDROID_LOG_ERROR, kMemoryTag,
-                        "Failed to allocate %d bytes in function : %s, Line : %d !",
-                        static_cast<int>(size), function, line);
+    SEGCORE_LOG(ANDROID_LOG_ERROR, kMemoryTag,
+                "Failed to allocate %d bytes in function : %s, Line : %d !", static_cast<int>(size),
+                function, line);
 }
 
 bool pushNode(void* address, unsigned int size, const char* function, int line) {
@@ -68,8 +68,7 @@ VORN_Mem_Info* unlinkRecord(const void* address) {
 int strikeOff(void* object, const char* function, int line, const char* warning) {
     VORN_Mem_Info* record = unlinkRecord(object);
     if (record == nullptr) {
-        __android_log_print(ANDROID_LOG_WARN, kMemoryTag, warning, printable(object), function,
-                            line);
+        SEGCORE_LOG(ANDROID_LOG_WARN, kMemoryTag, warning, printable(object), function, line);
         return 0;
     }
     delete record;
@@ -96,7 +95,7 @@ void* VORN_Calloc_Msg(std::size_t count, std::size_t size, const char* function,
 
 void VORN_Free_Msg(void* block, const char* function, int line) {
     if (block == nullptr) {
-        __android_log_print(ANDROID_LOG_WARN, kMemoryTag, kFreeWarning, 0U, function, line);
+        SEGCORE_LOG(ANDROID_LOG_WARN, kMemoryTag, kFreeWarning, 0U, function, line);
         return;
     }
     std::free(block);
@@ -114,8 +113,7 @@ void* VORN_Calloc(std::size_t count, std::size_t size, const char* function, int
 void VORN_Free(void* block, const char* function, int line) {
     VORN_Mem_Info* record = unlinkRecord(block);
     if (record == nullptr) {
-        __android_log_print(ANDROID_LOG_WARN, kMemoryTag, kFreeWarning, printable(block), function,
-                            line);
+        SEGCORE_LOG(ANDROID_LOG_WARN, kMemoryTag, kFreeWarning, printable(block), function, line);
         return;
     }
     std::free(block);
@@ -124,8 +122,8 @@ void VORN_Free(void* block, const char* function, int line) {
 
 void* VORN_New_Mngr(void* object, const char* function, int line) {
     if (object == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kMemoryTag,
-                            "Allocation failed in function : %s, Line : %d !", function, line);
+        SEGCORE_LOG(ANDROID_LOG_ERROR, kMemoryTag,
+                    "Allocation failed in function : %s, Line : %d !", function, line);
         return nullptr;
     }
     pushNode(object, 0, function, line);
@@ -144,16 +142,16 @@ int VORN_Delete_Array_Mngr(void* array, const char* function, int line) {
 
 void VORN_check_memory_status() {
     if (gMemStack.m_head == nullptr) {
-        __android_log_print(ANDROID_LOG_INFO, kMemoryTag, "No memory Leak found ");
+        SEGCORE_LOG(ANDROID_LOG_INFO, kMemoryTag, "No memory Leak found ");
         return;
     }
     while (gMemStack.m_head != nullptr) {
         Node* node = gMemStack.m_head;
         if (node->record != nullptr) {
-            __android_log_print(
-                ANDROID_LOG_ERROR, kMemoryTag,
-                "Failed to deallocate %d bytes allocated in function : %s, Line : %d",
-                static_cast<int>(node->record->size), node->record->function, node->record->line);
+            SEGCORE_LOG(ANDROID_LOG_ERROR, kMemoryTag,
+                        "Failed to deallocate %d bytes allocated in function : %s, Line : %d",
+                        static_cast<int>(node->record->size), node->record->function,
+                        node->record->line);
         }
         gMemStack.m_head = node->next;
         delete node;
