@@ -20,9 +20,12 @@ class HostError : public std::runtime_error {
 // Whether the host's observer is being called.
 bool isInsideObserver() noexcept;
 
-// False, with a log line, for a call from inside the observer: the request that is observed holds half
-// of its state. Its status is not touched.
+// False, with a log line, for a call from inside the observer or the host's log: the call that made
+// them is still under way. Its status is not touched.
 inline bool admitsCall(const char* name) noexcept {
+    if (log_sink::isInside()) {
+        return false;  // such a line would be dropped
+    }
     if (isInsideObserver()) {
         SEGCORE_LOG_ERROR("%s: refused inside the observer", name);
         return false;

@@ -298,8 +298,8 @@ SEGCORE_API const char* segcore_last_reason(void);
 SEGCORE_API void segcore_set_time_limit(double seconds);
 
 /*
- * A host's log. Called for each line, one at a time, from any of the library's threads; it must not
- * call the library.
+ * A host's log. Called for each line, one at a time, from any of the library's threads. Calls
+ * of the library from inside it are refused, except for cancelSegmentation.
  *   level  4 information, 5 warning, 6 error
  *   tag    "Error" for what concerns the host; others for memory, timings and details
  *   text   the line, valid during the call

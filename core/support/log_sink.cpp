@@ -27,9 +27,6 @@ struct Receiving {
 namespace log_sink {
 
 void set(Receive receive, void* user, int leastPriority) {
-    if (isReceiving) {
-        return;  // the thread holds the lock
-    }
     const std::lock_guard<std::mutex> lock(access);
     receiver = receive;
     receiverData = user;
@@ -39,6 +36,10 @@ void set(Receive receive, void* user, int leastPriority) {
 
 bool isSet() {
     return used.load(std::memory_order_relaxed);
+}
+
+bool isInside() {
+    return isReceiving;
 }
 
 int print(int priority, const char* tag, const char* format, ...) {

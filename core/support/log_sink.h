@@ -11,6 +11,8 @@ using Receive = void (*)(int priority, const char* tag, const char* text, void* 
 // platform's log again.
 void set(Receive receive, void* user, int leastPriority);
 bool isSet();
+// Whether the calling thread is inside `receive`.
+bool isInside();
 
 // Longer lines are cut. A line that is logged while the thread is inside `receive` is dropped.
 int print(int priority, const char* tag, const char* format, ...)

@@ -1,0 +1,316 @@
+// The host's observer: what it is told, what it can end, and what it must not do.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <optional>
+#include <set>
+
+#include "interface/context_snapshot.h"
+#include "interface/segmentation_core.h"
+#include "support/host_session.h"
+#include "support/log_capture.h"
+
+namespace {
+
+using Mask = std::vector<std::uint8_t>;
+
+// Observes for as long as it lives.
+class Observer {
+  public:
+    using Answer = std::function<int(const segcore_progress&)>;
+
+    explicit Observer(Answer answer = nullptr) : m_answer(std::move(answer)) {
+        segcore_set_observer(
+            [](const segcore_progress* progress, void* user) {
+                return static_cast<Observer*>(user)->told(*progress);
+            },
+            this);
+    }
+    ~Observer() { segcore_set_observer(nullptr, nullptr); }
+    Observer(const Observer&) = delete;
+    Observer& operator=(const Observer&) = delete;
+
+    std::vector<int> stages;
+    std::vector<double> fractions;
+    Mask preview;
+    int width = 0;
+    int height = 0;
+    int masks = 0;
+
+  private:
+    int told(const segcore_progress& progress) {
+        stages.push_back(progress.stage);
+        fractions.push_back(progress.fraction);
+        EXPECT_EQ(progress.mask != nullptr, progress.stage == SEGCORE_STAGE_WORKING_MASK);
+        if (progress.mask != nullptr) {
+            ++masks;
+            width = progress.mask_width;
+            height = progress.mask_height;
+            preview.assign(progress.mask,
+                           progress.mask + static_cast<std::ptrdiff_t>(width) * height);
+            EXPECT_LE(0, progress.left);
+            EXPECT_LT(progress.left, progress.right);
+            EXPECT_LT(progress.right, width);
+            EXPECT_LT(progress.bottom, height);
+        }
+        return m_answer ? m_answer(progress) : 0;
+    }
+
+    Answer m_answer;
+};
+
+// A photograph of two discs, with the left one on display, and a request of each kind that is going to
+// change a part of that.
+class Edit : public HostSession {
+  public:
+    Edit(int columns, int rows) : HostSession(twoDiscs(columns, rows)) {
+        loop({5, 5, width / 2, 5, width / 2, height - 5, 5, height - 5});
+        clearLog();
+    }
+
+    void request(int strokeType) {
+        const int w = width;
+        const int h = height;
+        if (strokeType == SEGCORE_LOOP_ADD) {
+            loop({w / 2, 5, w - 5, 5, w - 5, h - 5, w / 2, h - 5});
+        } else if (strokeType == SEGCORE_LOOP_REMOVE) {
+            const std::vector<int> points{w / 4, 2, w / 2, 2, w / 2, h - 3, w / 4, h - 3};
+            std::vector<int> marks = loopMarkers(points);
+            for (int y = h / 3; y < h * 2 / 3; ++y) {
+                std::fill_n(marks.begin() + y * w + w / 4, w / 20, SEGCORE_MARK_BACKGROUND);
+            }
+            HostSession::request(points, marks, strokeType);
+        } else {
+            const bool adds = strokeType == SEGCORE_BRUSH_ADD;
+            const int x = adds ? w * 3 / 4 : w / 4;
+            const int side = h / 5;
+            HostSession::request({x - side / 2, h / 2, x + side / 2, h / 2},
+                                 rectangle(x - side / 2, h / 2 - side / 2, side + 1, side,
+                                           adds ? SEGCORE_MARK_OBJECT : SEGCORE_MARK_BACKGROUND),
+                                 strokeType);
+        }
+    }
+
+  private:
+    static Scene twoDiscs(int columns, int rows) {
+        const Scene half = makeDiscScene(columns / 2, rows);
+        Scene scene{columns, rows, {}};
+        for (int y = 0; y < rows; ++y) {
+            for (int x = 0; x < columns; ++x) {
+                scene.pixels.push_back(
+                    half.pixels[static_cast<std::size_t>(y * half.width + x % half.width)]);
+            }
+        }
+        return scene;
+    }
+};
+
+constexpr int kAllTypes[] = {SEGCORE_LOOP_ADD, SEGCORE_LOOP_REMOVE, SEGCORE_BRUSH_ADD,
+                             SEGCORE_BRUSH_REMOVE};
+
+TEST(ObserverTest, IsToldTheStagesInTheirOrder) {
+    Edit edit(340, 230);
+    const Observer observer;
+    edit.request(SEGCORE_LOOP_ADD);
+    std::vector<int> expected{SEGCORE_STAGE_MARKS, SEGCORE_STAGE_REGION};
+    for (int pass = 0; pass < 5; ++pass) {
+        expected.insert(expected.end(),
+                        {SEGCORE_STAGE_MODELS, SEGCORE_STAGE_GRAPH, SEGCORE_STAGE_CUT});
+    }
+    expected.insert(expected.end(), {SEGCORE_STAGE_WORKING_MASK, SEGCORE_STAGE_ENLARGEMENT,
+                                     SEGCORE_STAGE_CLEANING, SEGCORE_STAGE_DELIVERY});
+    EXPECT_EQ(observer.stages, expected);
+    EXPECT_TRUE(std::is_sorted(observer.fractions.begin(), observer.fractions.end()));
+    EXPECT_EQ(observer.fractions.front(), 0.0);
+    EXPECT_LT(observer.fractions.back(), 1.0);
+    EXPECT_EQ(takeErrors(), Log{});
+}
+
+// Nothing is enlarged here, so that the preview is the result.
+TEST(ObserverTest, PreviewsTheResultOfEveryStrokeType) {
+    for (const int type : kAllTypes) {
+        Edit edit(200, 120);
+        const Mask before = edit.mask;
+        const Observer observer;
+        edit.request(type);
+        EXPECT_EQ(observer.masks, 1);
+        EXPECT_EQ(observer.width, edit.width);
+        EXPECT_TRUE(observer.preview == edit.mask) << type;
+        EXPECT_FALSE(edit.mask == before) << type;
+    }
+}
+
+TEST(ObserverTest, PreviewsEnlargedResultsButForTheirOutline) {
+    for (const int type : kAllTypes) {
+        Edit edit(640, 400);
+        const Mask before = edit.mask;
+        const Observer observer;
+        edit.request(type);
+        ASSERT_LT(observer.width, edit.width);
+        std::size_t wrong = 0;
+        std::size_t changed = 0;
+        for (int y = 0; y < edit.height; ++y) {
+            for (int x = 0; x < edit.width; ++x) {
+                const auto i = static_cast<std::size_t>(y * edit.width + x);
+                const auto k =
+                    static_cast<std::size_t>(y * observer.height / edit.height * observer.width +
+                                             x * observer.width / edit.width);
+                wrong += observer.preview[k] != edit.mask[i] ? 1U : 0U;
+                changed += before[i] != edit.mask[i] ? 1U : 0U;
+            }
+        }
+        // The discs' outlines are some 1250 pixels long.
+        EXPECT_LT(wrong, 2500U) << type;
+        EXPECT_GT(changed, std::max<std::size_t>(5 * wrong, 200)) << type;
+    }
+}
+
+// The stages of a request from the given edit, and the mask that it ends in. The edit is undone.
+struct Whole {
+    std::size_t stages;
+    Mask mask;
+};
+Whole wholeRequest(Edit& edit) {
+    const Observer observer;
+    edit.request(SEGCORE_LOOP_ADD);
+    const Whole whole{observer.stages.size(), edit.mask};
+    edit.undo();
+    return whole;
+}
+
+// One after the other, but for the passes between the first and the last, which are alike.
+std::size_t nextStage(std::size_t stage, std::size_t stages) {
+    constexpr std::size_t kFirstPassEnds = 5;
+    constexpr std::size_t kLastPassOn = 7;  // its three stages and the four after it
+    return stage + 1 == kFirstPassEnds ? stages - kLastPassOn : stage + 1;
+}
+
+TEST(ObserverTest, EndsTheRequestAtEveryStageWithoutATrace) {
+    Edit edit(340, 230);
+    const Whole whole = wholeRequest(edit);
+    const Mask shown = edit.mask;
+    for (std::size_t ending = 0; ending < whole.stages; ending = nextStage(ending, whole.stages)) {
+        const auto before = editingContext();
+        std::size_t calls = 0;
+        std::optional<Observer> observer;
+        observer.emplace([&](const segcore_progress&) { return calls++ == ending ? -1 : 0; });
+        edit.request(SEGCORE_LOOP_ADD);
+        EXPECT_EQ(segcore_last_status(), SEGCORE_ENDED_BY_OBSERVER);
+        EXPECT_EQ(calls, ending + 1);
+        EXPECT_TRUE(edit.mask == shown && edit.blended == edit.photo);
+        EXPECT_TRUE(editingContext() == before) << ending;
+        observer.reset();
+        edit.request(SEGCORE_LOOP_ADD);
+        EXPECT_EQ(segcore_last_status(), SEGCORE_DONE);
+        EXPECT_TRUE(edit.mask == whole.mask) << ending;
+        edit.undo();
+    }
+    EXPECT_EQ(takeErrors(), Log{});
+}
+
+// What the header tells a host to do after a cancel, and the mask of the next request.
+Mask nextMaskAfterWritingBack(Edit& edit, const Mask& shown) {
+    resetSegmentationInterface();
+    std::vector<int> marks;
+    for (const std::uint8_t byte : shown) {
+        marks.push_back(byte == 0 ? SEGCORE_MARK_OBJECT : SEGCORE_MARK_BACKGROUND);
+    }
+    edit.cutOut(marks);
+    EXPECT_TRUE(edit.mask == shown);
+    edit.request(SEGCORE_LOOP_ADD);
+    EXPECT_EQ(segcore_last_status(), SEGCORE_DONE);
+    const Mask next = edit.mask;
+    edit.undo();
+    return next;
+}
+
+// Up to the last pass a cancel leaves nothing behind. After it a mask comes all the same.
+TEST(ObserverTest, CancelsInEveryStage) {
+    Edit edit(340, 230);
+    const Mask shown = edit.mask;
+    const Mask expected = nextMaskAfterWritingBack(edit, shown);
+    const std::size_t stages = wholeRequest(edit).stages;
+    std::set<int> lateStages;
+    for (std::size_t at = 0; at < stages; at = nextStage(at, stages)) {
+        const auto before = editingContext();
+        std::size_t calls = 0;
+        std::optional<Observer> observer;
+        observer.emplace([&](const segcore_progress&) {
+            if (calls++ == at) {
+                cancelSegmentation();
+            }
+            return 0;
+        });
+        edit.request(SEGCORE_LOOP_ADD);
+        EXPECT_EQ(segcore_last_status(), SEGCORE_CANCELLED) << at;
+        if (edit.mask == shown) {
+            EXPECT_TRUE(editingContext() == before) << at;
+        } else {
+            lateStages.insert(observer->stages[at]);
+        }
+        observer.reset();
+        EXPECT_TRUE(nextMaskAfterWritingBack(edit, shown) == expected) << at;
+    }
+    EXPECT_EQ(lateStages, (std::set<int>{SEGCORE_STAGE_WORKING_MASK, SEGCORE_STAGE_ENLARGEMENT,
+                                         SEGCORE_STAGE_CLEANING, SEGCORE_STAGE_DELIVERY}));
+    clearLog();
+}
+
+TEST(ObserverTest, CallsFromInsideAreRefused) {
+    Edit edit(200, 120);
+    std::vector<std::uint32_t> words = edit.photo;
+    Mask bytes(words.size());
+    std::vector<int> ints(words.size());
+    int* array = nullptr;
+    int count = 0;
+    const std::vector<std::function<void()>> calls{
+        [&] { setSourceImage(200, 120, words.data()); },
+        [] { initSegmentationEngine(0); },
+        [&] { copySourceImage(words.data()); },
+        [] { freeLocalBuffers(); },
+        [] { resetSegmentationInterface(); },
+        [] { deinitSegmentation(); },
+        [] { exitSegmentation(); },
+        [&] { setCurrentMarkerVector(2, ints.data()); },
+        [&] { setMarkerImage(200, 120, ints.data(), 0); },
+        [&] { processSegment(0, 0, 0, words.data(), bytes.data()); },
+        [&] { loadMaskImageInfo(bytes.data()); },
+        [&] { loadBlendedImageInfo(words.data()); },
+        [&] { fetch_path_array(&array, &count); },
+        [&] { cutOutImage(0, 0, 0, words.data(), bytes.data()); },
+        [&] { undo(words.data(), bytes.data()); },
+        [&] { redo(words.data(), bytes.data()); },
+        [] { EXPECT_FALSE(canUndo()); },
+        [] { EXPECT_FALSE(canRedo()); },
+        [&] { doSegmentationBB(200, 120, words.data(), 1, 1, 9, 9, bytes.data()); },
+        [] { EXPECT_EQ(segcore_last_status(), SEGCORE_REFUSED); },
+        [] { EXPECT_STREQ(segcore_last_reason(), ""); },
+        [] { segcore_set_time_limit(1e-9); },
+        [] { segcore_set_log(nullptr, nullptr, 0); },
+        [] { segcore_set_observer(nullptr, nullptr); }};
+    const Whole whole = wholeRequest(edit);
+    clearLog();
+    std::size_t lines = 0;
+    {
+        const Observer observer([&](const segcore_progress&) {
+            for (const auto& call : calls) {
+                call();
+            }
+            const Log errors = takeErrors();
+            EXPECT_EQ(errors.size(), calls.size());
+            for (const LogLine& line : errors) {
+                EXPECT_NE(line.text.find(": refused inside the observer"), std::string::npos);
+            }
+            lines += errors.size();
+            return 0;
+        });
+        edit.request(SEGCORE_LOOP_ADD);
+    }
+    EXPECT_EQ(lines, whole.stages * calls.size());
+    EXPECT_EQ(segcore_last_status(), SEGCORE_DONE);
+    EXPECT_TRUE(edit.mask == whole.mask);
+    EXPECT_TRUE(words == edit.photo && bytes == Mask(bytes.size()) && array == nullptr);
+}
+
+}  // namespace
