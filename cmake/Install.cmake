@@ -18,6 +18,8 @@ foreach(header IN ITEMS
     colour/model_update.h
     colour/training_data.h
     engine/hybrid.h
+    engine/segmentation_request.h
+    engine/stage_watcher.h
     graph/block_view.h
     graph/graph.h
     graph/parallel_gc.h
