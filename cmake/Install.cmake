@@ -23,11 +23,13 @@ foreach(header IN ITEMS
     graph/block_view.h
     graph/graph.h
     graph/parallel_gc.h
+    history/bit_planes.h
     history/marker.h
     history/undo_redo_history.h
     interface/engine_state.h
     path/edge_path.h
     path/min_priority_queue.h
+    support/codes.h
     support/export.h
     support/image.h
     support/large_pages.h

@@ -150,8 +150,8 @@ SEGCORE_API void exitSegmentation(void);
  * stays for later requests, too, until this call replaces it.
  *   count   number of ints in points, two a point, so an even number; below 1 empties the stroke
  *   points  x, y, x, y, ...; may be null when count is below 1. Points outside the photograph are
- *           moved to its border, in this array too. With an odd count one int more is
- *           read and may be written
+ *           moved to its border, in this array too. With an odd count one int more is read and may
+ *           be written
  * Refused: null, no photograph so far, no memory.
  */
 SEGCORE_API int setCurrentMarkerVector(int count, int* points);
