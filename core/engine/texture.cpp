@@ -47,7 +47,7 @@ void VORNSEHybrid::computeTexture() {
         if (width >= 2) {
             rowOf(horizontal, y)[last] = difference(c0(last - 1, y), c0(last, y));
         }
-        // Byte `last` of the row, which is a channel of an inner pixel, and stays so: results depend on it.
+        // Byte `last` of the row, which is a channel of an inner pixel. Results depend on it.
         rowOf(vertical, y)[last] = difference(rowOf(source, y - 1)[last], rowOf(source, y)[last]);
     }
 }

@@ -133,8 +133,8 @@ void examine(SlotView& view) {
 
 enum class Content { kEmpty, kFull, kMixed };
 
-// What the tiles of an image hold, asked for in the order of forEachTile. A stretch of neighbouring tiles
-// is looked at together, row after row: memory is read fastest in its own order.
+// What the tiles of an image hold, asked for in the order of forEachTile. Neighbouring tiles are looked
+// at together, row after row: memory is read fastest in its own order.
 class ImageTiles {
   public:
     explicit ImageTiles(const IplImage* image) : m_image(image) {}

@@ -13,8 +13,8 @@
 
 class SEGCORE_DATA_API VORNSEManageUndoRedo {
   public:
-    // An array of columns: word [x][y] holds pixel (x, y) of every mask, bit k that of slot k. A host may
-    // put planes of its own here, each column an array of its own made with new.
+    // An array of columns: word [x][y] holds pixel (x, y) of every mask, bit k that of slot k. A host
+    // may put planes of its own here, the array and each column made with new.
     static BitPlanes m_bitPlane;
     static int m_maxSize;  // slots of the ring
     static int m_bottom;   // oldest boundary; nothing to show when m_current equals it

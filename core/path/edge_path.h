@@ -2,9 +2,9 @@
 // 8-connected grid, where a step between like colours is cheap and one across a colour edge dear.
 //
 // Conventions: images are 8-bit, `image` with 3 channels, `labels` with 1 channel of label codes
-// and the same size, or null where no label forbids a step; a pixel is given as row y, column x; node number n = y * width + x. `alpha`, 0
-// to 1, is the share of the step's length in its weight; the rest is the share of the colour
-// difference.
+// and the same size, or null where no label forbids a step. A pixel is given as row y, column x; its node
+// number is y * width + x. `alpha`, 0 to 1, is the share of the step's length in its weight; the rest is
+// the share of the colour difference.
 //
 // Threads: calls that share no image may run at the same time; images are only read, except the
 // cost map.

@@ -7,8 +7,8 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
-// `to` positions in 0 .. from - 1, ascending; both sizes at least 1. They are found by letting the imaging
-// library resize a row of indices, so that its rounding holds.
+// `to` positions in 0 .. from - 1, ascending; both sizes at least 1. They are found by letting the
+// imaging library resize a row of indices, so that its rounding holds.
 inline std::vector<int> nearestPositions(int from, int to) {
     std::vector<int> indices(static_cast<std::size_t>(from));
     std::iota(indices.begin(), indices.end(), 0);

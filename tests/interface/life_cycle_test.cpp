@@ -1,6 +1,9 @@
 // The photograph in and out, and the engine's life.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 #include "interface/engine_state.h"
 #include "interface/segmentation_core.h"
 #include "support/host_session.h"
@@ -83,6 +86,34 @@ TEST(LifeCycle, OtherResultCallsForgetTheExitAfterIt) {
         EXPECT_EQ(pHybrid, nullptr);
         EXPECT_EQ(g_exitStatus, 0);
     }
+    clearLog();
+}
+
+TEST(LifeCycle, SecondThreadCancelsAtAnyTime) {
+    HostSession session(discScene());
+    session.box(35, 20, 125, 100);
+    const std::vector<std::uint8_t> mask = session.mask;
+    int cancelled = 0;
+    for (int delay = 0; delay < 40; ++delay) {
+        initSegmentationEngine(0);
+        session.mask.assign(session.mask.size(), 7);
+        std::thread second([delay] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(delay));
+            cancelSegmentation();
+        });
+        session.box(20, 10, 140, 110);
+        second.join();
+        if (session.mask.front() == 7) {
+            ++cancelled;
+            EXPECT_EQ(session.blended, session.photo);
+            EXPECT_EQ(session.mask, std::vector<std::uint8_t>(session.mask.size(), 7));
+        } else {
+            EXPECT_LT(discScene().errorRate(session.mask), 0.01);
+            session.undo();
+            EXPECT_EQ(session.mask, mask);
+        }
+    }
+    EXPECT_GT(cancelled, 0);
     clearLog();
 }
 
