@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <optional>
 
 #include "interface/engine_state.h"
 #include "interface/host_call.h"
@@ -76,14 +77,19 @@ void editMask(std::uint32_t* blended, std::uint8_t* mask) {
     }
     applyMarks(edited.get());
     g_resultMask = edited.release();
+    std::optional<OutlineTransaction> transaction;
+    ImagePtr outline;
     if (blended != nullptr) {
-        OutlineTransaction transaction;
+        transaction.emplace();
         findOutline();
-        const ImagePtr outline = drawOutline();
-        transaction.commit();
+        outline = drawOutline();
+    }
+    // The last that can fail; the host's buffers come after it.
+    VORNSEManageUndoRedo::record(g_resultMask);
+    if (blended != nullptr) {
+        transaction->commit();
         paintOutline(outline.get(), blended);
     }
-    VORNSEManageUndoRedo::record(g_resultMask);
     if (mask != nullptr) {
         writeMask(mask);
     }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <string>
 #include <tuple>
@@ -41,8 +42,30 @@ struct Host : HostSession {
     auto results() const {
         return std::tuple(blended, mask, std::vector<int>(outline, outline + outlineInts));
     }
+    // Has the history use planes that a host built, with what is in them.
+    static void buildPlanes() {
+        const int columns = VORNSEMarker::m_originalWidth;
+        const int rows = VORNSEMarker::m_originalHeight;
+        std::uint32_t** const old = VORNSEManageUndoRedo::m_bitPlane;
+        auto** planes = new std::uint32_t*[static_cast<std::size_t>(columns)];
+        for (int x = 0; x < columns; ++x) {
+            planes[x] = new std::uint32_t[static_cast<std::size_t>(rows)];
+            std::copy_n(old[x], rows, planes[x]);
+        }
+        const std::array<int, 3> ring{VORNSEManageUndoRedo::m_bottom,
+                                      VORNSEManageUndoRedo::m_current, VORNSEManageUndoRedo::m_top};
+        VORNSEManageUndoRedo::deallocate();
+        VORNSEManageUndoRedo::m_bitPlane = planes;
+        VORNSEManageUndoRedo::width = columns;
+        VORNSEManageUndoRedo::m_bottom = ring[0];
+        VORNSEManageUndoRedo::m_current = ring[1];
+        VORNSEManageUndoRedo::m_top = ring[2];
+    }
     // A square mark of `code` with its corner at (x, y), and the stroke across it.
     void mark(int x, int y, int side, int code, int strokeType) {
+        if (hostsPlanes) {
+            buildPlanes();
+        }
         marks = rectangle(x, y, side, side, code);
         stroke = {x, y, x + side - 1, y, x + side - 1, y + side - 1, x, y + side - 1};
         setCurrentMarkerVector(8, stroke.data());
@@ -50,6 +73,7 @@ struct Host : HostSession {
     }
 
     static constexpr std::uint8_t kUntouched = 7;
+    static inline bool hostsPlanes = false;
     std::vector<int> marks;
     std::vector<int> stroke;
     int* outline = nullptr;
@@ -147,6 +171,7 @@ struct Sweep {
     Fault fault;
     bool onward;
     bool reduced;  // a grey photograph above the working size, or a small colour one
+    bool hostsPlanes = false;
 };
 
 class FailingSession : public testing::TestWithParam<std::tuple<Sweep, long>> {
@@ -208,6 +233,7 @@ class FailingSession : public testing::TestWithParam<std::tuple<Sweep, long>> {
 };
 
 TEST_P(FailingSession, FailsCleanlyOrNotAtAll) {
+    Host::hostsPlanes = m_sweep.hostsPlanes;
     expectedResults(m_scene);  // whatever the libraries keep is there from here on
     failCall(0);
     long faults = 0;
@@ -227,13 +253,15 @@ std::string sweepName(const testing::TestParamInfo<FailingSession::ParamType>& t
     const auto& [sweep, share] = test.param;
     return std::string(sweep.fault == Fault::kThread ? "Thread" : "Allocation") +
            (sweep.onward ? "Onward" : "") + (sweep.reduced ? "Reduced" : "") +
-           std::to_string(share);
+           (sweep.hostsPlanes ? "HostsPlanes" : "") + std::to_string(share);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sweeps, FailingSession,
                          testing::Combine(testing::Values(Sweep{Fault::kAllocation, false, false},
                                                           Sweep{Fault::kAllocation, true, false},
                                                           Sweep{Fault::kAllocation, false, true},
+                                                          Sweep{Fault::kAllocation, false, false,
+                                                                true},
                                                           Sweep{Fault::kThread, false, false},
                                                           Sweep{Fault::kThread, true, false}),
                                           testing::Range(0L, kShares)),
