@@ -180,9 +180,8 @@ class ImageTiles {
 
 }  // namespace
 
-SlotView::SlotView(int number, Source source)
-    : slot(number),
-      bit(std::uint32_t{1} << number),
+SlotView::SlotView(int slot, Source source)
+    : bit(std::uint32_t{1} << slot),
       planes(VORNSEManageUndoRedo::m_bitPlane.ownUse()),
       m_remembered(rememberedTiles(VORNSEManageUndoRedo::m_bitPlane)) {
     if (m_remembered == nullptr) {

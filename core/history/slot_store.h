@@ -23,7 +23,6 @@ class SlotView {
     // Throws std::bad_alloc without memory.
     SlotView(int slot, Source source);
 
-    int slot;
     std::uint32_t bit;
     std::uint32_t** planes;
     TileMap& tiles() { return m_found ? *m_found : *m_remembered; }

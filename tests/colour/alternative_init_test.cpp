@@ -39,8 +39,8 @@ TEST_F(AlternativeInit, EmPassByHand) {
     prepare(twins);
     twins.EM(samples, 1);
     EXPECT_DOUBLE_EQ(twins.m_weight[0], 0.25 * 6.0 / 7.0);
-    // The first pass takes the determinants that it finds: the second twin's is still that of 100. Two
-    // passes are a pass after a pass, and none brings determinants and inverses up to date.
+    // The first pass takes the determinants that it finds, here that of 100 for both. No pass at all
+    // brings determinants and inverses up to date, and two are one after the other.
     setComponent(twins, 0, 0.5, 10.0, 100.0);
     setComponent(twins, 1, 0.5, 10.0, 100.0);
     prepare(twins);
@@ -52,6 +52,8 @@ TEST_F(AlternativeInit, EmPassByHand) {
     fresh.EM(samples, 0);
     EXPECT_DOUBLE_EQ(fresh.m_determinant[1], 1.0);
     EXPECT_DOUBLE_EQ(fresh.m_inverseCovariance[1][0], 1.0);
+    setComponent(twins, 1, 0.75, 12.0, 90.0);
+    prepare(twins);
     VORNSEColorModel atOnce = twins;
     atOnce.EM(samples, 2);
     twins.EM(samples, 1);

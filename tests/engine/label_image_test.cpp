@@ -55,32 +55,4 @@ TEST_F(LabelImageTest, BrushGrowsABandOfThirteenPixels) {
     }
 }
 
-TEST_F(LabelImageTest, LabelsOfAReducedPhotographAreTheNearestMarks) {
-    startBlue(640, 480);
-    setStroke(stroke::kLoopAdd, {41, 161, 121, 161});  // (20, 80) to (60, 80)
-    ImagePtr markers = imageWith(640, 480, {{40, 60, 1, 1}}, 2);
-    rowOf(markers.get(), 61)[43] = 4;  // between the sampled pixels
-    const Rows labels = labelsOf(markers);
-    ASSERT_EQ(labels[0].size(), 320U);
-    EXPECT_EQ(labels[30].substr(20, 2), "21");
-    EXPECT_EQ(labels[80][45], '.');
-    EXPECT_EQ(labels[83][45], '1');
-}
-
-TEST_F(LabelImageTest, StrokeIsFreedAsAThickClosedLine) {
-    startBlue(30, 30);
-    setStroke(stroke::kLoopAdd, {5, 5, 20, 5, 20, 20});
-    const Rows labels = labelsOf(imageWith(30, 30, {}, 0));
-    // The imaging library's lines of thickness 3 cover one or two pixels on each side.
-    for (std::size_t i = 4; i <= 6; ++i) {
-        EXPECT_EQ(labels[i][12], '.');       // first side, y = 5
-        EXPECT_EQ(labels[12][i + 15], '.');  // second side, x = 20
-        EXPECT_EQ(labels[12][i + 7], '.');   // closing side, the diagonal
-    }
-    EXPECT_EQ(labels[2], std::string(30, '1'));
-    EXPECT_EQ(labels[8][13], '1');
-    EXPECT_EQ(labels[12].substr(23), "1111111");
-    EXPECT_EQ(labels[12].substr(0, 9), "111111111");
-}
-
 }  // namespace

@@ -69,15 +69,6 @@ TEST_F(WholeImageGraphTest, DensityOfZeroIsAnInfiniteCapacity) {
     EXPECT_TRUE(std::isnan(residual(0)));
 }
 
-TEST_F(WholeImageGraphTest, GreySampleReadsTheTextureOfItsWorkingPixel) {
-    VORNSEHybrid& engine = start(4, 4, [](int x, int y) { return greyWord(10 * x + y * y); });
-    // Working pixel (2, 3) is 29; its right neighbour is 39 and the one above 24.
-    engine.m_fgModel = unitModel(29.0, 10.0, 5.0);
-    engine.m_bgModel = unitModel(29.0, 10.0, 3.0);
-    build(1, 2, {"11", "14"});
-    EXPECT_FLOAT_EQ(residual(3), 2.0F);
-}
-
 TEST_F(WholeImageGraphTest, GreyPixelWithoutPreferenceIsFree) {
     VORNSEHybrid& engine = start(1, 1, [](int, int) { return greyWord(100); });
     engine.m_bgModel = unitModel(103.0, 0.0, 0.0);
