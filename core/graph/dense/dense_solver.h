@@ -114,7 +114,7 @@ class DenseSolver {
     void openOrClose(int tiled, int neighbour, int direction, float there, float back);
 
     // invariants.cpp
-    bool invariantsHold() const;
+    bool invariantsHold();
     bool invariantsHoldAfterAugmentation();
     class Check;
 
@@ -140,7 +140,11 @@ class DenseSolver {
     Queue m_orphans;
     KeptPath m_sinkPath;
     KeptPath m_sourcePath;
-    unsigned m_augmentations = 0;  // counted where assertions are on
+
+    // Of assertions alone
+    unsigned m_augmentations = 0;
+    int m_checks = 0;
+    TiledArray<std::uint8_t> m_checked;
 };
 
 inline void DenseSolver::activate(int tiled) {
