@@ -7,8 +7,8 @@
 
 #include "engine_log.h"
 #include "errors.h"
-#include "session.h"
-#include "session_file.h"
+#include "session/session.h"
+#include "session/session_file.h"
 
 namespace fs = std::filesystem;
 

@@ -7,7 +7,7 @@
 
 #include "commands.h"
 #include "engine_log.h"
-#include "snapped_loop.h"
+#include "session/snapped_loop.h"
 
 namespace {
 

@@ -9,9 +9,9 @@
 #include "errors.h"
 #include "output_files.h"
 #include "photo.h"
-#include "session.h"
-#include "snapped_loop.h"
-#include "stats.h"
+#include "session/session.h"
+#include "session/snapped_loop.h"
+#include "session/stats.h"
 
 namespace fs = std::filesystem;
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "session_file.h"
+#include "session/session_file.h"
 
 enum class StatsForm { kNone, kText, kJson };
 

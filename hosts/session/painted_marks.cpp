@@ -1,4 +1,4 @@
-#include "painted_marks.h"
+#include "session/painted_marks.h"
 
 #include <opencv2/imgproc.hpp>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "outline.h"
+#include "session/outline.h"
 
 #include <nlohmann/json.hpp>
 

@@ -14,7 +14,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "step.h"
+#include "session/step.h"
 
 constexpr std::size_t kLoopCorners = 3;  // fewest that enclose anything
 

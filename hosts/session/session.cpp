@@ -1,4 +1,4 @@
-#include "session.h"
+#include "session/session.h"
 
 #include <algorithm>
 #include <numeric>
@@ -8,8 +8,8 @@
 #include "errors.h"
 #include "interface/segmentation_core.h"
 #include "interrupt.h"
-#include "painted_marks.h"
-#include "snapped_loop.h"
+#include "session/painted_marks.h"
+#include "session/snapped_loop.h"
 
 namespace {
 

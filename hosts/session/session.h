@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "marks.h"
-#include "outline.h"
 #include "photo.h"
-#include "stats.h"
-#include "step.h"
+#include "session/marks.h"
+#include "session/outline.h"
+#include "session/stats.h"
+#include "session/step.h"
 
 class Session {
   public:

@@ -20,7 +20,7 @@
 #include <vector>
 
 #include "byte_stream.h"
-#include "step.h"
+#include "session/step.h"
 
 struct SessionFile {
     std::string photo;

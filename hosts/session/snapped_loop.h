@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "photo.h"
-#include "stats.h"
-#include "step.h"
+#include "session/stats.h"
+#include "session/step.h"
 
 // Share of a path's length in its cost when the user names none; the rest is colour difference.
 constexpr double kDefaultAlpha = 0.5;

@@ -1,4 +1,4 @@
-#include "step.h"
+#include "session/step.h"
 
 #include <algorithm>
 

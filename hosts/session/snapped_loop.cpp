@@ -1,6 +1,6 @@
 // The search looks at a whole image for every side, so large photographs are reduced for it and the
 // path is mapped back; between the given points it is then as fine as the reduced pixels.
-#include "snapped_loop.h"
+#include "session/snapped_loop.h"
 
 #include <opencv2/core/core_c.h>
 #include <algorithm>
@@ -10,8 +10,8 @@
 #include "engine_log.h"
 #include "errors.h"
 #include "interrupt.h"
-#include "marks.h"
 #include "path/edge_path.h"
+#include "session/marks.h"
 
 namespace {
 

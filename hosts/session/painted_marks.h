@@ -22,7 +22,7 @@
 #include <optional>
 #include <string>
 
-#include "marks.h"
+#include "session/marks.h"
 
 // Marker codes, CV_8UC1, from a file of the photograph's size.
 cv::Mat readPaintedMarks(const std::string& path, cv::Size photo);

@@ -1,4 +1,4 @@
-#include "stats.h"
+#include "session/stats.h"
 
 #include <sys/resource.h>
 

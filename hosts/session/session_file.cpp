@@ -1,4 +1,4 @@
-#include "session_file.h"
+#include "session/session_file.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "marks.h"
+#include "session/marks.h"
 
 #include <algorithm>
 #include <cmath>
