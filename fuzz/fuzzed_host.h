@@ -6,12 +6,11 @@
 // too many.
 #pragma once
 
-#include <fuzzer/FuzzedDataProvider.h>
-
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "byte_draws.h"
 #include "history_model.h"
 
 class FuzzedHost {
@@ -62,7 +61,7 @@ class FuzzedHost {
 
     Size storedSize() const;
 
-    FuzzedDataProvider m_data;
+    ByteDraws m_data;
     Size m_largest{0, 0};  // of the photographs so far
     std::vector<std::uint32_t> m_blended;
     Mask m_mask;

@@ -1,51 +1,19 @@
 // Fuzzes session files: reads them, makes the steps on a small photograph as `segcore replay` does,
 // and writes them again.
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <opencv2/core.hpp>
 
-#include "engine_log.h"
-#include "errors.h"
+#include "fuzz_target.h"
+#include "session/errors.h"
 #include "session/session.h"
 #include "session/session_file.h"
-
-namespace fs = std::filesystem;
+#include "support/log_capture.h"
 
 namespace {
 
 constexpr int kWidth = 40;
 constexpr int kHeight = 30;
 constexpr std::size_t kMostSteps = 12;  // that are made, of any number
-
-// The files that a run reads, in a folder of its own that goes with it.
-class Folder {
-  public:
-    Folder() {
-        std::string pattern = (fs::temp_directory_path() / "segcore-fuzz-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) {
-            std::abort();
-        }
-        m_path = pattern;
-    }
-    ~Folder() {
-        std::error_code ignored;
-        fs::remove_all(m_path, ignored);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    std::string write(const char* name, const Bytes& bytes) const {
-        const fs::path path = m_path / name;
-        std::ofstream(path, std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()),
-                   static_cast<std::streamsize>(bytes.size()));
-        return path.string();
-    }
-
-  private:
-    fs::path m_path;
-};
 
 // A bright ellipse on a ground that grows brighter.
 const Photo& photo() {
@@ -65,24 +33,37 @@ const Photo& photo() {
     return made;
 }
 
-// Red, green and transparent strokes on an opaque ground of white.
-Bytes paintedMarks() {
-    cv::Mat image(kHeight, kWidth, CV_8UC4, cv::Scalar(0, 0, 0, 0));
-    image(cv::Rect(15, 10, 10, 8)).setTo(cv::Scalar(0, 255, 0, 255));
-    image(cv::Rect(2, 2, 30, 2)).setTo(cv::Scalar(0, 0, 255, 255));
-    return encodePng(image);
+// Green and red strokes on a transparent ground, whatever the marks' name.
+class FuzzHost : public SessionHost {
+  public:
+    cv::Mat marksPicture(const std::string& /*name*/) override {
+        cv::Mat image(kHeight, kWidth, CV_8UC4, cv::Scalar(0, 0, 0, 0));
+        image(cv::Rect(15, 10, 10, 8)).setTo(cv::Scalar(0, 255, 0, 255));
+        image(cv::Rect(2, 2, 30, 2)).setTo(cv::Scalar(0, 0, 255, 255));
+        return image;
+    }
+    std::string takeEngineError() override {
+        const Log errors = takeErrors();
+        return errors.empty() ? std::string() : errors.front().text;
+    }
+};
+
+std::string sameName(const std::string& name) {
+    return name;
 }
 
-void replay(const std::string& path, const std::string& marks) {
-    SessionFile file = readSessionFile(path);
-    const Bytes written = encodeSessionFile(file, path);
-    if (file.steps.size() > kMostSteps) {
-        file.steps.resize(kMostSteps);
+void replay(const std::string& text) {
+    SessionFile file = parseSessionFile(text, "session.json", sameName);
+    const std::string written = formatSessionFile(file, sameName);
+    if (formatSessionFile(parseSessionFile(written, "written.json", sameName), sameName) !=
+        written) {
+        std::abort();
     }
+    file.steps.resize(std::min(file.steps.size(), kMostSteps));
     Stats stats;
-    Session session(photo(), stats);
-    for (Step& step : file.steps) {
-        step.marksFile = marks;
+    FuzzHost host;
+    Session session(photo(), host, stats);
+    for (const Step& step : file.steps) {
         session.apply(step);
     }
     const Outline outline = session.takeOutline();
@@ -90,17 +71,15 @@ void replay(const std::string& path, const std::string& marks) {
     asJson(outline, photo().size());
     session.preview();
     stats.json();
+    requireSamePhoto(file, photo(), "session.json");
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const Folder folder;
-    static const std::string marks = (keepEngineLog(), folder.write("marks.png", paintedMarks()));
-    const std::string path = folder.write("session.json", Bytes(data, data + size));
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    clearLog();
     try {
-        replay(path, marks);
+        replay(std::string(reinterpret_cast<const char*>(data), size));
     } catch (const UserError&) {
         // Refused with a message, as it should be.
     }

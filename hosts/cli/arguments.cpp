@@ -8,6 +8,7 @@
 #include "commands.h"
 #include "engine_log.h"
 #include "session/snapped_loop.h"
+#include "session_on_disk.h"
 
 namespace {
 
@@ -80,7 +81,8 @@ void declareOutputs(CLI::App& command, CutOutputs& outputs) {
 }
 
 struct CutArguments {
-    SessionFile session;
+    SessionFile session;     // its steps are those of the options
+    std::string oldSession;  // to be continued
     CutOutputs outputs;
     std::optional<int> radius;    // of the brushes that follow
     std::optional<double> alpha;  // of the snapped loops that follow
@@ -192,6 +194,10 @@ void declareCut(CLI::App& app) {
     const auto arguments = std::make_shared<CutArguments>();
     command.add_option("PHOTO", arguments->session.photo, "Photograph, or - for standard input")
         ->required();
+    command
+        .add_option("--session", arguments->oldSession,
+                    "Session file (JSON) whose steps come first, to be continued by the marks")
+        ->option_text("FILE");
     declareMarks(command, *arguments);
     declareOutputs(command, arguments->outputs);
     command.callback([arguments] {
@@ -200,7 +206,14 @@ void declareCut(CLI::App& app) {
                 arguments->radiusWaits ? "--brush-radius" : "--snap-alpha",
                 "holds for the marks after it and there is none; put it before the mark");
         }
-        runCut(arguments->session, arguments->outputs);
+        SessionFile session = arguments->session;
+        if (!arguments->oldSession.empty()) {
+            session = readSessionFile(arguments->oldSession);
+            session.photo = arguments->session.photo;
+            session.steps.insert(session.steps.end(), arguments->session.steps.begin(),
+                                 arguments->session.steps.end());
+        }
+        runCut(session, arguments->outputs, arguments->oldSession);
     });
 }
 
@@ -219,7 +232,7 @@ void declareReplay(CLI::App& app) {
         if (!photo->empty()) {
             session.photo = *photo;
         }
-        runCut(session, *outputs);
+        runCut(session, *outputs, *path);
     });
 }
 

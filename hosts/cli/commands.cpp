@@ -7,11 +7,13 @@
 #include <opencv2/imgproc.hpp>
 
 #include "errors.h"
+#include "memory_peak.h"
 #include "output_files.h"
-#include "photo.h"
+#include "program_host.h"
 #include "session/session.h"
 #include "session/snapped_loop.h"
 #include "session/stats.h"
+#include "session_on_disk.h"
 
 namespace fs = std::filesystem;
 
@@ -141,7 +143,7 @@ std::vector<std::string> inputsOf(const SessionFile& session) {
 
 }  // namespace
 
-void runCut(const SessionFile& file, const CutOutputs& outputs) {
+void runCut(const SessionFile& file, const CutOutputs& outputs, const std::string& sessionName) {
     const std::vector<std::string> targets =
         wantedPaths({outputs.mask, outputs.cutout, outputs.preview, outputs.svg, outputs.json,
                      outputs.session});
@@ -156,16 +158,21 @@ void runCut(const SessionFile& file, const CutOutputs& outputs) {
                      : withStepFiles(targets, outputs.stepFolder, file.steps.size()),
                  inputsOf(file));
 
-    Stats stats;
+    MemoryPeak memory;
+    Stats stats(&memory);
+    ProgramHost host;
     Photo photo = stats.measure("read photograph", [&] { return readPhoto(file.photo); });
-    Session session(photo, stats);
+    requireSamePhoto(file, photo, sessionName);
+    Session session(photo, host, stats);
     OutputFiles files;
     applySteps(session, file.steps, outputs.stepFolder, files);
     requireObject(session);
     stats.measure("write outputs", [&] {
         addResults(session, photo, outputs, files);
         if (!outputs.session.empty()) {
-            files.add(outputs.session, encodeSessionFile(file, outputs.session));
+            SessionFile saved = file;
+            notePhoto(saved, photo);
+            files.add(outputs.session, encodeSessionFile(saved, outputs.session));
         }
         files.commit();
     });
@@ -178,9 +185,12 @@ void runSnap(const SnapRequest& request) {
     const std::vector<std::string> targets = toTerminal ? std::vector<std::string>{kStandardStream}
                                                         : wantedPaths({request.svg, request.json});
     checkTargets(targets, {request.photo});
-    Stats stats;
+    MemoryPeak memory;
+    Stats stats(&memory);
+    ProgramHost host;
     const Photo photo = stats.measure("read photograph", [&] { return readPhoto(request.photo); });
-    const std::vector<cv::Point> path = snappedPath(photo, request.points, request.alpha, stats);
+    const std::vector<cv::Point> path =
+        snappedPath(photo, request.points, request.alpha, host, stats);
     OutputFiles files;
     if (toTerminal) {
         files.add(kStandardStream,

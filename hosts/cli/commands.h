@@ -20,8 +20,9 @@ struct CutOutputs {
     StatsForm stats = StatsForm::kNone;
 };
 
-// Leads a session and writes its results.
-void runCut(const SessionFile& session, const CutOutputs& outputs);
+// Leads a session and writes its results. `sessionName` is that of the file which the photograph has
+// to fit.
+void runCut(const SessionFile& session, const CutOutputs& outputs, const std::string& sessionName);
 
 struct SnapRequest {
     std::string photo;

@@ -1,13 +1,9 @@
-// What ends a run of the program early. Every message is one line that says what is wrong and what
-// to do about it.
+// What ends the program early besides the errors of a session.
 #pragma once
 
 #include <stdexcept>
 
-class UserError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
+#include "session/errors.h"
 
 // The user asked the program to stop.
 class Interrupted : public std::runtime_error {

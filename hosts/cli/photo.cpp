@@ -4,15 +4,10 @@
 #include <unistd.h>
 
 #include <opencv2/imgcodecs.hpp>
-#include <opencv2/imgproc.hpp>
 
 #include "errors.h"
-#include "interface/segmentation_core.h"
 
 namespace {
-
-static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
-              "the bytes of a pixel word are taken for blue, green, red, alpha");
 
 // The decoders' own libraries print about damaged files; the program says it in one line itself.
 class QuietStandardError {
@@ -58,26 +53,11 @@ cv::Mat decode(const std::string& path, int mode) {
 }  // namespace
 
 Photo readPhoto(const std::string& path) {
-    const cv::Mat image = decode(path, cv::IMREAD_COLOR);
-    if (image.total() > SEGCORE_MAX_PIXELS) {
-        throw UserError(path + " has more than " + std::to_string(SEGCORE_MAX_PIXELS) +
-                        " pixels; reduce it first");
-    }
-    Photo photo;
-    photo.width = image.cols;
-    photo.height = image.rows;
-    photo.words.resize(image.total());
-    cv::Mat words = asImage(photo.words, photo.size());
-    cv::cvtColor(image, words, cv::COLOR_BGR2BGRA);
-    return photo;
+    return photoOf(decode(path, cv::IMREAD_COLOR), path);
 }
 
 cv::Mat readImageUnchanged(const std::string& path) {
     return decode(path, cv::IMREAD_UNCHANGED);
-}
-
-cv::Mat asImage(std::vector<std::uint32_t>& words, cv::Size size) {
-    return {size, CV_8UC4, words.data()};
 }
 
 Bytes encodePng(const cv::Mat& image) {

@@ -16,7 +16,7 @@ _segcore() {
             return
             ;;
         --mask | -m | --cutout | -o | --preview | -p | --svg | --json | --save-session | --marks | \
-            --photo)
+            --photo | --session)
             compopt -o filenames
             mapfile -t COMPREPLY < <(compgen -f -- "$current")
             return
@@ -31,7 +31,7 @@ _segcore() {
         cut)
             words="$general $outputs --box --loop-add --loop-remove --snap-loop-add
                 --snap-loop-remove --brush-add --brush-remove --brush-radius --snap-alpha --marks
-                --undo --redo"
+                --undo --redo --session"
             ;;
         replay) words="$general $outputs --photo" ;;
         snap) words="$general --from --to --alpha --svg --json" ;;

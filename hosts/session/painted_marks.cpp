@@ -3,9 +3,8 @@
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
-#include "errors.h"
 #include "interface/segmentation_core.h"
-#include "photo.h"
+#include "session/errors.h"
 
 namespace {
 
@@ -38,11 +37,11 @@ cv::Mat codesOfColours(const cv::Mat& image) {
     return codes;
 }
 
-void requireCodes(const cv::Mat& codes, const std::string& path) {
+void requireCodes(const cv::Mat& codes, const std::string& name) {
     const cv::Mat known = (codes == SEGCORE_MARK_NONE) | (codes == SEGCORE_MARK_BACKGROUND) |
                           (codes == SEGCORE_MARK_OBJECT) | (codes == SEGCORE_MARK_CANDIDATE);
     if (cv::countNonZero(known) != static_cast<int>(codes.total())) {
-        throw UserError(path +
+        throw UserError(name +
                         " has no colour and other values than 0, 1, 2 and 4; paint object "
                         "green, background red and candidates blue");
     }
@@ -95,32 +94,28 @@ Request loopRequest(const cv::Mat& codes) {
 
 }  // namespace
 
-cv::Mat readPaintedMarks(const std::string& path, cv::Size photo) {
-    cv::Mat image = readImageUnchanged(path);
-    if (image.size() != photo) {
-        throw UserError(path + " is " + std::to_string(image.cols) + " x " +
-                        std::to_string(image.rows) +
+cv::Mat paintedMarks(cv::Mat picture, const std::string& name, cv::Size photo) {
+    if (picture.size() != photo) {
+        throw UserError(name + " is " + std::to_string(picture.cols) + " x " +
+                        std::to_string(picture.rows) +
                         " pixels; paint the marks at the size of the " + "photograph, " +
                         std::to_string(photo.width) + " x " + std::to_string(photo.height));
     }
-    if (image.depth() != CV_8U) {
-        throw UserError(path + " does not have 8 bits a channel; save it as an 8-bit image");
+    if (picture.depth() != CV_8U) {
+        throw UserError(name + " does not have 8 bits a channel; save it as an 8-bit image");
     }
     cv::Mat codes;
-    if (image.channels() < 3) {
-        cv::extractChannel(image, codes, 0);
-        requireCodes(codes, path);
-    } else if (image.channels() == 3 && isColourless(image)) {
-        cv::extractChannel(image, codes, 0);
-        requireCodes(codes, path);
+    if (picture.channels() < 3 || (picture.channels() == 3 && isColourless(picture))) {
+        cv::extractChannel(picture, codes, 0);
+        requireCodes(codes, name);
     } else {
-        if (image.channels() == 3) {
-            cv::cvtColor(image, image, cv::COLOR_BGR2BGRA);
+        if (picture.channels() == 3) {
+            cv::cvtColor(picture, picture, cv::COLOR_BGR2BGRA);
         }
-        codes = codesOfColours(image);
+        codes = codesOfColours(picture);
     }
     if (cv::countNonZero(codes) == 0) {
-        throw UserError(path +
+        throw UserError(name +
                         " holds no mark; paint object green (0,255,0), background red "
                         "(255,0,0) or candidates blue (0,0,255)");
     }

@@ -1,4 +1,4 @@
-// Scribbles painted in an image file, and the requests that they become.
+// Scribbles painted in a picture, and the requests that they become.
 //
 // Colours, on a transparent, black, white or grey ground that marks nothing:
 //   green  object           (red and blue below 64, green above 191, alike for the others)
@@ -22,10 +22,11 @@
 #include <optional>
 #include <string>
 
-#include "session/marks.h"
+#include "session/strokes.h"
 
-// Marker codes, CV_8UC1, from a file of the photograph's size.
-cv::Mat readPaintedMarks(const std::string& path, cv::Size photo);
+// Marker codes, CV_8UC1, from a decoded picture of the photograph's size with 1 to 4 channels; `name`
+// is the picture's for messages.
+cv::Mat paintedMarks(cv::Mat picture, const std::string& name, cv::Size photo);
 
 // The request on a photograph without a result.
 Request firstPaintedRequest(const cv::Mat& codes);

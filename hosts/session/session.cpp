@@ -1,13 +1,11 @@
 #include "session/session.h"
 
 #include <algorithm>
-#include <numeric>
 #include <opencv2/imgproc.hpp>
+#include <utility>
 
-#include "engine_log.h"
-#include "errors.h"
 #include "interface/segmentation_core.h"
-#include "interrupt.h"
+#include "session/errors.h"
 #include "session/painted_marks.h"
 #include "session/snapped_loop.h"
 
@@ -21,10 +19,71 @@ double secondsSince(std::chrono::steady_clock::time_point start) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
+void passMarks(const Request& request) {
+    std::vector<int> coordinates;
+    coordinates.reserve(2 * request.stroke.size());
+    for (const cv::Point& point : request.stroke) {
+        coordinates.push_back(point.x);
+        coordinates.push_back(point.y);
+    }
+    setCurrentMarkerVector(static_cast<int>(coordinates.size()), coordinates.data());
+    setMarkerImage(request.markers.cols, request.markers.rows, request.markers.ptr<int>(),
+                   request.strokeType);
+}
+
+// Marks that make any mask this one: every pixel is said to be object or background.
+Request asMarks(const cv::Mat& mask) {
+    Request request;
+    request.strokeType = SEGCORE_BRUSH_ADD;
+    request.markers = cv::Mat(mask.size(), CV_32SC1, cv::Scalar(SEGCORE_MARK_BACKGROUND));
+    request.markers.setTo(SEGCORE_MARK_OBJECT, mask);
+    return request;
+}
+
 }  // namespace
 
-Session::Session(const Photo& photo, Stats& stats)
+void Session::Host::throwIfInterrupted() {
+    m_program.throwIfInterrupted();
+    const std::lock_guard<std::mutex> lock(m_access);
+    throwIfCancelled();
+}
+
+void Session::Host::throwIfCancelled() const {
+    if (m_cancelled) {
+        throw UserError("cancelled; the session is as it was before",
+                        UserError::Reason::kCancelled);
+    }
+}
+
+void Session::Host::cancel() {
+    const std::lock_guard<std::mutex> lock(m_access);
+    if (m_inStep) {
+        m_cancelled = true;
+        cancelSegmentation();
+    }
+}
+
+void Session::Host::beginStep() {
+    const std::lock_guard<std::mutex> lock(m_access);
+    m_inStep = true;
+    m_cancelled = false;
+}
+
+void Session::Host::endStep() {
+    const std::lock_guard<std::mutex> lock(m_access);
+    throwIfCancelled();
+    m_inStep = false;
+}
+
+bool Session::Host::abandonStep() {
+    const std::lock_guard<std::mutex> lock(m_access);
+    m_inStep = false;
+    return std::exchange(m_cancelled, false);
+}
+
+Session::Session(const Photo& photo, SessionHost& host, Stats& stats)
     : m_photo(photo),
+      m_host(host),
       m_stats(stats),
       m_blended(photo.words),
       m_delivered(photo.words.size()),
@@ -32,11 +91,11 @@ Session::Session(const Photo& photo, Stats& stats)
     m_stats.measure("set photograph",
                     [&] { setSourceImage(m_photo.width, m_photo.height, m_photo.words.data()); });
     m_stats.measure("prepare engine", [] { initSegmentationEngine(0); });
-    throwIfInterrupted();
-    const std::string error = takeEngineError();
+    m_host.throwIfInterrupted();
+    const std::string error = m_host.takeEngineError();
     if (!error.empty()) {
-        throw UserError("the photograph cannot be segmented (" + error +
-                        "); reduce the photograph");
+        throw UserError("the photograph cannot be segmented (" + error + "); reduce the photograph",
+                        UserError::Reason::kEngine);
     }
 }
 
@@ -45,22 +104,50 @@ Session::~Session() {
 }
 
 void Session::apply(const Step& step) {
-    m_stage = "step " + std::to_string(++m_stepsApplied) + ", " + (step.edit ? "edit " : "") +
-              nameOf(step.operation);
-    switch (step.operation) {
-        case Operation::kUndo:
-            stepBack();
-            break;
-        case Operation::kRedo:
-            stepForward();
-            break;
-        default:
-            m_requestsOfStep.resize(m_stepsShown);
-            m_requestsOfStep.push_back(0);
-            ++m_stepsShown;
-            applyMarks(step);
+    const std::string number = "step " + std::to_string(m_stepsApplied + 1);
+    m_stage = number + ", " + (step.edit ? "edit " : "") + nameOf(step.operation);
+    try {
+        take(step);
+    } catch (const UserError& error) {
+        throw UserError(number + " (" + nameOf(step.operation) + "): " + error.what(),
+                        error.reason);
     }
-    throwIfInterrupted();
+    ++m_stepsApplied;
+}
+
+void Session::take(const Step& step) {
+    requireEngineAtShown();
+    const std::size_t shownBefore = m_shown;
+    m_requestsMade = 0;
+    m_host.beginStep();
+    try {
+        make(step);
+    } catch (...) {
+        m_engineIsElsewhere = m_host.abandonStep() || m_engineIsElsewhere || m_requestsMade > 0 ||
+                              m_shown != shownBefore;
+        m_shown = shownBefore;
+        if (m_engineIsElsewhere) {
+            bringEngineToShown();
+        }
+        throw;
+    }
+}
+
+void Session::make(const Step& step) {
+    if (step.operation == Operation::kUndo || step.operation == Operation::kRedo) {
+        step.operation == Operation::kUndo ? stepBack() : stepForward();
+        m_host.throwIfInterrupted();
+        return m_host.endStep();
+    }
+    applyMarks(step);
+    ShownStep made{m_requestsMade, m_hasResult, KeptMask(m_result)};
+    m_steps.reserve(m_shown + 1);
+    m_host.throwIfInterrupted();
+    m_host.endStep();
+    // From here on nothing fails.
+    m_steps.resize(m_shown);
+    m_steps.push_back(std::move(made));
+    m_newest = ++m_shown;
 }
 
 void Session::applyMarks(const Step& step) {
@@ -71,14 +158,15 @@ void Session::applyMarks(const Step& step) {
     if (step.operation == Operation::kMarks) {
         applyPaintedMarks(step);
     } else if (isSnappedLoop(step.operation)) {
-        request(requestFor(snapLoop(step, m_photo, m_stats), m_photo.size()), false);
+        request(requestFor(snapLoop(step, m_photo, m_host, m_stats), m_photo.size()), false);
     } else {
         request(requestFor(step, m_photo.size()), step.edit);
     }
 }
 
 void Session::applyPaintedMarks(const Step& step) {
-    const cv::Mat codes = readPaintedMarks(step.marksFile, m_photo.size());
+    const cv::Mat codes =
+        paintedMarks(m_host.marksPicture(step.marksFile), step.marksFile, m_photo.size());
     if (!m_hasResult) {
         request(firstPaintedRequest(codes), false);
         return;
@@ -104,70 +192,100 @@ bool Session::deliver(Call&& call) {
     return m_hasResult;
 }
 
-void Session::request(const Request& request, bool edit) {
-    std::vector<int> coordinates;
-    coordinates.reserve(2 * request.stroke.size());
-    for (const cv::Point& point : request.stroke) {
-        coordinates.push_back(point.x);
-        coordinates.push_back(point.y);
-    }
-    takeEngineError();
+bool Session::edit(const Request& request) {
+    passMarks(request);
+    return deliver(
+        [](std::uint32_t* blended, std::uint8_t* mask) { cutOutImage(0, 0, 0, blended, mask); });
+}
+
+void Session::request(const Request& request, bool edits) {
+    m_host.throwIfInterrupted();
+    m_host.takeEngineError();  // of what came before
     const auto start = std::chrono::steady_clock::now();
     const bool delivered = m_stats.measure(m_stage, [&] {
-        setCurrentMarkerVector(static_cast<int>(coordinates.size()), coordinates.data());
-        setMarkerImage(m_photo.width, m_photo.height, request.markers.ptr<int>(),
-                       request.strokeType);
-        return deliver([edit](std::uint32_t* blended, std::uint8_t* mask) {
-            if (edit) {
-                cutOutImage(0, 0, 0, blended, mask);
-            } else {
-                processSegment(0, 0, 0, blended, mask);
-            }
+        if (edits) {
+            return edit(request);
+        }
+        passMarks(request);
+        return deliver([](std::uint32_t* blended, std::uint8_t* mask) {
+            processSegment(0, 0, 0, blended, mask);
         });
     });
     if (!delivered) {
         failRequest(secondsSince(start));
     }
-    ++m_requestsOfStep.back();
+    ++m_requestsMade;
 }
 
+// Why the latest request delivered no mask.
 void Session::failRequest(double seconds) {
-    throwIfInterrupted();
+    m_engineIsElsewhere = true;
+    m_host.throwIfInterrupted();
     if (seconds >= kTimeLimitSeconds) {
         throw UserError(
             "the segmentation took longer than 10 seconds and was given up; reduce the "
-            "photograph or mark a smaller region");
+            "photograph or mark a smaller region",
+            UserError::Reason::kOutOfTime);
     }
-    throw UserError("the segmentation failed (" + takeEngineError() +
-                    "); reduce the photograph if memory ran out");
+    throw UserError("the segmentation failed (" + m_host.takeEngineError() +
+                        "); reduce the photograph if memory ran out",
+                    UserError::Reason::kEngine);
 }
 
 void Session::stepBack() {
-    if (m_stepsShown == 0) {
+    if (!canUndo()) {
         throw UserError("there is nothing to undo; remove the undo or put a mark before it");
     }
-    --m_stepsShown;
-    const auto firstUndone = m_requestsOfStep.begin() + static_cast<std::ptrdiff_t>(m_stepsShown);
-    const int requestsLeft = std::accumulate(m_requestsOfStep.begin(), firstUndone, 0);
-    for (int left = requestsLeft + *firstUndone; left > requestsLeft; --left) {
-        const bool delivered = m_stats.measure(m_stage, [&] { return deliver(undo); });
-        if (!delivered && left > 1) {
-            throw UserError(
-                "there is nothing left to undo, the history holds 31 results; undo "
-                "fewer steps");
+    --m_shown;
+    for (int left = m_steps[m_shown].requests; left > 0; --left) {
+        m_stats.measure(m_stage, [&] { return deliver(undo); });
+    }
+    requireEngineAtShown();
+}
+
+void Session::stepForward() {
+    if (!canRedo()) {
+        throw UserError("there is nothing to redo; remove the redo or put an undo before it");
+    }
+    ++m_shown;
+    m_engineIsElsewhere = m_shown > m_newest;
+    for (int left = m_steps[m_shown - 1].requests; left > 0 && !m_engineIsElsewhere; --left) {
+        m_stats.measure(m_stage, [&] { return deliver(redo); });
+    }
+    requireEngineAtShown();
+}
+
+bool Session::shownHasResult() const {
+    return m_shown > 0 && m_steps[m_shown - 1].hasResult;
+}
+
+void Session::requireEngineAtShown() {
+    // The engine shows none where its history ends: after 31 masks, or after the last reset.
+    if (m_engineIsElsewhere || m_hasResult != shownHasResult()) {
+        m_stats.measure(m_stage, [&] { bringEngineToShown(); });
+        if (m_engineIsElsewhere) {
+            throw UserError("the mask could not be put back (" + m_host.takeEngineError() +
+                                "); free some memory and try again",
+                            UserError::Reason::kEngine);
         }
     }
 }
 
-void Session::stepForward() {
-    if (m_stepsShown == m_requestsOfStep.size()) {
-        throw UserError("there is nothing to redo; remove the redo or put an undo before it");
+// The reset also takes down the flag of a cancel or of the time limit, which refuses every request.
+void Session::bringEngineToShown() {
+    m_engineIsElsewhere = true;  // until all of this has worked; else it is tried again next time
+    resetSegmentationInterface();
+    m_newest = m_shown;
+    const cv::Mat shown = shownHasResult() ? m_steps[m_shown - 1].mask.unpacked(m_photo.size())
+                                           : cv::Mat::zeros(m_photo.size(), CV_8UC1);
+    if (shownHasResult()) {
+        m_engineIsElsewhere = !edit(asMarks(shown));
+    } else {
+        std::copy(m_photo.words.begin(), m_photo.words.end(), m_blended.begin());
+        m_engineIsElsewhere = false;
     }
-    const int requests = m_requestsOfStep[m_stepsShown];
-    ++m_stepsShown;
-    for (int i = 0; i < requests; ++i) {
-        m_stats.measure(m_stage, [&] { return deliver(redo); });
-    }
+    m_result = shown;
+    m_hasResult = shownHasResult();
 }
 
 cv::Mat Session::preview() {
@@ -181,7 +299,8 @@ Outline Session::takeOutline() {
     int count = 0;
     fetch_path_array(&numbers, &count);
     if (numbers == nullptr) {
-        throw UserError("the outline could not be fetched, memory ran out; reduce the photograph");
+        throw UserError("the outline could not be fetched, memory ran out; reduce the photograph",
+                        UserError::Reason::kEngine);
     }
     Outline outline(static_cast<std::size_t>(numbers[0]));
     const int* next = numbers + 1;

@@ -1,16 +1,17 @@
 #include "session/session_file.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <initializer_list>
 #include <nlohmann/json.hpp>
 
-#include "errors.h"
+#include "session/errors.h"
 
-namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
 namespace {
+
+constexpr int kVersion = 1;
+constexpr std::size_t kDigestDigits = 32;
 
 // A JSON object with a name for messages.
 class Fields {
@@ -82,6 +83,8 @@ class Fields {
         throw UserError(m_name + " " + what + "; see the man page for the format");
     }
 
+    const std::string& name() const { return m_name; }
+
   private:
     int pixelsIn(const Json& value, const char* key) const {
         if (!value.is_number_integer() || value.get<double>() < INT32_MIN ||
@@ -94,20 +97,6 @@ class Fields {
     const Json& m_object;
     std::string m_name;
 };
-
-std::string besideSession(const std::string& file, const std::string& session) {
-    if (file == kStandardStream || session == kStandardStream) {
-        return file;
-    }
-    return (fs::path(session).parent_path() / file).string();
-}
-
-std::string relativeToSession(const std::string& file, const std::string& session) {
-    if (file == kStandardStream || session == kStandardStream) {
-        return file;
-    }
-    return fs::proximate(file, fs::absolute(session).parent_path()).string();
-}
 
 std::vector<cv::Point> readPoints(const Fields& fields) {
     const Json& list = fields.at("points");
@@ -122,8 +111,8 @@ std::vector<cv::Point> readPoints(const Fields& fields) {
     return points;
 }
 
-Step readStep(const Json& object, std::size_t number, const std::string& sessionPath) {
-    const Fields fields(object, sessionPath + ", step " + std::to_string(number));
+Step readStep(const Json& object, const std::string& itsName, const FileNaming& nameForHost) {
+    const Fields fields(object, itsName);
     const std::string name = fields.text("op");
     const std::optional<Operation> operation = operationNamed(name);
     if (!operation) {
@@ -149,14 +138,14 @@ Step readStep(const Json& object, std::size_t number, const std::string& session
         step.edit = fields.has("edit") && fields.flag("edit");
     } else if (step.operation == Operation::kMarks) {
         fields.allowOnly({"op", "file"});
-        step.marksFile = besideSession(fields.text("file"), sessionPath);
+        step.marksFile = nameForHost(fields.text("file"));
     } else {
         fields.allowOnly({"op"});
     }
     return step;
 }
 
-Json asJson(const Step& step, const std::string& sessionPath) {
+Json asJson(const Step& step, const FileNaming& nameInFile) {
     Json object = {{"op", nameOf(step.operation)}};
     if (step.operation == Operation::kBox) {
         object["box"] = {step.points[0].x, step.points[0].y, step.points[1].x, step.points[1].y};
@@ -176,38 +165,100 @@ Json asJson(const Step& step, const std::string& sessionPath) {
         object["edit"] = true;
     }
     if (step.operation == Operation::kMarks) {
-        object["file"] = relativeToSession(step.marksFile, sessionPath);
+        object["file"] = nameInFile(step.marksFile);
     }
     return object;
 }
 
+void readVersion(const Fields& fields) {
+    if (fields.has("version") && fields.pixels("version") != kVersion) {
+        throw UserError(fields.name() + " has version " + std::to_string(fields.pixels("version")) +
+                        " of the format and version " + std::to_string(kVersion) +
+                        " is read here; use the program that wrote it");
+    }
+}
+
+void readPhotograph(const Fields& fields, SessionFile& session) {
+    if (fields.has("width") || fields.has("height")) {
+        session.size = cv::Size(fields.pixels("width"), fields.pixels("height"));
+        if (session.size->width < 1 || session.size->height < 1) {
+            fields.fail("\"width\" and \"height\" are not sizes of a photograph");
+        }
+    }
+    if (fields.has("digest")) {
+        session.digest = fields.text("digest");
+        if (session.digest.size() != kDigestDigits ||
+            session.digest.find_first_not_of("0123456789abcdef") != std::string::npos) {
+            fields.fail("\"digest\" is not 32 hexadecimal digits in small letters");
+        }
+    }
+}
+
+std::string asText(cv::Size size) {
+    return std::to_string(size.width) + " x " + std::to_string(size.height) + " pixels";
+}
+
 }  // namespace
 
-SessionFile readSessionFile(const std::string& path) {
-    const Bytes bytes = readAll(path);
-    const Json document = Json::parse(bytes.begin(), bytes.end(), nullptr, false);
+SessionFile parseSessionFile(const std::string& text, const std::string& name,
+                             const FileNaming& nameForHost) {
+    const Json document = Json::parse(text.begin(), text.end(), nullptr, false);
     if (document.is_discarded()) {
-        throw UserError(path + " is not a JSON document; give a session file");
+        throw UserError(name + " is not a JSON document; give a session file");
     }
-    const Fields fields(document, path);
-    fields.allowOnly({"photo", "steps"});
+    const Fields fields(document, name);
+    readVersion(fields);
+    fields.allowOnly({"version", "photo", "width", "height", "digest", "steps"});
     SessionFile session;
-    session.photo = besideSession(fields.text("photo"), path);
+    session.photo = nameForHost(fields.text("photo"));
+    readPhotograph(fields, session);
     const Json& steps = fields.at("steps");
     if (!steps.is_array()) {
         fields.fail("\"steps\" is not a list");
     }
     for (const Json& step : steps) {
-        session.steps.push_back(readStep(step, session.steps.size() + 1, path));
+        const std::string number = std::to_string(session.steps.size() + 1);
+        session.steps.push_back(readStep(step, name + ", step " + number, nameForHost));
     }
     return session;
 }
 
-Bytes encodeSessionFile(const SessionFile& session, const std::string& path) {
-    Json document = {{"photo", relativeToSession(session.photo, path)}, {"steps", Json::array()}};
-    for (const Step& step : session.steps) {
-        document["steps"].push_back(asJson(step, path));
+std::string formatSessionFile(const SessionFile& session, const FileNaming& nameInFile) {
+    Json document = Json::object();
+    if (session.size || !session.digest.empty()) {
+        document["version"] = kVersion;
     }
-    const std::string text = document.dump(1) + "\n";
-    return {text.begin(), text.end()};
+    document["photo"] = nameInFile(session.photo);
+    if (session.size) {
+        document["width"] = session.size->width;
+        document["height"] = session.size->height;
+    }
+    if (!session.digest.empty()) {
+        document["digest"] = session.digest;
+    }
+    document["steps"] = Json::array();
+    for (const Step& step : session.steps) {
+        document["steps"].push_back(asJson(step, nameInFile));
+    }
+    return document.dump(1) + "\n";
+}
+
+void notePhoto(SessionFile& session, const Photo& photo) {
+    session.size = photo.size();
+    session.digest = digestOf(photo);
+}
+
+void requireSamePhoto(const SessionFile& session, const Photo& photo, const std::string& name) {
+    if (session.size && *session.size != photo.size()) {
+        throw UserError(name + " was made on a photograph of " + asText(*session.size) +
+                        " and this one has " + asText(photo.size()) +
+                        "; give the photograph that it was made on");
+    }
+    if (!session.digest.empty() && session.digest != digestOf(photo)) {
+        throw UserError(
+            name +
+            " was made on a photograph of this size with other pixels; give the "
+            "photograph that it was made on, or take \"digest\" out of the session file "
+            "when the marks fit this one, too");
+    }
 }

@@ -1,6 +1,8 @@
-// Sessions as JSON files:
+// Sessions as JSON texts:
 //
-//   {"photo": "coffee.png",
+//   {"version": 1,
+//    "photo": "coffee.png", "width": 600, "height": 400,
+//    "digest": "32 hexadecimal digits",
 //    "steps": [
 //      {"op": "box", "box": [left, top, right, bottom]},
 //      {"op": "loop-add", "points": [[x, y], ...]},
@@ -13,22 +15,42 @@
 // Operations: box, loop-add, loop-remove, snap-loop-add, snap-loop-remove, brush-add, brush-remove,
 // marks, undo, redo. "radius" (brushes), "alpha" (snapped loops) and "edit" (brushes and plain
 // loops: change the mask directly, without segmenting) may be left out. Numbers of pixels are whole.
-// Files are named relative to the session file's folder; "-" as photograph is standard input.
+//
+// "version", "width" with "height", and "digest" may be left out; a file with the photograph's size
+// or digest (digestOf in photo.h) fits that photograph only.
+//
+// How files are named is the host's affair: texts hold what `nameInFile` makes of a name, and
+// sessions what `nameForHost` makes of a text's.
 #pragma once
 
+#include <functional>
+#include <opencv2/core.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "byte_stream.h"
+#include "session/photo.h"
 #include "session/step.h"
 
 struct SessionFile {
     std::string photo;
+    std::optional<cv::Size> size;  // of the photograph
+    std::string digest;            // of the photograph, empty when not known
     std::vector<Step> steps;
 };
 
-// Errors name the step and the field. Reads standard input for "-".
-SessionFile readSessionFile(const std::string& path);
+using FileNaming = std::function<std::string(const std::string&)>;
 
-// The document to be stored at `path`, with file names made relative to it.
-Bytes encodeSessionFile(const SessionFile& session, const std::string& path);
+// Throws UserError naming the step and the field; `name` is the text's own for messages.
+SessionFile parseSessionFile(const std::string& text, const std::string& name,
+                             const FileNaming& nameForHost);
+
+// Without size and digest the text is one of before there were any.
+std::string formatSessionFile(const SessionFile& session, const FileNaming& nameInFile);
+
+// Notes the photograph's size and digest.
+void notePhoto(SessionFile& session, const Photo& photo);
+
+// Throws UserError for a photograph of another size or with other pixels than noted; `name` is the
+// session's for the message.
+void requireSamePhoto(const SessionFile& session, const Photo& photo, const std::string& name);

@@ -7,11 +7,8 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-#include "engine_log.h"
-#include "errors.h"
-#include "interrupt.h"
 #include "path/edge_path.h"
-#include "session/marks.h"
+#include "session/strokes.h"
 
 namespace {
 
@@ -24,7 +21,8 @@ constexpr double kSmoothing = 1.0;  // of the gradient, against noise, in pixels
 
 class EdgeMap {
   public:
-    EdgeMap(const Photo& photo, double alpha) : m_photoSize(photo.size()), m_alpha(alpha) {
+    EdgeMap(const Photo& photo, double alpha, SessionHost& host)
+        : m_photoSize(photo.size()), m_alpha(alpha), m_host(host) {
         std::vector<std::uint32_t> words = photo.words;
         cv::cvtColor(asImage(words, photo.size()), m_image, cv::COLOR_BGRA2BGR);
         const double pixels = static_cast<double>(m_image.total());
@@ -41,15 +39,16 @@ class EdgeMap {
 
     // The pixels from one photograph point to another, both included.
     std::vector<cv::Point> path(cv::Point from, cv::Point to) {
-        throwIfInterrupted();
+        m_host.throwIfInterrupted();
         const cv::Point start = reduced(from);
         IplImage image = cvIplImage(m_image);
         IplImage labels = cvIplImage(m_labels);
         const std::vector<int> parents =
             find_parent_info(&image, &labels, start.y, start.x, m_alpha);
         if (parents.empty()) {
-            throw UserError("the search for edges failed (" + takeEngineError() +
-                            "); reduce the photograph if memory ran out");
+            throw UserError("the search for edges failed (" + m_host.takeEngineError() +
+                                "); reduce the photograph if memory ran out",
+                            UserError::Reason::kEngine);
         }
         return mappedBack(parents, from, to);
     }
@@ -120,6 +119,7 @@ class EdgeMap {
 
     cv::Size m_photoSize;
     double m_alpha;
+    SessionHost& m_host;
     cv::Mat m_image;     // CV_8UC3
     cv::Mat m_labels;    // CV_8UC1
     cv::Mat m_strength;  // CV_32FC1, made when asked for
@@ -163,16 +163,16 @@ std::vector<cv::Point> pathThrough(EdgeMap& edges, const std::vector<cv::Point>&
 }  // namespace
 
 std::vector<cv::Point> snappedPath(const Photo& photo, const std::vector<cv::Point>& points,
-                                   double alpha, Stats& stats) {
+                                   double alpha, SessionHost& host, Stats& stats) {
     requireInside(points, photo.size(), "snap");
     requireAlpha(alpha);
     return stats.measure("snap path", [&] {
-        EdgeMap edges(photo, alpha);
+        EdgeMap edges(photo, alpha, host);
         return pathThrough(edges, points);
     });
 }
 
-Step snapLoop(const Step& step, const Photo& photo, Stats& stats) {
+Step snapLoop(const Step& step, const Photo& photo, SessionHost& host, Stats& stats) {
     requireInside(step.points, photo.size(), nameOf(step.operation));
     const double alpha = step.alpha.value_or(kDefaultAlpha);
     requireAlpha(alpha);
@@ -182,7 +182,7 @@ Step snapLoop(const Step& step, const Photo& photo, Stats& stats) {
         return loop;  // what is wrong with it is said where plain loops are checked
     }
     return stats.measure("snap loop", [&] {
-        EdgeMap edges(photo, alpha);
+        EdgeMap edges(photo, alpha, host);
         for (cv::Point& corner : loop.points) {
             corner = edges.nearbyEdge(corner);
         }

@@ -4,7 +4,8 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "photo.h"
+#include "session/photo.h"
+#include "session/session_host.h"
 #include "session/stats.h"
 #include "session/step.h"
 
@@ -14,7 +15,7 @@ constexpr double kDefaultAlpha = 0.5;
 // The path from the first point through the others in their order, as the pixels where it bends.
 // Points outside the photograph and an alpha outside 0 to 1 are errors.
 std::vector<cv::Point> snappedPath(const Photo& photo, const std::vector<cv::Point>& points,
-                                   double alpha, Stats& stats);
+                                   double alpha, SessionHost& host, Stats& stats);
 
 // The plain loop whose sides are snapped, with the operation that adds or removes as `step` does.
-Step snapLoop(const Step& step, const Photo& photo, Stats& stats);
+Step snapLoop(const Step& step, const Photo& photo, SessionHost& host, Stats& stats);

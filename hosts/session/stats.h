@@ -2,12 +2,29 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+// Where a system tells how much memory a program uses.
+class MemoryMeter {
+  public:
+    MemoryMeter() = default;
+    virtual ~MemoryMeter() = default;
+    MemoryMeter(const MemoryMeter&) = delete;
+    MemoryMeter& operator=(const MemoryMeter&) = delete;
+
+    // A stage begins: its peak is that from now on.
+    virtual void forgetPeak() = 0;
+    virtual double peakMegabytes() = 0;  // of resident memory
+};
+
 class Stats {
   public:
+    // Without a meter there are times alone. The meter outlives the statistics.
+    explicit Stats(MemoryMeter* meter = nullptr) : m_meter(meter) {}
+
     // Runs `body` as the stage `name` and hands on its result.
     template <typename Body>
     auto measure(std::string name, Body&& body) {
@@ -23,7 +40,7 @@ class Stats {
     struct Entry {
         std::string stage;
         double milliseconds;
-        double peakMegabytes;
+        std::optional<double> peakMegabytes;
     };
     class Stage {
       public:
@@ -38,5 +55,8 @@ class Stats {
         std::chrono::steady_clock::time_point m_start;
     };
 
+    Entry total() const;
+
+    MemoryMeter* m_meter;
     std::vector<Entry> m_entries;
 };

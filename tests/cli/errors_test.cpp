@@ -58,6 +58,13 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{R"(echo '{"photo": "photo.png", "steps": [{"op": "box", "box": [1]}]}' |
                  segcore replay - --mask old.png)",
               1, "step 1"},
+        Fault{R"(echo '{"photo": "photo.png", "width": 9, "height": 120, "steps": []}' |
+                 segcore cut photo.png --session - --box 30,10,130,110 --mask old.png)",
+              1, "was made on a photograph of 9 x 120 pixels"},
+        Fault{R"(echo '{"photo": "photo.png", "steps": [
+                 {"op": "box", "box": [30, 10, 130, 110]}, {"op": "redo"}]}' |
+                 segcore replay - --mask old.png)",
+              1, "step 2 (redo): there is nothing to redo"},
         Fault{"segcore snap photo.png --from 1,1 --to 9,120 --svg old.png", 1, "9,120 lies out"}));
 
 // How long the program has been able to handle an interrupt when it comes, and what it reads.

@@ -132,6 +132,13 @@ TEST(Replay, RepeatsASavedSession) {
     const cv::Mat cut = place.image("cut.png");
     EXPECT_TRUE(same(place.image("replayed.png"), cut));
     EXPECT_TRUE(same(place.image("piped.png"), cut));
+    const Outcome continued = place.run(
+        "segcore cut photo.png --snap-alpha 0.2 --snap-loop-add 40,20 120,20 120,100 40,100 --mask "
+        "- --save-session old.json >/dev/null && segcore cut photo.png --session old.json "
+        "--brush-radius 3 --brush-remove 46,60 56,60 --undo --redo --mask continued.png "
+        "--save-session kept/again.json && cmp kept/session.json kept/again.json");
+    EXPECT_EQ(continued.code, 0) << continued.out << continued.err;
+    EXPECT_TRUE(same(place.image("continued.png"), cut));
     // The brush bites into the disc's left edge, at (50, 60).
     EXPECT_EQ(cv::countNonZero(cut(cv::Rect(46, 60, 11, 1))), 0);
     EXPECT_EQ(cut.at<std::uint8_t>(60, 80), 255);

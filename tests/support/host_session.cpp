@@ -1,8 +1,9 @@
 #include "support/host_session.h"
 
-#include <opencv2/imgproc.hpp>
+#include <opencv2/core.hpp>
 
 #include "interface/segmentation_core.h"
+#include "session/strokes.h"
 
 HostSession::HostSession(const Scene& scene)
     : width(scene.width),
@@ -63,11 +64,14 @@ std::vector<int> HostSession::noMarkers() const {
     return std::vector<int>(photo.size(), SEGCORE_MARK_NONE);
 }
 
-std::vector<int> HostSession::loopMarkers(std::vector<int> points) const {
+std::vector<int> HostSession::loopMarkers(const std::vector<int>& points) const {
     std::vector<int> markers = noMarkers();
     cv::Mat canvas(height, width, CV_32SC1, markers.data());
-    const std::vector<cv::Mat> polygon{cv::Mat(points).reshape(2)};
-    cv::fillPoly(canvas, polygon, cv::Scalar(SEGCORE_MARK_CANDIDATE));
+    std::vector<cv::Point> corners;
+    for (std::size_t i = 0; i + 1 < points.size(); i += 2) {
+        corners.emplace_back(points[i], points[i + 1]);
+    }
+    fillLoop(canvas, corners, SEGCORE_MARK_CANDIDATE);
     return markers;
 }
 

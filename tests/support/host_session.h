@@ -27,7 +27,7 @@ class HostSession {
     static std::vector<int> fetchOutline();
 
     std::vector<int> noMarkers() const;
-    std::vector<int> loopMarkers(std::vector<int> points) const;
+    std::vector<int> loopMarkers(const std::vector<int>& points) const;
     std::vector<int> rectangle(int x, int y, int columns, int rows, int code) const;
 
     int width;

@@ -1,11 +1,11 @@
-#include "session/marks.h"
+#include "session/strokes.h"
 
 #include <algorithm>
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-#include "errors.h"
 #include "interface/segmentation_core.h"
+#include "session/errors.h"
 
 namespace {
 
@@ -65,6 +65,15 @@ std::vector<cv::Point> pathThereAndBack(const cv::Mat& image, const std::vector<
     return stroke;
 }
 
+int strokeTypeOf(Operation operation) {
+    if (isBrush(operation)) {
+        return removes(operation) ? SEGCORE_BRUSH_REMOVE : SEGCORE_BRUSH_ADD;
+    }
+    return removes(operation) ? SEGCORE_LOOP_REMOVE : SEGCORE_LOOP_ADD;
+}
+
+}  // namespace
+
 void drawBrush(cv::Mat& markers, const std::vector<cv::Point>& path, int radius, int code) {
     for (std::size_t i = 0; i < path.size(); ++i) {
         cv::circle(markers, path[i], radius, cv::Scalar(code), cv::FILLED);
@@ -74,14 +83,9 @@ void drawBrush(cv::Mat& markers, const std::vector<cv::Point>& path, int radius,
     }
 }
 
-int strokeTypeOf(Operation operation) {
-    if (isBrush(operation)) {
-        return removes(operation) ? SEGCORE_BRUSH_REMOVE : SEGCORE_BRUSH_ADD;
-    }
-    return removes(operation) ? SEGCORE_LOOP_REMOVE : SEGCORE_LOOP_ADD;
+void fillLoop(cv::Mat& markers, const std::vector<cv::Point>& corners, int code) {
+    cv::fillPoly(markers, std::vector<std::vector<cv::Point>>{corners}, cv::Scalar(code));
 }
-
-}  // namespace
 
 void requireInside(const std::vector<cv::Point>& points, cv::Size photo, const char* what) {
     for (const cv::Point& point : points) {
@@ -107,8 +111,7 @@ Request requestFor(const Step& step, cv::Size photo) {
         request.stroke = pathThereAndBack(request.markers, step.points);
     } else {
         request.stroke = step.operation == Operation::kBox ? outlineOf(step.points) : step.points;
-        cv::fillPoly(request.markers, std::vector<std::vector<cv::Point>>{request.stroke},
-                     cv::Scalar(step.edit ? certain : SEGCORE_MARK_CANDIDATE));
+        fillLoop(request.markers, request.stroke, step.edit ? certain : SEGCORE_MARK_CANDIDATE);
     }
     if (step.edit) {
         request.stroke.clear();

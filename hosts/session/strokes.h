@@ -1,4 +1,5 @@
-// Marks become host calls.
+// Marks become host calls. Every host draws its strokes here, so that the same marks are the same
+// request everywhere.
 //
 //   box      its inside, border included, is a candidate for the object; the stroke is its outline
 //   loop     its inside, border included, is a candidate for what is added or removed; the stroke
@@ -28,5 +29,10 @@ struct Request {
 // For boxes, loops and brushes. Points outside the photograph and shapes with too few points are
 // errors.
 Request requestFor(const Step& step, cv::Size photo);
+
+// The two shapes alone, on CV_32SC1 or CV_8UC1: the discs along a path, and a loop's inside with its
+// border.
+void drawBrush(cv::Mat& markers, const std::vector<cv::Point>& path, int radius, int code);
+void fillLoop(cv::Mat& markers, const std::vector<cv::Point>& corners, int code);
 
 void requireInside(const std::vector<cv::Point>& points, cv::Size photo, const char* what);
