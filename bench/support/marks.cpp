@@ -1,18 +1,23 @@
 #include "support/marks.h"
 
 #include <algorithm>
-#include <opencv2/imgproc.hpp>
+#include <utility>
 
 #include "interface/segmentation_core.h"
+#include "session/strokes.h"
 
 namespace {
 
-constexpr double kBrushRadius = 0.01;  // of the photograph's mean side
-constexpr double kStrokeStep = 4.0;    // brush radii between two reported points, as a finger moves
-
-cv::Mat markerImage(const Photograph& photo, Marks& marks) {
-    marks.markers.assign(photo.pixels(), SEGCORE_MARK_NONE);
-    return {photo.height, photo.width, CV_32SC1, marks.markers.data()};
+Marks marksOf(const Photograph& photo, Operation operation, std::vector<cv::Point> points) {
+    Step step;
+    step.operation = operation;
+    step.points = std::move(points);
+    const Request request = requestFor(step, {photo.width, photo.height});
+    Marks marks{{}, {request.markers.begin<int>(), request.markers.end<int>()}, request.strokeType};
+    for (const cv::Point& point : request.stroke) {
+        marks.points.insert(marks.points.end(), {point.x, point.y});
+    }
+    return marks;
 }
 
 cv::Point inside(const Photograph& photo, double x, double y) {
@@ -31,50 +36,15 @@ cv::Point inBox(const Photograph& photo, double u, double v) {
 
 Marks boxMarks(const Photograph& photo) {
     const Box& box = photo.box;
-    Marks marks{{}, {}, SEGCORE_LOOP_ADD};
-    const auto add = [&marks](int x, int y) { marks.points.insert(marks.points.end(), {x, y}); };
-    for (int x = box.left; x < box.right; ++x) {
-        add(x, box.top);
-    }
-    for (int y = box.top; y < box.bottom; ++y) {
-        add(box.right, y);
-    }
-    for (int x = box.right; x > box.left; --x) {
-        add(x, box.bottom);
-    }
-    for (int y = box.bottom; y > box.top; --y) {
-        add(box.left, y);
-    }
-    cv::rectangle(markerImage(photo, marks), cv::Point(box.left, box.top),
-                  cv::Point(box.right, box.bottom), cv::Scalar(SEGCORE_MARK_CANDIDATE), cv::FILLED);
-    return marks;
+    return marksOf(photo, Operation::kBox, {{box.left, box.top}, {box.right, box.bottom}});
 }
 
 Marks loopMarks(const Photograph& photo) {
-    Marks marks{{}, {}, SEGCORE_LOOP_ADD};
-    for (const cv::Point& point : photo.loop) {
-        marks.points.insert(marks.points.end(), {point.x, point.y});
-    }
-    cv::Mat image = markerImage(photo, marks);
-    cv::fillPoly(image, std::vector<std::vector<cv::Point>>{photo.loop},
-                 cv::Scalar(SEGCORE_MARK_CANDIDATE));
-    return marks;
+    return marksOf(photo, Operation::kLoopAdd, photo.loop);
 }
 
 Marks brushMarks(const Photograph& photo, cv::Point from, cv::Point to, bool adds) {
-    Marks marks{{}, {}, adds ? SEGCORE_BRUSH_ADD : SEGCORE_BRUSH_REMOVE};
-    const double radius = std::max(1.0, kBrushRadius * (photo.width + photo.height) / 2.0);
-    const double length = cv::norm(to - from);
-    const int steps = std::max(1, static_cast<int>(length / (kStrokeStep * radius)));
-    for (int i = 0; i <= steps; ++i) {
-        const double t = static_cast<double>(i) / steps;
-        const cv::Point point =
-            inside(photo, from.x + t * (to.x - from.x), from.y + t * (to.y - from.y));
-        marks.points.insert(marks.points.end(), {point.x, point.y});
-    }
-    const int code = adds ? SEGCORE_MARK_OBJECT : SEGCORE_MARK_BACKGROUND;
-    cv::line(markerImage(photo, marks), from, to, cv::Scalar(code), static_cast<int>(2.0 * radius));
-    return marks;
+    return marksOf(photo, adds ? Operation::kBrushAdd : Operation::kBrushRemove, {from, to});
 }
 
 Marks firstBrush(const Photograph& photo) {

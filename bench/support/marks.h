@@ -1,4 +1,4 @@
-// A user's marks, as a host rasterises them and hands them in.
+// A user's marks, drawn and handed in as every host does it.
 #pragma once
 
 #include <vector>
@@ -11,11 +11,11 @@ struct Marks {
     int strokeType;
 };
 
-// Everything inside may be object: the marks of doSegmentationBB and of a closed loop.
+// Everything inside may be object.
 Marks boxMarks(const Photograph& photo);
 Marks loopMarks(const Photograph& photo);
 
-// A brush stroke along a line with a round brush of a hundredth of the photograph's mean side.
+// A brush stroke along a line with the round brush that hosts use unless told otherwise.
 Marks brushMarks(const Photograph& photo, cv::Point from, cv::Point to, bool adds);
 
 // The first stroke of a brush session: over the middle of the box.

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <map>
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
+
+#include "measure/folder_on_disk.h"
+#include "session/photo.h"
+#include "session/strokes.h"
 
 namespace {
 
@@ -25,18 +27,12 @@ const std::map<std::string, Box>& sampleBoxes() {
     return boxes;
 }
 
-std::filesystem::path beside(const std::filesystem::path& file, const char* suffix) {
-    return file.parent_path() / (file.stem().string() + suffix);
-}
-
-Box boxOf(const std::filesystem::path& file, const cv::Size& size) {
-    std::ifstream text(beside(file, ".box.txt"));
+Box boxOf(const DataPhoto& photo, const cv::Size& size) {
+    const cv::Rect given = photo.box();
     Box box;
-    if (text >> box.left >> box.top >> box.right >> box.bottom) {
-        --box.right;
-        --box.bottom;
-    } else if (const auto known = sampleBoxes().find(file.stem().string());
-               known != sampleBoxes().end()) {
+    if (!given.empty()) {
+        box = {given.x, given.y, given.br().x - 1, given.br().y - 1};
+    } else if (const auto known = sampleBoxes().find(photo.name()); known != sampleBoxes().end()) {
         box = known->second;
     } else {
         const int marginX = size.width / kDefaultMargin;
@@ -64,58 +60,31 @@ std::vector<cv::Point> ellipseAround(const Box& box, const cv::Size& size) {
     return loop;
 }
 
-std::vector<cv::Point> loopOf(const std::filesystem::path& file, const Box& box,
-                              const cv::Size& size) {
-    std::ifstream text(beside(file, ".lasso.txt"));
-    std::vector<cv::Point> loop;
-    for (cv::Point point; text >> point.x >> point.y;) {
-        loop.push_back(point);
-    }
-    return loop.size() >= 3 ? loop : ellipseAround(box, size);
-}
-
-std::vector<std::uint32_t> wordsOf(const cv::Mat& image) {
-    cv::Mat opaque;
-    cv::cvtColor(image, opaque, cv::COLOR_BGR2BGRA);
-    const auto* first = opaque.ptr<std::uint32_t>();
-    return {first, first + opaque.total()};
-}
-
-bool isPhotograph(const std::filesystem::path& file) {
-    static const std::vector<std::string> kTypes = {".bmp", ".jpg", ".jpeg", ".png"};
-    static const std::vector<std::string> kMarks = {".gt", ".s1", ".s2", ".marks"};
-    const bool image =
-        std::find(kTypes.begin(), kTypes.end(), file.extension().string()) != kTypes.end();
-    const std::string inner = file.stem().extension().string();
-    return image && std::find(kMarks.begin(), kMarks.end(), inner) == kMarks.end();
-}
-
 }  // namespace
 
 Photograph loadPhotograph(const std::string& file) {
-    const cv::Mat image = cv::imread(file, cv::IMREAD_COLOR);
+    const std::filesystem::path path(file);
+    const FolderOnDisk folder(path.parent_path());
+    const DataPhoto photo(folder, path.filename().string());
+    const cv::Mat image = photo.image();
     if (image.empty()) {
-        throw std::runtime_error(file + ": not an image that can be read");
+        throw std::runtime_error(file + ": no such file");
     }
-    const Box box = boxOf(file, image.size());
-    return {std::filesystem::path(file).stem().string(),
-            image.cols,
-            image.rows,
-            wordsOf(image),
-            box,
-            loopOf(file, box, image.size())};
+    const Box box = boxOf(photo, image.size());
+    const std::vector<cv::Point> loop = photo.lasso();
+    return {photo.name(), image.cols,
+            image.rows,   photoOf(image, file).words,
+            box,          loop.size() >= kLoopCorners ? loop : ellipseAround(box, image.size())};
 }
 
 std::vector<std::string> photographsIn(const std::string& folder) {
     std::vector<std::string> files;
     if (std::filesystem::is_directory(folder)) {
-        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-            if (isPhotograph(entry.path())) {
-                files.push_back(entry.path().string());
-            }
+        const FolderOnDisk dataSet(folder);
+        for (const DataPhoto& photo : photosIn(dataSet)) {
+            files.push_back((std::filesystem::path(folder) / photo.file()).string());
         }
     }
-    std::sort(files.begin(), files.end());
     return files;
 }
 
@@ -143,7 +112,7 @@ Photograph resized(const Photograph& photo, int width, int height) {
         photo.name,
         width,
         height,
-        wordsOf(image),
+        photoOf(image, photo.name).words,
         {x(photo.box.left), y(photo.box.top), x(photo.box.right), y(photo.box.bottom)},
         {}};
     for (const cv::Point& point : photo.loop) {
@@ -161,6 +130,6 @@ Photograph enlarged(const Photograph& photo, double megapixels) {
     cv::RNG generator(kNoiseSeed);
     generator.fill(noise, cv::RNG::NORMAL, cv::Scalar::all(0.0), cv::Scalar::all(kNoiseSigma));
     cv::add(image, noise, image, cv::noArray(), CV_8U);
-    result.words = wordsOf(image);
+    result.words = photoOf(image, photo.name).words;
     return result;
 }

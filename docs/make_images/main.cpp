@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "host_session.h"
 #include "painting.h"
+#include "session/session.h"
 #include "snapping.h"
 #include "stages.h"
 
@@ -19,8 +19,9 @@ namespace {
 const cv::Rect kCupBox(cv::Point(70, 14), cv::Point(487, 391));
 const cv::Rect kSpoon(375, 50, 64, 64);
 const cv::Rect kPersonBox(cv::Point(20, 10), cv::Point(363, 512));
-const BrushStroke kCollar{
-    {{140, 180}, {175, 195}, {235, 205}, {285, 215}, {265, 248}, {215, 262}, {185, 240}}, 8, true};
+const std::vector<cv::Point> kCollar{{140, 180}, {175, 195}, {235, 205}, {285, 215},
+                                     {265, 248}, {215, 262}, {185, 240}};
+constexpr int kCollarRadius = 8;
 
 // Points along the cup's rim and along the person, and what of the photographs is shown.
 const std::vector<cv::Point> kRim{{185, 85},  {260, 28},  {385, 80}, {395, 160},
@@ -36,6 +37,34 @@ cv::Mat read(const std::string& path) {
         throw std::runtime_error("cannot read " + path);
     }
     return photo;
+}
+
+Step boxStep(const cv::Rect& box) {
+    Step step;
+    step.points = {box.tl(), box.br() - cv::Point(1, 1)};
+    return step;
+}
+
+Step collarStep() {
+    Step step;
+    step.operation = Operation::kBrushAdd;
+    step.points = kCollar;
+    step.radius = kCollarRadius;
+    return step;
+}
+
+// The masks after each step as a host gets them.
+std::vector<cv::Mat> masksOf(const cv::Mat& image, const std::vector<Step>& steps) {
+    const Photo photo = photoOf(image, "the photograph");
+    SessionHost host;
+    Stats stats;
+    Session session(photo, host, stats);
+    std::vector<cv::Mat> masks;
+    for (const Step& step : steps) {
+        session.apply(step);
+        masks.push_back(session.result().clone());
+    }
+    return masks;
 }
 
 cv::Mat withBox(const cv::Mat& photo, const cv::Rect& box) {
@@ -55,7 +84,7 @@ void write(const std::string& images, const std::string& name,
 void paintCup(const cv::Mat& photo, const std::string& images) {
     const cv::Mat mask = paintStages(photo, kCupBox, kSpoon, images);
     // Pictures of something else than what a host gets are refused.
-    if (cv::countNonZero(HostSession(photo).box(kCupBox) != mask) != 0) {
+    if (cv::countNonZero(masksOf(photo, {boxStep(kCupBox)}).front() != mask) != 0) {
         throw std::runtime_error("the stages do not add up to the mask of the host calls");
     }
     write(images, "result",
@@ -63,13 +92,11 @@ void paintCup(const cv::Mat& photo, const std::string& images) {
 }
 
 void paintPerson(const cv::Mat& photo, const std::string& images) {
-    HostSession session(photo);
-    const cv::Mat boxCutOut = paintCutOut(photo, session.box(kPersonBox));
+    const std::vector<cv::Mat> masks = masksOf(photo, {boxStep(kPersonBox), collarStep()});
+    const cv::Mat boxCutOut = paintCutOut(photo, masks[0]);
     cv::Mat stroke = boxCutOut.clone();
-    cv::polylines(stroke, kCollar.corners, false, cv::Scalar(60, 190, 60), 2 * kCollar.radius,
-                  cv::LINE_AA);
-    write(images, "brush",
-          {withBox(photo, kPersonBox), stroke, paintCutOut(photo, session.brush(kCollar))});
+    cv::polylines(stroke, kCollar, false, cv::Scalar(60, 190, 60), 2 * kCollarRadius, cv::LINE_AA);
+    write(images, "brush", {withBox(photo, kPersonBox), stroke, paintCutOut(photo, masks[1])});
 }
 
 }  // namespace

@@ -4,10 +4,11 @@
 #include <stdexcept>
 
 #include "path/edge_path.h"
+#include "session/snapped_loop.h"
 
 namespace {
 
-constexpr double kAlpha = 0.5;  // share of the length, as the command line has it
+constexpr double kAlpha = kDefaultAlpha;
 constexpr int kPointRadius = 4;
 const cv::Scalar kStraight(255, 200, 0);
 const cv::Scalar kSnapped(0, 255, 255);

@@ -2,8 +2,7 @@
 // from the true ones.
 //
 // A case names the marks of a session in order, joined by "+": box, lasso, s1 and s2. A scribble
-// set is brushed one stroke for each connected piece: the object's pieces with the adding brush
-// first, then the background's with the removing one.
+// set is one step of painted marks.
 #include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstdio>
@@ -16,15 +15,13 @@
 #include <sstream>
 
 #include "contact_sheet.h"
-#include "photo_set.h"
-#include "score.h"
-#include "session.h"
+#include "measure/folder_on_disk.h"
+#include "measure/mark_case.h"
+#include "measure/score.h"
 
 namespace {
 
 constexpr double kLargePhotoPixels = 1e6;  // means are taken for small and large ones apart
-constexpr int kBackgroundScribble = 1;
-constexpr int kObjectScribble = 2;
 
 struct Options {
     std::string folder;
@@ -32,7 +29,6 @@ struct Options {
     std::vector<std::string> only;
     std::string contactSheet;
     std::string maskFolder;
-    bool regions = false;
     bool json = false;
 };
 
@@ -42,65 +38,20 @@ struct Result {
     bool large = false;
     std::optional<Score> score;  // none without a true mask
     double milliseconds = 0.0;
-    cv::Rect region;         // of the last request, in pixels of the photograph
-    int objectOutside = -1;  // pixels of the true object that it leaves out
 };
 
-std::vector<std::string> split(const std::string& joined, char separator) {
-    std::vector<std::string> parts;
-    std::istringstream stream(joined);
-    for (std::string part; std::getline(stream, part, separator);) {
-        parts.push_back(part);
+// Empty when the photograph lacks one of the case's marks.
+cv::Mat cut(const DataPhoto& photo, const cv::Mat& image, const std::string& markCase) {
+    try {
+        CaseSession session(photo, image);
+        return session.apply(markCase) ? session.mask() : cv::Mat();
+    } catch (const UserError& error) {
+        throw std::runtime_error(photo.name() + " " + markCase + ": " + error.what());
     }
-    return parts;
 }
 
-// False when the photograph lacks the mark.
-bool apply(Session& session, const Photo& photo, const std::string& mark) {
-    if (mark == "box") {
-        const cv::Rect box = photo.box();
-        if (!box.empty()) {
-            session.box(box);
-        }
-        return !box.empty();
-    }
-    if (mark == "lasso") {
-        const std::vector<cv::Point> loop = photo.lasso();
-        if (!loop.empty()) {
-            session.lasso(loop);
-        }
-        return !loop.empty();
-    }
-    const cv::Mat scribbles = photo.scribbles(mark);
-    if (scribbles.empty()) {
-        return false;
-    }
-    for (const BrushStroke& stroke : strokesOf(scribbles, kObjectScribble)) {
-        session.brush(stroke, true);
-    }
-    for (const BrushStroke& stroke : strokesOf(scribbles, kBackgroundScribble)) {
-        session.brush(stroke, false);
-    }
-    return true;
-}
-
-struct Cutting {
-    cv::Mat mask;  // empty when the photograph lacks one of the case's marks
-    cv::Rect region;
-};
-
-Cutting cut(const Photo& photo, const cv::Mat& image, const std::string& markCase) {
-    Session session(image);
-    for (const std::string& mark : split(markCase, '+')) {
-        if (!apply(session, photo, mark)) {
-            return {};
-        }
-    }
-    return {session.mask(), session.region()};
-}
-
-cv::Mat scribblesOf(const Photo& photo, const std::string& markCase) {
-    const std::string last = split(markCase, '+').back();
+cv::Mat scribblesOf(const DataPhoto& photo, const std::string& markCase) {
+    const std::string last = marksOf(markCase).back();
     return last == "s1" || last == "s2" ? photo.scribbles(last) : cv::Mat();
 }
 
@@ -116,10 +67,11 @@ std::string captionOf(const Result& result) {
 
 std::vector<Result> measure(const Options& options, ContactSheet& sheet) {
     std::vector<Result> results;
-    for (const Photo& photo : findPhotos(options.folder)) {
+    const FolderOnDisk folder(options.folder);
+    for (const DataPhoto& photo : photosIn(folder)) {
         const bool wanted =
             options.only.empty() ||
-            std::find(options.only.begin(), options.only.end(), photo.name) != options.only.end();
+            std::find(options.only.begin(), options.only.end(), photo.name()) != options.only.end();
         if (!wanted) {
             continue;
         }
@@ -128,27 +80,24 @@ std::vector<Result> measure(const Options& options, ContactSheet& sheet) {
         sheet.startRow();
         for (const std::string& markCase : options.cases) {
             const auto start = std::chrono::steady_clock::now();
-            const auto [mask, region] = cut(photo, image, markCase);
+            const cv::Mat mask = cut(photo, image, markCase);
             const std::chrono::duration<double, std::milli> elapsed =
                 std::chrono::steady_clock::now() - start;
             if (mask.empty()) {
                 continue;
             }
             Result result;
-            result.photo = photo.name;
+            result.photo = photo.name();
             result.markCase = markCase;
             result.large = static_cast<double>(image.total()) > kLargePhotoPixels;
             result.milliseconds = elapsed.count();
-            result.region = region;
             if (!truth.empty()) {
                 result.score = scoreOf(mask, truth);
-                const cv::Mat object = truth == 255;
-                result.objectOutside = cv::countNonZero(object) - cv::countNonZero(object(region));
             }
             sheet.add(image, mask, scribblesOf(photo, markCase), captionOf(result));
             if (!options.maskFolder.empty()) {
-                const std::filesystem::path folder(options.maskFolder);
-                cv::imwrite((folder / (photo.name + "." + markCase + ".png")).string(), mask);
+                const std::filesystem::path masks(options.maskFolder);
+                cv::imwrite((masks / (photo.name() + "." + markCase + ".png")).string(), mask);
             }
             results.push_back(std::move(result));
         }
@@ -183,17 +132,8 @@ std::map<std::pair<std::string, bool>, Mean> meansOf(const std::vector<Result>& 
     return means;
 }
 
-void printRegion(const Result& result) {
-    const cv::Rect& region = result.region;
-    std::printf("  %dx%d+%d+%d", region.width, region.height, region.x, region.y);
-    if (result.score) {
-        std::printf(" leaves out %d", result.objectOutside);
-    }
-}
-
-void printTable(const std::vector<Result>& results, bool regions) {
-    std::printf("%-18s %-10s %8s %8s %9s%s\n", "photograph", "case", "error %", "IoU", "ms",
-                regions ? "  region" : "");
+void printTable(const std::vector<Result>& results) {
+    std::printf("%-18s %-10s %8s %8s %9s\n", "photograph", "case", "error %", "IoU", "ms");
     for (const Result& result : results) {
         std::printf("%-18s %-10s ", result.photo.c_str(), result.markCase.c_str());
         if (result.score) {
@@ -201,11 +141,7 @@ void printTable(const std::vector<Result>& results, bool regions) {
         } else {
             std::printf("%8s %8s", "-", "-");
         }
-        std::printf(" %9.0f", result.milliseconds);
-        if (regions) {
-            printRegion(result);
-        }
-        std::printf("\n");
+        std::printf(" %9.0f\n", result.milliseconds);
     }
     for (const auto& [key, mean] : meansOf(results)) {
         const std::string label =
@@ -222,14 +158,8 @@ void printJson(const std::vector<Result>& results) {
         nlohmann::json entry{{"photograph", result.photo},
                              {"case", result.markCase},
                              {"large", result.large},
-                             {"milliseconds", result.milliseconds},
-                             {"region",
-                              {{"left", result.region.x},
-                               {"top", result.region.y},
-                               {"width", result.region.width},
-                               {"height", result.region.height}}}};
+                             {"milliseconds", result.milliseconds}};
         if (result.score) {
-            entry["objectPixelsOutsideRegion"] = result.objectOutside;
             entry["errorRate"] = result.score->errorRate;
             entry["iou"] = result.score->iou;
         }
@@ -246,17 +176,6 @@ void printJson(const std::vector<Result>& results) {
     std::printf("%s\n", document.dump(2).c_str());
 }
 
-std::string checkCase(const std::string& markCase) {
-    const std::vector<std::string> marks = split(markCase, '+');
-    for (std::size_t i = 0; i < marks.size(); ++i) {
-        if (marks[i] == "box" ? i > 0
-                              : marks[i] != "lasso" && marks[i] != "s1" && marks[i] != "s2") {
-            return "a case joins lasso, s1 and s2 by +, box only at its beginning";
-        }
-    }
-    return marks.empty() ? "a case names at least one mark" : "";
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -267,15 +186,12 @@ int main(int argc, char** argv) {
         ->check(CLI::ExistingDirectory);
     app.add_option("--case", options.cases, "Marks of a session, e.g. box+s1")
         ->delimiter(',')
-        ->check(CLI::Validator(checkCase, "MARK[+MARK...]"))
+        ->check(CLI::Validator(faultOf, "MARK[+MARK...]"))
         ->capture_default_str();
     app.add_option("--only", options.only, "Names of the photographs to measure")->delimiter(',');
     app.add_option("--contact-sheet", options.contactSheet, "Picture of all results");
     app.add_option("--masks", options.maskFolder, "Folder to write the masks to")
         ->check(CLI::ExistingDirectory);
-    app.add_flag("--regions", options.regions,
-                 "Show what the last request of a case worked on, as WxH+X+Y of the photograph,\n"
-                 "and how many pixels of the true object that leaves out");
     app.add_flag("--json", options.json, "Print JSON instead of a table");
     CLI11_PARSE(app, argc, argv);
     try {
@@ -285,7 +201,7 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "%s: no photograph with these marks\n", options.folder.c_str());
             return 1;
         }
-        options.json ? printJson(results) : printTable(results, options.regions);
+        options.json ? printJson(results) : printTable(results);
         if (!options.contactSheet.empty()) {
             sheet.write(options.contactSheet);
         }

@@ -4,11 +4,11 @@
 # percent, before and after. Builds the library twice, the second time from a copy in which the
 # search is switched off.
 #
-#   hosts/measure/compare-margins.sh FOLDER [OPTION OF segcore-measure...]
+#   bench/compare-margins.sh FOLDER [OPTION OF segcore-bench-margins...]
 #
 # BUILD=DIRECTORY keeps the builds for the next time.
 set -eu
-root=$(cd "$(dirname "$0")/../.." && pwd)
+root=$(cd "$(dirname "$0")/.." && pwd)
 [ $# -gt 0 ] || { sed -n '2,9s/^#//p' "$0" >&2; exit 2; }
 
 scratch=$(mktemp -d)
@@ -23,27 +23,27 @@ grep -q '^constexpr int kTries = 0;' "$search" || { echo "the search's tries are
 # build NAME SOURCES
 build() {
     {
-        cmake -S "$2" -B "$build/$1" -DCMAKE_BUILD_TYPE=Release -DSEGCORE_MEASURE=ON \
+        cmake -S "$2" -B "$build/$1" -DCMAKE_BUILD_TYPE=Release -DSEGCORE_BENCH=ON \
             -DSEGCORE_CLI=OFF -DSEGCORE_TESTS=OFF
-        cmake --build "$build/$1" -j "$(nproc)" --target segcore-measure
+        cmake --build "$build/$1" -j "$(nproc)" --target segcore-bench-margins
     } >"$scratch/log" 2>&1 || { cat "$scratch/log" >&2; exit 1; }
 }
 
 build on "$root"
 build off "$build/off-tree"
 for kind in off on; do
-    "$build/$kind/hosts/measure/segcore-measure" --regions "$@" 2>/dev/null >"$scratch/$kind"
+    "$build/$kind/bench/segcore-bench-margins" "$@" 2>/dev/null >"$scratch/$kind"
 done
 
 awk '
-    /^photograph/ || /^mean/ { next }
-    { key = $1 SUBSEP $2; split($6, size, /[x+]/) }
-    FNR == NR { area[key] = size[1] * size[2]; error[key] = $3; outside[key] = $9; next }
+    /^photograph/ { next }
+    { key = $1 SUBSEP $2; split($4, size, /[x+]/) }
+    FNR == NR { area[key] = size[1] * size[2]; error[key] = $3; outside[key] = $7; next }
     !($1 in row) {  # the region of the first case
         names[++photos] = $1
         cut = area[key] - size[1] * size[2]
-        row[$1] = sprintf("| %s | %s | %d | %.1f %% | %s |", $1, $6, cut, 100 * cut / area[key],
-                          NF > 6 ? $9 - outside[key] : "-")
+        row[$1] = sprintf("| %s | %s | %d | %.1f %% | %s |", $1, $4, cut, 100 * cut / area[key],
+                          NF > 4 ? $7 - outside[key] : "-")
     }
     !($2 in seen) { seen[$2]; cases = cases " " $2 " |"; rule = rule "---|" }
     { row[$1] = row[$1] " " (error[key] == $3 ? $3 : error[key] " → **" $3 "**") " |" }
