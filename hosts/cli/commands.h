@@ -22,7 +22,7 @@ struct CutOutputs {
 
 // Leads a session and writes its results. `sessionName` is that of the file which the photograph has
 // to fit.
-void runCut(const SessionFile& session, const CutOutputs& outputs, const std::string& sessionName);
+void runCut(const SessionFile& file, const CutOutputs& outputs, const std::string& sessionName);
 
 struct SnapRequest {
     std::string photo;

@@ -29,7 +29,7 @@
 cv::Mat paintedMarks(cv::Mat picture, const std::string& name, cv::Size photo);
 
 // The request on a photograph without a result.
-Request firstPaintedRequest(const cv::Mat& codes);
+Request firstPaintedRequest(const cv::Mat& painted);
 
 // The request of one code on a result (CV_8UC1, 255 object); none when it asks for nothing.
 std::optional<Request> paintedRequest(const cv::Mat& codes, int code, const cv::Mat& result);
