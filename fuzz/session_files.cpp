@@ -42,10 +42,6 @@ class FuzzHost : public SessionHost {
         image(cv::Rect(2, 2, 30, 2)).setTo(cv::Scalar(0, 0, 255, 255));
         return image;
     }
-    std::string takeEngineError() override {
-        const Log errors = takeErrors();
-        return errors.empty() ? std::string() : errors.front().text;
-    }
 };
 
 std::string sameName(const std::string& name) {

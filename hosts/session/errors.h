@@ -11,7 +11,9 @@ class UserError : public std::runtime_error {
         kInput,  // a mark, a photograph or a file that does not fit; the message says which
         kCancelled,
         kOutOfTime,
-        kEngine,  // refused or failed inside, memory ran out for example
+        kEndedByObserver,
+        kOutOfMemory,
+        kEngine,  // refused for a reason inside
     };
 
     explicit UserError(const std::string& what, Reason why = Reason::kInput)

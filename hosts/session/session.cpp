@@ -13,11 +13,6 @@ namespace {
 
 // Host masks hold 0 and 255 only: a call that delivers no mask leaves this byte standing.
 constexpr std::uint8_t kUntouched = 1;
-constexpr double kTimeLimitSeconds = 10.0;  // of the engine, for one request
-
-double secondsSince(std::chrono::steady_clock::time_point start) {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
 
 void passMarks(const Request& request) {
     std::vector<int> coordinates;
@@ -88,19 +83,27 @@ Session::Session(const Photo& photo, SessionHost& host, Stats& stats)
       m_blended(photo.words),
       m_delivered(photo.words.size()),
       m_result(cv::Mat::zeros(photo.size(), CV_8UC1)) {
+    setTimeLimit(0.0);
     m_stats.measure("set photograph",
                     [&] { setSourceImage(m_photo.width, m_photo.height, m_photo.words.data()); });
-    m_stats.measure("prepare engine", [] { initSegmentationEngine(0); });
+    if (segcore_last_status() == SEGCORE_DONE) {
+        m_stats.measure("prepare engine", [] { initSegmentationEngine(0); });
+    }
+    const bool taken = segcore_last_status() == SEGCORE_DONE;
     m_host.throwIfInterrupted();
-    const std::string error = m_host.takeEngineError();
-    if (!error.empty()) {
-        throw UserError("the photograph cannot be segmented (" + error + "); reduce the photograph",
+    if (!taken) {
+        throw UserError(std::string("the photograph cannot be segmented (") +
+                            segcore_last_reason() + "); reduce the photograph",
                         UserError::Reason::kEngine);
     }
 }
 
 Session::~Session() {
     deinitSegmentation();
+}
+
+void Session::setTimeLimit(double seconds) {
+    segcore_set_time_limit(seconds);
 }
 
 void Session::apply(const Step& step) {
@@ -200,36 +203,48 @@ bool Session::edit(const Request& request) {
 
 void Session::request(const Request& request, bool edits) {
     m_host.throwIfInterrupted();
-    m_host.takeEngineError();  // of what came before
-    const auto start = std::chrono::steady_clock::now();
-    const bool delivered = m_stats.measure(m_stage, [&] {
+    m_stats.measure(m_stage, [&] {
         if (edits) {
-            return edit(request);
+            edit(request);
+        } else {
+            passMarks(request);
+            deliver([](std::uint32_t* blended, std::uint8_t* mask) {
+                processSegment(0, 0, 0, blended, mask);
+            });
         }
-        passMarks(request);
-        return deliver([](std::uint32_t* blended, std::uint8_t* mask) {
-            processSegment(0, 0, 0, blended, mask);
-        });
     });
-    if (!delivered) {
-        failRequest(secondsSince(start));
-    }
+    requireDone();
     ++m_requestsMade;
 }
 
-// Why the latest request delivered no mask.
-void Session::failRequest(double seconds) {
-    m_engineIsElsewhere = true;
-    m_host.throwIfInterrupted();
-    if (seconds >= kTimeLimitSeconds) {
-        throw UserError(
-            "the segmentation took longer than 10 seconds and was given up; reduce the "
-            "photograph or mark a smaller region",
-            UserError::Reason::kOutOfTime);
+// A request that ended early may have delivered an unfinished mask all the same.
+void Session::requireDone() {
+    const int status = segcore_last_status();
+    if (status == SEGCORE_DONE) {
+        return;
     }
-    throw UserError("the segmentation failed (" + m_host.takeEngineError() +
-                        "); reduce the photograph if memory ran out",
-                    UserError::Reason::kEngine);
+    m_engineIsElsewhere = true;
+    const std::string why = segcore_last_reason();
+    m_host.throwIfInterrupted();
+    switch (status) {
+        case SEGCORE_OUT_OF_TIME:
+            throw UserError(
+                "the segmentation reached its time limit and was given up; allow more time, reduce "
+                "the photograph or mark a smaller region",
+                UserError::Reason::kOutOfTime);
+        case SEGCORE_CANCELLED:
+            throw UserError("cancelled; the session is as it was before",
+                            UserError::Reason::kCancelled);
+        case SEGCORE_ENDED_BY_OBSERVER:
+            throw UserError("ended by the program; the session is as it was before",
+                            UserError::Reason::kEndedByObserver);
+        case SEGCORE_OUT_OF_MEMORY:
+            throw UserError("memory ran out (" + why + "); reduce the photograph",
+                            UserError::Reason::kOutOfMemory);
+        default:
+            throw UserError("the segmentation failed (" + why + "); mark the photograph otherwise",
+                            UserError::Reason::kEngine);
+    }
 }
 
 void Session::stepBack() {
@@ -264,9 +279,9 @@ void Session::requireEngineAtShown() {
     if (m_engineIsElsewhere || m_hasResult != shownHasResult()) {
         m_stats.measure(m_stage, [&] { bringEngineToShown(); });
         if (m_engineIsElsewhere) {
-            throw UserError("the mask could not be put back (" + m_host.takeEngineError() +
-                                "); free some memory and try again",
-                            UserError::Reason::kEngine);
+            throw UserError(std::string("the mask could not be put back (") +
+                                segcore_last_reason() + "); free some memory and try again",
+                            UserError::Reason::kOutOfMemory);
         }
     }
 }

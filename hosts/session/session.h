@@ -35,6 +35,9 @@ class Session {
     // Throws UserError naming the step, "step 3 (brush-add): ...", and what the host throws.
     void apply(const Step& step);
 
+    // How long each request of a later step may take; 0, as at the start, for no limit.
+    void setTimeLimit(double seconds);
+
     // Ends the step that is being applied; it then throws UserError for the reason kCancelled.
     // Without one nothing happens. From any thread.
     void cancel() { m_host.cancel(); }
@@ -57,7 +60,6 @@ class Session {
       public:
         explicit Host(SessionHost& program) : m_program(program) {}
         void throwIfInterrupted() override;
-        std::string takeEngineError() override { return m_program.takeEngineError(); }
         cv::Mat marksPicture(const std::string& name) override {
             return m_program.marksPicture(name);
         }
@@ -94,7 +96,7 @@ class Session {
     template <typename Call>
     bool deliver(Call&& call);
     bool edit(const Request& request);
-    [[noreturn]] void failRequest(double seconds);
+    void requireDone();
     bool shownHasResult() const;
     void requireEngineAtShown();
     void bringEngineToShown();

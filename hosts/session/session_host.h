@@ -1,5 +1,5 @@
-// What a session asks of the program around it, so that the session itself needs no files, no
-// signals and no log. All calls come on the thread that applies the step.
+// What a session asks of the program around it, so that the session itself needs neither files nor
+// signals. All calls come on the thread that applies the step.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -16,10 +16,6 @@ class SessionHost {
 
     // Called between the parts of a step; an exception of any type ends the step.
     virtual void throwIfInterrupted() {}
-
-    // The first error that the library logged since the last call, for messages; empty when there
-    // was none or nobody keeps them.
-    virtual std::string takeEngineError() { return {}; }
 
     // The decoded picture that a marks step names, 8 bits a channel, with all channels as stored
     // (blue, green, red, alpha). Throws UserError when there is none.

@@ -46,9 +46,8 @@ class EdgeMap {
         const std::vector<int> parents =
             find_parent_info(&image, &labels, start.y, start.x, m_alpha);
         if (parents.empty()) {
-            throw UserError("the search for edges failed (" + m_host.takeEngineError() +
-                                "); reduce the photograph if memory ran out",
-                            UserError::Reason::kEngine);
+            throw UserError("memory ran out in the search for edges; reduce the photograph",
+                            UserError::Reason::kOutOfMemory);
         }
         return mappedBack(parents, from, to);
     }

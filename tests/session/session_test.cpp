@@ -6,7 +6,6 @@
 
 #include "interface/segmentation_core.h"
 #include "session/errors.h"
-#include "support/log_capture.h"
 #include "support/scenes.h"
 
 namespace {
@@ -39,11 +38,6 @@ Step editedDot(int x, int y, bool adds = true) {
 class TestHost : public SessionHost {
   public:
     void throwIfInterrupted() override { onInterruptCheck(); }
-    std::string takeEngineError() override {
-        onRequest();
-        const Log errors = takeErrors();
-        return errors.empty() ? std::string() : errors.front().text;
-    }
     cv::Mat marksPicture(const std::string& /*name*/) override {
         cv::Mat codes = cv::Mat::zeros(discScene().height, discScene().width, CV_8UC1);
         codes(cv::Rect(4, 4, 6, 6)) = SEGCORE_MARK_OBJECT;
@@ -51,8 +45,7 @@ class TestHost : public SessionHost {
         return codes;
     }
 
-    std::function<void()> onInterruptCheck = [] {};
-    std::function<void()> onRequest = [] {};  // right before each
+    std::function<void()> onInterruptCheck = [] {};  // before each request and at the step's end
 };
 
 class SessionTest : public testing::Test {
@@ -122,13 +115,13 @@ TEST_F(SessionTest, LosesNothingWhenAStepIsGivenUpBetweenItsRequests) {
     const cv::Mat dotted = apply(editedDot(2, 2));
     session.apply(plain(Operation::kUndo));
     int requests = 0;
-    host.onRequest = [&requests] {
+    host.onInterruptCheck = [&requests] {
         if (++requests == 2) {
             throw std::runtime_error("enough");
         }
     };
     EXPECT_THROW(session.apply(plain(Operation::kMarks)), std::runtime_error);
-    host.onRequest = [] {};
+    host.onInterruptCheck = [] {};
     expectShown(boxed);
     session.apply(plain(Operation::kRedo));
     expectShown(dotted);
@@ -143,27 +136,68 @@ TEST_F(SessionTest, LosesNothingWhenAStepIsGivenUpBetweenItsRequests) {
     EXPECT_FALSE(session.hasResult());
 }
 
-TEST_F(SessionTest, LosesNothingWhenCancelled) {
-    const cv::Mat boxed = apply(box());
+// Cancels when a stage of a request begins.
+struct CancelAt {
+    Session& session;
+    int stage;
+    bool reached = false;
+};
+
+int cancelAtStage(const segcore_progress* progress, void* user) {
+    auto* const cancel = static_cast<CancelAt*>(user);
+    if (progress->stage == cancel->stage) {
+        cancel->reached = true;
+        cancel->session.cancel();
+    }
+    return 0;
+}
+
+TEST(CancelledSession, IsAsItWasBefore) {
+    const Scene scene = makeDiscScene(480, 360);  // large enough for every stage
+    const Photo photo = photoOfScene(scene);
+    TestHost host;
+    Stats stats;
+    Session session(photo, host, stats);
+    Step first;
+    first.points = {{90, 30}, {390, 330}};
+    session.apply(first);
+    const cv::Mat boxed = session.result().clone();
     Step stroke = plain(Operation::kBrushRemove);
-    stroke.points = {{60, 60}, {100, 60}};
-    for (const bool inTheEngine : {false, true}) {
-        // The engine refuses every request from its cancel until a reset.
-        (inTheEngine ? host.onRequest : host.onInterruptCheck) = [this] { session.cancel(); };
-        const UserError error = failureOf(stroke);
-        EXPECT_EQ(error.reason, UserError::Reason::kCancelled);
-        EXPECT_EQ(std::string(error.what()).rfind("step 2 (brush-remove): cancelled", 0), 0U);
-        if (!inTheEngine) {
-            EXPECT_EQ(failureOf(plain(Operation::kUndo)).reason, UserError::Reason::kCancelled);
+    stroke.points = {{180, 180}, {300, 180}};
+    for (int stage = SEGCORE_STAGE_MARKS; stage <= SEGCORE_STAGE_DELIVERY; ++stage) {
+        CancelAt cancel{session, stage};
+        segcore_set_observer(cancelAtStage, &cancel);
+        try {
+            session.apply(stroke);
+            ADD_FAILURE() << "not cancelled at stage " << stage;
+        } catch (const UserError& error) {
+            EXPECT_EQ(error.reason, UserError::Reason::kCancelled);
+            EXPECT_EQ(std::string(error.what()).rfind("step 2 (brush-remove): cancelled", 0), 0U);
         }
-        host.onRequest = [] {};
-        host.onInterruptCheck = [] {};
-        expectShown(boxed);
+        segcore_set_observer(nullptr, nullptr);
+        EXPECT_TRUE(cancel.reached) << stage;
+        EXPECT_EQ(cv::norm(session.result(), boxed, cv::NORM_INF), 0.0) << stage;
         EXPECT_TRUE(session.canUndo());
+        EXPECT_FALSE(session.canRedo());
     }
     session.cancel();  // there is nothing to cancel
     session.apply(stroke);
-    EXPECT_EQ(cv::countNonZero(session.result()(cv::Rect(60, 60, 41, 1))), 0);
+    EXPECT_EQ(cv::countNonZero(session.result()(cv::Rect(180, 180, 121, 1))), 0);
+    host.onInterruptCheck = [&session] { session.cancel(); };
+    EXPECT_THROW(session.apply(plain(Operation::kUndo)), UserError);
+    host.onInterruptCheck = [] {};
+    EXPECT_EQ(cv::countNonZero(session.result()(cv::Rect(180, 180, 121, 1))), 0);
+    session.apply(plain(Operation::kUndo));
+    EXPECT_EQ(cv::norm(session.result(), boxed, cv::NORM_INF), 0.0);
+}
+
+TEST_F(SessionTest, GivesUpAtItsTimeLimitAndGoesOn) {
+    const cv::Mat boxed = apply(box());
+    session.setTimeLimit(1e-9);
+    EXPECT_EQ(failureOf(box()).reason, UserError::Reason::kOutOfTime);
+    expectShown(boxed);
+    session.setTimeLimit(0.0);
+    session.apply(box());
     session.apply(plain(Operation::kUndo));
     expectShown(boxed);
 }
