@@ -1,6 +1,7 @@
 #include "arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <memory>
 #include <sstream>
@@ -57,8 +58,6 @@ void declareStats(CLI::App& command, StatsForm& stats) {
             },
             "Print milliseconds and peak memory of each stage, as text or json; to standard error "
             "when an output goes to standard output")
-        ->expected(0, 1)
-        ->default_str("text")
         ->check(CLI::IsMember({"text", "json"}))
         ->option_text("[text|json]");
 }
@@ -67,22 +66,36 @@ void declareOutputs(CLI::App& command, CutOutputs& outputs) {
     const auto file = [&command](const char* names, std::string& path, const char* what) {
         command.add_option(names, path, what)->option_text("FILE")->group("Outputs");
     };
-    file("-m,--mask", outputs.mask, "Mask, PNG: 255 object, 0 the rest");
-    file("-o,--cutout", outputs.cutout, "Cut-out, PNG: the object on a transparent ground");
-    file("-p,--preview", outputs.preview, "Photograph with the object's outline painted in, PNG");
-    file("--svg", outputs.svg, "Outline as an SVG path");
+    file("-m,--mask", outputs.mask, "Mask: 255 object, 0 the rest; .png, .bmp, .tif or .webp");
+    file("-o,--cutout", outputs.cutout,
+         "Cut-out: the object on a transparent ground; .png, .tif or .webp");
+    file("-p,--preview", outputs.preview,
+         "Photograph with the object's outline painted in; .jpg, too");
+    file("--svg", outputs.svg, "Object as an SVG path");
     file("--json", outputs.json, "Outline as JSON lists of points");
     file("--save-session", outputs.session, "The marks as a session file for segcore replay");
     command
-        .add_option("--dump-steps", outputs.stepFolder, "The mask after each step, step-001.png …")
+        .add_option("--dump-steps", outputs.stepFolder,
+                    "The mask after each step, step-001.png …, in a new or empty folder")
         ->option_text("DIR")
         ->group("Outputs");
+    command
+        .add_flag("--force", outputs.force,
+                  "Let --dump-steps write into a folder that holds files already")
+        ->group("Outputs");
     declareStats(command, outputs.stats);
+}
+
+void declareDamaged(CLI::App& command, Damaged& damaged) {
+    command.add_flag_callback(
+        "--accept-damaged", [&damaged] { damaged = Damaged::kAccepted; },
+        "Take what there is of a damaged photograph");
 }
 
 struct CutArguments {
     SessionFile session;     // its steps are those of the options
     std::string oldSession;  // to be continued
+    Damaged damaged = Damaged::kRefused;
     CutOutputs outputs;
     std::optional<int> radius;    // of the brushes that follow
     std::optional<double> alpha;  // of the snapped loops that follow
@@ -135,7 +148,7 @@ void declareMarks(CLI::App& command, CutArguments& arguments) {
             step.points = {{box[0], box[1]}, {box[2], box[3]}};
             steps.push_back(step);
         },
-        "Box around the object, corners included")
+        "Box around the object; the right and lower border belong to it")
         ->option_text("LEFT,TOP,RIGHT,BOTTOM");
     declarePointMarks(command, arguments);
     inOrder<int>(
@@ -198,6 +211,7 @@ void declareCut(CLI::App& app) {
         .add_option("--session", arguments->oldSession,
                     "Session file (JSON) whose steps come first, to be continued by the marks")
         ->option_text("FILE");
+    declareDamaged(command, arguments->damaged);
     declareMarks(command, *arguments);
     declareOutputs(command, arguments->outputs);
     command.callback([arguments] {
@@ -213,7 +227,7 @@ void declareCut(CLI::App& app) {
             session.steps.insert(session.steps.end(), arguments->session.steps.begin(),
                                  arguments->session.steps.end());
         }
-        runCut(session, arguments->outputs, arguments->oldSession);
+        runCut(session, arguments->oldSession, arguments->damaged, arguments->outputs);
     });
 }
 
@@ -221,18 +235,20 @@ void declareReplay(CLI::App& app) {
     CLI::App& command = subcommand(app, "replay", "Apply the steps of a session file");
     const auto path = std::make_shared<std::string>();
     const auto photo = std::make_shared<std::string>();
+    const auto damaged = std::make_shared<Damaged>(Damaged::kRefused);
     const auto outputs = std::make_shared<CutOutputs>();
     command.add_option("SESSION", *path, "Session file (JSON), or - for standard input")
         ->required();
     command.add_option("--photo", *photo, "Photograph to use instead of the session's")
         ->option_text("FILE");
+    declareDamaged(command, *damaged);
     declareOutputs(command, *outputs);
-    command.callback([path, photo, outputs] {
+    command.callback([path, photo, damaged, outputs] {
         SessionFile session = readSessionFile(*path);
         if (!photo->empty()) {
             session.photo = *photo;
         }
-        runCut(session, *outputs, *path);
+        runCut(session, *path, *damaged, *outputs);
     });
 }
 
@@ -243,6 +259,7 @@ void declareSnap(CLI::App& app) {
     request->alpha = kDefaultAlpha;
     const auto through = std::make_shared<std::pair<Words, Words>>();
     command.add_option("PHOTO", request->photo, "Photograph, or - for standard input")->required();
+    declareDamaged(command, request->damaged);
     command.add_option("--from", through->first, "Where the path starts")
         ->required()
         ->expected(1)
@@ -273,6 +290,22 @@ void declareCommands(CLI::App& app) {
     declareReplay(app);
     declareSnap(app);
     app.footer(
-        "Example: segcore cut photo.jpg --box 70,20,490,395 --cutout cutout.png\n"
+        "Example: segcore cut samples/coffee.png --box 70,14,486,390 --cutout cup.png\n"
         "Points are x,y in photograph pixels. Details: man segcore, segcore COMMAND --help.");
+}
+
+Words wordsOf(int argc, const char* const* argv) {
+    Words words(argv + std::min(argc, 1), argv + argc);
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (words[i] != "--stats") {
+            continue;
+        }
+        const bool hasForm =
+            i + 1 < words.size() && (words[i + 1] == "text" || words[i + 1] == "json");
+        words[i] += "=" + (hasForm ? words[i + 1] : "text");
+        if (hasForm) {
+            words.erase(words.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+        }
+    }
+    return words;
 }

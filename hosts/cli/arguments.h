@@ -1,9 +1,16 @@
 // The command line as the user writes it.
 #pragma once
 
+#include <string>
+#include <vector>
+
 namespace CLI {
 class App;
 }
 
 // Declares the subcommands and their options; parsing runs the chosen command.
 void declareCommands(CLI::App& app);
+
+// The words after the program's name, in order. --stats has its form joined to it, so that it leaves
+// any other word after it alone.
+std::vector<std::string> wordsOf(int argc, const char* const* argv);

@@ -1,14 +1,17 @@
 #include "commands.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <iostream>
 #include <opencv2/imgproc.hpp>
 
 #include "errors.h"
 #include "memory_peak.h"
 #include "output_files.h"
+#include "pictures/picture_format.h"
+#include "pictures/write_picture.h"
 #include "program_host.h"
 #include "session/session.h"
 #include "session/snapped_loop.h"
@@ -18,6 +21,8 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr const char* kPng = ".png";
 
 Bytes bytesOf(const std::string& text) {
     return {text.begin(), text.end()};
@@ -58,8 +63,14 @@ void printStats(const Stats& stats, StatsForm form, const std::vector<std::strin
         return;
     }
     const bool taken = std::count(targets.begin(), targets.end(), kStandardStream) > 0;
-    (taken ? std::cerr : std::cout)
-        << (form == StatsForm::kJson ? stats.json() : stats.text()) << std::flush;
+    writeAll(taken ? STDERR_FILENO : STDOUT_FILENO,
+             bytesOf(form == StatsForm::kJson ? stats.json() : stats.text()),
+             taken ? "standard error" : "standard output");
+}
+
+// What tells a picture's format: its name's ending. What goes to a stream is PNG.
+std::string endingFor(const std::string& path, PictureContent content) {
+    return OutputFiles::isStream(path) ? kPng : formatFor(path, content);
 }
 
 // The object on transparent black, so that nothing of the rest hides under full transparency.
@@ -86,7 +97,7 @@ void applySteps(Session& session, const std::vector<Step>& steps, const std::str
         ++number;
         if (!stepFolder.empty()) {
             files.add((fs::path(stepFolder) / stepFileName(number)).string(),
-                      encodePng(session.result()));
+                      encodePicture(session.result(), kPng));
         }
     }
 }
@@ -103,14 +114,18 @@ void requireObject(const Session& session) {
 }
 
 void addResults(Session& session, Photo& photo, const CutOutputs& outputs, OutputFiles& files) {
+    const auto add = [&files](const std::string& path, const cv::Mat& image,
+                              PictureContent content) {
+        files.add(path, encodePicture(image, endingFor(path, content)));
+    };
     if (!outputs.mask.empty()) {
-        files.add(outputs.mask, encodePng(session.result()));
+        add(outputs.mask, session.result(), PictureContent::kMask);
     }
     if (!outputs.cutout.empty()) {
-        files.add(outputs.cutout, encodePng(cutOut(photo, session.result())));
+        add(outputs.cutout, cutOut(photo, session.result()), PictureContent::kCutOut);
     }
     if (!outputs.preview.empty()) {
-        files.add(outputs.preview, encodePng(session.preview()));
+        add(outputs.preview, session.preview(), PictureContent::kPicture);
     }
     if (!outputs.svg.empty() || !outputs.json.empty()) {
         const Outline outline = session.takeOutline();
@@ -123,10 +138,22 @@ void addResults(Session& session, Photo& photo, const CutOutputs& outputs, Outpu
     }
 }
 
+// Before any work: every picture's name tells a format that can hold it.
+void checkFormats(const CutOutputs& outputs) {
+    for (const auto& [path, content] : {std::pair{outputs.mask, PictureContent::kMask},
+                                        {outputs.cutout, PictureContent::kCutOut},
+                                        {outputs.preview, PictureContent::kPicture}}) {
+        if (!path.empty()) {
+            endingFor(path, content);
+        }
+    }
+}
+
 // A folder that is not there yet holds nothing that a step's mask could replace.
-std::vector<std::string> withStepFiles(std::vector<std::string> targets, const std::string& folder,
+std::vector<std::string> withStepFiles(std::vector<std::string> targets, const CutOutputs& outputs,
                                        std::size_t steps) {
-    OutputFiles::checkFolder(folder);
+    const std::string& folder = outputs.stepFolder;
+    OutputFiles::checkFolder(folder, outputs.force);
     for (std::size_t number = 1; fs::is_directory(folder) && number <= steps; ++number) {
         targets.push_back((fs::path(folder) / stepFileName(number)).string());
     }
@@ -143,7 +170,8 @@ std::vector<std::string> inputsOf(const SessionFile& session) {
 
 }  // namespace
 
-void runCut(const SessionFile& file, const CutOutputs& outputs, const std::string& sessionName) {
+void runCut(const SessionFile& file, const std::string& sessionName, Damaged damaged,
+            const CutOutputs& outputs) {
     const std::vector<std::string> targets =
         wantedPaths({outputs.mask, outputs.cutout, outputs.preview, outputs.svg, outputs.json,
                      outputs.session});
@@ -153,15 +181,15 @@ void runCut(const SessionFile& file, const CutOutputs& outputs, const std::strin
     if (file.steps.empty()) {
         throw UserError("no marks; mark the object, for example by --box left,top,right,bottom");
     }
-    checkTargets(outputs.stepFolder.empty()
-                     ? targets
-                     : withStepFiles(targets, outputs.stepFolder, file.steps.size()),
-                 inputsOf(file));
+    checkTargets(
+        outputs.stepFolder.empty() ? targets : withStepFiles(targets, outputs, file.steps.size()),
+        inputsOf(file));
+    checkFormats(outputs);
 
     MemoryPeak memory;
     Stats stats(&memory);
     ProgramHost host;
-    Photo photo = stats.measure("read photograph", [&] { return readPhoto(file.photo); });
+    Photo photo = stats.measure("read photograph", [&] { return readPhoto(file.photo, damaged); });
     requireSamePhoto(file, photo, sessionName);
     Session session(photo, host, stats);
     OutputFiles files;
@@ -188,7 +216,8 @@ void runSnap(const SnapRequest& request) {
     MemoryPeak memory;
     Stats stats(&memory);
     ProgramHost host;
-    const Photo photo = stats.measure("read photograph", [&] { return readPhoto(request.photo); });
+    const Photo photo =
+        stats.measure("read photograph", [&] { return readPhoto(request.photo, request.damaged); });
     const std::vector<cv::Point> path =
         snappedPath(photo, request.points, request.alpha, host, stats);
     OutputFiles files;

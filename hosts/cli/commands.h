@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "pictures/read_picture.h"
 #include "session/session_file.h"
 
 enum class StatsForm { kNone, kText, kJson };
@@ -17,15 +18,18 @@ struct CutOutputs {
     std::string json;
     std::string session;     // the steps as a session file
     std::string stepFolder;  // the mask after each step
+    bool force = false;      // the folder may hold files
     StatsForm stats = StatsForm::kNone;
 };
 
 // Leads a session and writes its results. `sessionName` is that of the file which the photograph has
-// to fit.
-void runCut(const SessionFile& file, const CutOutputs& outputs, const std::string& sessionName);
+// to fit; `damaged` is for the photograph.
+void runCut(const SessionFile& file, const std::string& sessionName, Damaged damaged,
+            const CutOutputs& outputs);
 
 struct SnapRequest {
     std::string photo;
+    Damaged damaged = Damaged::kRefused;
     std::vector<cv::Point> points;
     double alpha = 0.0;
     std::string svg;

@@ -2,17 +2,23 @@
 //
 // Exit codes: 0 done, 1 failed, 2 wrong use, 128 plus the signal's number when interrupted (130 for
 // Ctrl-C). Failures say in one line what is wrong and what to do, and leave no output behind.
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <iostream>
 #include <opencv2/core.hpp>
 #include <opencv2/core/utils/logger.hpp>
+#include <sstream>
 
 #include "arguments.h"
+#include "byte_stream.h"
 #include "engine_log.h"
 #include "errors.h"
 #include "interrupt.h"
+#include "wrong_use.h"
 
 namespace {
 
@@ -32,16 +38,26 @@ std::string oneLine(std::string text) {
     return text;
 }
 
+void parse(CLI::App& app, std::vector<std::string> words) {
+    std::reverse(words.begin(), words.end());  // the parser takes them from the back
+    try {
+        app.parse(std::move(words));
+    } catch (const CLI::Success& asked) {  // help or version
+        std::ostringstream text;
+        app.exit(asked, text, text);
+        const std::string asText = text.str();
+        writeAll(STDOUT_FILENO, {asText.begin(), asText.end()}, "standard output");
+    }
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Cuts the object out of a photograph.", "segcore");
     declareCommands(app);
     try {
-        app.parse(argc, argv);
+        parse(app, wordsOf(argc, argv));
         return 0;
-    } catch (const CLI::Success& asked) {  // help or version
-        return app.exit(asked);
     } catch (const CLI::ParseError& error) {
-        return report(oneLine(error.what()) + "; see segcore --help", kWrongUse);
+        return report(explain(app, error), kWrongUse);
     } catch (const Interrupted& error) {
         return report(error.what(), kSignalBase + error.signal);
     } catch (const std::bad_alloc&) {

@@ -149,9 +149,14 @@ void OutputFiles::checkTarget(const std::string& path) {
     }
 }
 
-void OutputFiles::checkFolder(const std::string& path) {
+void OutputFiles::checkFolder(const std::string& path, bool mayHoldFiles) {
     std::error_code ignored;
     if (fs::is_directory(path, ignored)) {
+        if (!mayHoldFiles && fs::directory_iterator(path, ignored) != fs::directory_iterator()) {
+            throw UserError("the folder " + path +
+                            " holds files already; name another one, or write among them by "
+                            "--force");
+        }
         return;
     }
     if (fs::exists(path, ignored)) {
@@ -159,6 +164,10 @@ void OutputFiles::checkFolder(const std::string& path) {
     }
     const fs::path folder(path);
     checkTarget(folder.has_filename() ? path : folder.parent_path().string());
+}
+
+bool OutputFiles::isStream(const std::string& path) {
+    return path == kStandardStream || !isReplaceable(path);
 }
 
 void OutputFiles::add(const std::string& path, Bytes bytes) {
@@ -176,12 +185,12 @@ void OutputFiles::commit() {
     }
     std::list<TemporaryFile> finished;
     for (const File& file : m_files) {
-        if (file.path != kStandardStream && isReplaceable(file.path)) {
+        if (!isStream(file.path)) {
             finished.emplace_back(file.path).write(file.bytes);
         }
     }
     for (const File& file : m_files) {
-        if (file.path == kStandardStream || !isReplaceable(file.path)) {
+        if (isStream(file.path)) {
             writeInPlace(file.path, file.bytes);
         }
     }

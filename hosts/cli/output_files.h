@@ -12,8 +12,11 @@ class OutputFiles {
   public:
     // Refuses a target that cannot be written before any work is done for it.
     static void checkTarget(const std::string& path);
-    // The same for a folder that will be made when it is missing.
-    static void checkFolder(const std::string& path);
+    // The same for a folder that will be made when it is missing. One that holds files is refused
+    // unless `mayHoldFiles`.
+    static void checkFolder(const std::string& path, bool mayHoldFiles);
+    // Standard output, a device or a pipe: what is written there bears no name that tells its form.
+    static bool isStream(const std::string& path);
 
     // `path` may be "-", for standard output.
     void add(const std::string& path, Bytes bytes);
