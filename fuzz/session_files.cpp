@@ -63,8 +63,9 @@ void replay(const std::string& text) {
         session.apply(step);
     }
     const Outline outline = session.takeOutline();
-    asSvg(outline, photo().size());
-    asJson(outline, photo().size());
+    const std::vector<Contour> contours = contoursOf(session.result());
+    asSvg(contours, photo().size());
+    asJson(contours, photo().size());
     session.preview();
     stats.json();
     requireSamePhoto(file, photo(), "session.json");

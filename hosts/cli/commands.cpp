@@ -128,7 +128,7 @@ void addResults(Session& session, Photo& photo, const CutOutputs& outputs, Outpu
         add(outputs.preview, session.preview(), PictureContent::kPicture);
     }
     if (!outputs.svg.empty() || !outputs.json.empty()) {
-        const Outline outline = session.takeOutline();
+        const std::vector<Contour> outline = contoursOf(session.result());
         if (!outputs.svg.empty()) {
             files.add(outputs.svg, bytesOf(asSvg(outline, photo.size())));
         }

@@ -16,14 +16,24 @@ std::string lineThrough(const std::vector<cv::Point>& points) {
     return data;
 }
 
-std::string svgOf(const std::string& pathData, cv::Size photo) {
+// Every side runs along x or y.
+std::string borderOf(const std::vector<cv::Point>& corners) {
+    std::string data = lineThrough({corners.front()});
+    for (std::size_t i = 1; i < corners.size(); ++i) {
+        const bool isLevel = corners[i].y == corners[i - 1].y;
+        data += isLevel ? "H" + std::to_string(corners[i].x) : "V" + std::to_string(corners[i].y);
+    }
+    return data + "Z";
+}
+
+// `origin` is the place of the photograph's corner in the numbers of the path.
+std::string svgOf(const char* origin, const char* paint, const std::string& pathData,
+                  cv::Size photo) {
     const std::string width = std::to_string(photo.width);
     const std::string height = std::to_string(photo.height);
-    // The view starts half a pixel before the middle of pixel (0, 0).
     return "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + width + "\" height=\"" + height +
-           "\" viewBox=\"-0.5 -0.5 " + width + " " + height +
-           "\">\n  <path fill=\"none\" stroke=\"#ffff00\" fill-rule=\"evenodd\" d=\"" + pathData +
-           "\"/>\n</svg>\n";
+           "\" viewBox=\"" + origin + " " + width + " " + height + "\">\n  <path " + paint +
+           " d=\"" + pathData + "\"/>\n</svg>\n";
 }
 
 Json pairsOf(const std::vector<cv::Point>& points) {
@@ -34,34 +44,38 @@ Json pairsOf(const std::vector<cv::Point>& points) {
     return pairs;
 }
 
-std::string jsonOf(const char* name, Json lines, cv::Size photo) {
-    const Json document = {
-        {"width", photo.width}, {"height", photo.height}, {name, std::move(lines)}};
+std::string textOf(const Json& document) {
     return document.dump() + "\n";
 }
 
 }  // namespace
 
-std::string asSvg(const Outline& outline, cv::Size photo) {
+std::string asSvg(const std::vector<Contour>& contours, cv::Size photo) {
     std::string data;
-    for (const std::vector<cv::Point>& contour : outline) {
-        data += lineThrough(contour) + 'Z';
+    for (const Contour& contour : contours) {
+        data += borderOf(contour.corners);
     }
-    return svgOf(data, photo);
+    return svgOf("0 0", "fill-rule=\"evenodd\"", data, photo);
 }
 
-std::string asJson(const Outline& outline, cv::Size photo) {
-    Json contours = Json::array();
-    for (const std::vector<cv::Point>& contour : outline) {
-        contours.push_back(pairsOf(contour));
+std::string asJson(const std::vector<Contour>& contours, cv::Size photo) {
+    Json lines = Json::array();
+    Json parents = Json::array();
+    for (const Contour& contour : contours) {
+        lines.push_back(pairsOf(contour.corners));
+        parents.push_back(contour.parent);
     }
-    return jsonOf("contours", std::move(contours), photo);
+    return textOf({{"width", photo.width},
+                   {"height", photo.height},
+                   {"contours", std::move(lines)},
+                   {"parents", std::move(parents)}});
 }
 
 std::string pathAsSvg(const std::vector<cv::Point>& path, cv::Size photo) {
-    return svgOf(lineThrough(path), photo);
+    // The view starts half a pixel before the middle of pixel (0, 0).
+    return svgOf("-0.5 -0.5", "fill=\"none\" stroke=\"#ffff00\"", lineThrough(path), photo);
 }
 
 std::string pathAsJson(const std::vector<cv::Point>& path, cv::Size photo) {
-    return jsonOf("path", pairsOf(path), photo);
+    return textOf({{"width", photo.width}, {"height", photo.height}, {"path", pairsOf(path)}});
 }

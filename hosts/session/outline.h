@@ -5,16 +5,20 @@
 #include <string>
 #include <vector>
 
-// Closed contours of outer and hole borders, in photograph pixels; the corners are pixels of the
-// object.
+#include "session/mask_contours.h"
+
+// What the library hands out: closed contours of outer and hole borders through the middle of the
+// object's pixels, as it paints them.
 using Outline = std::vector<std::vector<cv::Point>>;
 
-// A document of the photograph's size with one path; its lines run through the middle of pixels.
-std::string asSvg(const Outline& outline, cv::Size photo);
+// A document of the photograph's size with one filled path: drawn at that size it is the mask.
+std::string asSvg(const std::vector<Contour>& contours, cv::Size photo);
 
-// {"width": W, "height": H, "contours": [[[x, y], ...], ...]}
-std::string asJson(const Outline& outline, cv::Size photo);
+// {"width": W, "height": H, "contours": [[[x, y], ...], ...], "parents": [-1, ...]}, a parent for
+// each contour: the index of the one right around it.
+std::string asJson(const std::vector<Contour>& contours, cv::Size photo);
 
-// The same for one open path; in JSON {"width": W, "height": H, "path": [[x, y], ...]}.
+// One open path through the middle of pixels; in JSON {"width": W, "height": H,
+// "path": [[x, y], ...]}.
 std::string pathAsSvg(const std::vector<cv::Point>& path, cv::Size photo);
 std::string pathAsJson(const std::vector<cv::Point>& path, cv::Size photo);

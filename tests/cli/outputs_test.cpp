@@ -3,26 +3,53 @@
 #include <nlohmann/json.hpp>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
+#include <sstream>
 
 #include "command.h"
 #include "interface/segmentation_core.h"
+#include "support/filled_contours.h"
 #include "support/host_session.h"
 
 namespace {
 
 using Json = nlohmann::json;
 
-// The outline in the library's form.
-std::vector<int> pathOf(const Json& outline) {
-    std::vector<int> path{static_cast<int>(outline["contours"].size())};
+cv::Mat filled(const Json& outline) {
+    std::vector<std::vector<cv::Point>> contours;
     for (const Json& contour : outline["contours"]) {
-        path.push_back(static_cast<int>(contour.size()));
+        contours.emplace_back();
         for (const Json& pair : contour) {
-            path.insert(path.end(), {pair[0], pair[1]});
+            contours.back().emplace_back(pair[0], pair[1]);
         }
-        path.push_back(-1);
     }
-    return path;
+    return filledEvenOdd(contours, {outline["width"], outline["height"]});
+}
+
+// The contours of a path of M, H, V and Z alone.
+Json contoursOfPath(const std::string& svg) {
+    const std::size_t start = svg.find(" d=\"") + 4;
+    std::istringstream path(svg.substr(start, svg.find('"', start) - start));
+    Json contours = Json::array();
+    cv::Point at;
+    for (char command = 0; path >> command;) {
+        switch (command) {
+            case 'M':
+                path >> at.x >> at.y;
+                contours.push_back(Json::array());
+                break;
+            case 'H':
+                path >> at.x;
+                break;
+            case 'V':
+                path >> at.y;
+                break;
+            default:
+                EXPECT_EQ(command, 'Z');
+                continue;
+        }
+        contours.back().push_back({at.x, at.y});
+    }
+    return contours;
 }
 
 TEST(Outputs, AreWhatTheLibraryDelivers) {
@@ -53,13 +80,31 @@ TEST(Outputs, AreWhatTheLibraryDelivers) {
                  cv::COLOR_BGRA2BGR);
     EXPECT_TRUE(same(place.image("p.png"), preview));
 
+    EXPECT_TRUE(same(filled(Json::parse(place.read("o.json"))), mask));
+}
+
+// An object in two corners of the photograph, with a hole that holds an island.
+TEST(Outlines, FillToTheMask) {
+    const Workplace place;
+    place.write("session.json", R"({"photo": "photo.png", "steps": [
+        {"op": "box", "box": [30, 10, 130, 110]},
+        {"op": "loop-add", "points": [[0, 0], [9, 0], [9, 9], [0, 9]], "edit": true},
+        {"op": "loop-add", "points": [[150, 100], [159, 100], [159, 119], [150, 119]],
+         "edit": true},
+        {"op": "brush-remove", "points": [[80, 60]], "radius": 9, "edit": true},
+        {"op": "brush-add", "points": [[80, 60]], "radius": 2, "edit": true}]})");
+    const Outcome outcome =
+        place.run("segcore replay session.json --mask m.png --json o.json --svg o.svg");
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
     const Json outline = Json::parse(place.read("o.json"));
-    EXPECT_EQ(Json({outline["width"], outline["height"]}), Json({160, 120}));
-    EXPECT_EQ(pathOf(outline), HostSession::fetchOutline());
+    EXPECT_TRUE(same(filled(outline), place.image("m.png")));
+    const Json disc = outline["parents"];
+    EXPECT_EQ(std::count(disc.begin(), disc.end(), -1), 3);
+    EXPECT_EQ(disc.size(), 5U);
     const std::string svg = place.read("o.svg");
-    const Json& first = outline["contours"][0][0];
-    EXPECT_NE(svg.find(" d=\"M" + first[0].dump() + " " + first[1].dump() + "L"),
-              std::string::npos);
+    EXPECT_EQ(contoursOfPath(svg), outline["contours"]);
+    EXPECT_NE(svg.find("viewBox=\"0 0 160 120\""), std::string::npos);
+    EXPECT_NE(svg.find("fill-rule=\"evenodd\""), std::string::npos);
 }
 
 TEST(PaintedMarks, AreRequestsOfTheirCodes) {

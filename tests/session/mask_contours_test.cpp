@@ -1,0 +1,131 @@
+#include "session/mask_contours.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "support/filled_contours.h"
+
+namespace {
+
+// A row a text; '#' is the object.
+cv::Mat maskOf(const std::vector<std::string>& rows) {
+    cv::Mat mask = cv::Mat::zeros(static_cast<int>(rows.size()),
+                                  static_cast<int>(rows.front().size()), CV_8UC1);
+    for (int y = 0; y < mask.rows; ++y) {
+        for (int x = 0; x < mask.cols; ++x) {
+            const bool isObject =
+                rows[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)] == '#';
+            mask.at<std::uint8_t>(y, x) = isObject ? 255 : 0;
+        }
+    }
+    return mask;
+}
+
+// Twice the area, positive for a line that runs clockwise on a screen.
+int turnOf(const std::vector<cv::Point>& corners) {
+    int sum = 0;
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const cv::Point next = corners[(i + 1) % corners.size()];
+        sum += corners[i].x * next.y - next.x * corners[i].y;
+    }
+    return sum;
+}
+
+bool alternates(const std::vector<cv::Point>& corners) {
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const cv::Point side = corners[(i + 1) % corners.size()] - corners[i];
+        const cv::Point next =
+            corners[(i + 2) % corners.size()] - corners[(i + 1) % corners.size()];
+        if ((side.x == 0) == (side.y == 0) || (side.x == 0) == (next.x == 0)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The smallest of the filled contours that holds all of this one.
+int parentByArea(const std::vector<cv::Mat>& filled, std::size_t contour) {
+    int parent = -1;
+    for (std::size_t other = 0; other < filled.size(); ++other) {
+        const bool holds =
+            other != contour && cv::countNonZero(filled[contour] & ~filled[other]) == 0;
+        if (holds &&
+            (parent < 0 || cv::countNonZero(filled[other]) <
+                               cv::countNonZero(filled[static_cast<std::size_t>(parent)]))) {
+            parent = static_cast<int>(other);
+        }
+    }
+    return parent;
+}
+
+void expectContoursOf(const cv::Mat& mask) {
+    const std::vector<Contour> contours = contoursOf(mask);
+    std::vector<std::vector<cv::Point>> all;
+    std::vector<cv::Mat> filled;
+    for (const Contour& contour : contours) {
+        all.push_back(contour.corners);
+        filled.push_back(filledEvenOdd({contour.corners}, mask.size()));
+    }
+    EXPECT_EQ(cv::norm(filledEvenOdd(all, mask.size()), mask, cv::NORM_INF), 0.0);
+    for (std::size_t i = 0; i < contours.size(); ++i) {
+        const Contour& contour = contours[i];
+        EXPECT_TRUE(alternates(contour.corners));
+        EXPECT_EQ(turnOf(contour.corners) < 0, contour.isHole);
+        EXPECT_EQ(contour.parent, parentByArea(filled, i));
+        const bool parentIsHole =
+            contour.parent < 0 || contours[static_cast<std::size_t>(contour.parent)].isHole;
+        EXPECT_NE(contour.isHole, parentIsHole);
+    }
+}
+
+std::vector<int> parentsOf(const std::vector<std::string>& rows) {
+    std::vector<int> parents;
+    for (const Contour& contour : contoursOf(maskOf(rows))) {
+        parents.push_back(contour.parent);
+    }
+    return parents;
+}
+
+TEST(MaskContours, RunAlongTheEdgesOfPixels) {
+    const auto whole = contoursOf(maskOf({"###", "###"}));
+    ASSERT_EQ(whole.size(), 1U);
+    EXPECT_EQ(whole[0].corners, (std::vector<cv::Point>{{3, 0}, {3, 2}, {0, 2}, {0, 0}}));
+    const auto pixel = contoursOf(maskOf({"...", ".#."}));
+    ASSERT_EQ(pixel.size(), 1U);
+    EXPECT_EQ(pixel[0].corners, (std::vector<cv::Point>{{2, 1}, {2, 2}, {1, 2}, {1, 1}}));
+    EXPECT_TRUE(contoursOf(maskOf({"..", ".."})).empty());
+}
+
+TEST(MaskContours, KnowWhatLiesAroundThem) {
+    using Parents = std::vector<int>;
+    // An island in a hole, and one beside.
+    EXPECT_EQ(parentsOf({"#####..",  //
+                         "#...#.#",  //
+                         "#.#.#..",  //
+                         "#...#..",  //
+                         "#####.."}),
+              (Parents{-1, 0, -1, 1}));
+    // Object pixels hold together at a corner, background does not: two holes.
+    EXPECT_EQ(parentsOf({"#.", ".#"}), Parents{-1});
+    EXPECT_EQ(parentsOf({"####",  //
+                         "#.##",  //
+                         "##.#",  //
+                         "####"}),
+              (Parents{-1, 0, 0}));
+}
+
+TEST(MaskContours, FillToTheMask) {
+    std::mt19937 random(1);
+    for (int trial = 0; trial < 400; ++trial) {
+        cv::Mat mask(1 + trial % 9, 1 + trial / 9 % 11, CV_8UC1);
+        const unsigned share = 1 + static_cast<unsigned>(trial) % 7;
+        for (int i = 0; i < static_cast<int>(mask.total()); ++i) {
+            mask.data[i] = random() % 8 < share ? 255 : 0;
+        }
+        expectContoursOf(mask);
+        ASSERT_FALSE(HasFailure()) << mask;
+    }
+}
+
+}  // namespace
