@@ -62,7 +62,7 @@ void replay(const std::string& text) {
     for (const Step& step : file.steps) {
         session.apply(step);
     }
-    const Outline outline = session.takeOutline();
+    session.takeOutline();
     const std::vector<Contour> contours = contoursOf(session.result());
     asSvg(contours, photo().size());
     asJson(contours, photo().size());

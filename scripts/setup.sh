@@ -1,5 +1,6 @@
 #!/bin/sh
 # Installs what the project needs to build and test itself and is not there yet (Debian 12).
+#   --tests  also the shells whose completions are tested
 #   --fuzz   also what the fuzzers need: clang with its run-time libraries
 #   --dev    also everything that only contributors need: clang, clang-tidy, benchmarks, valgrind
 #   --armhf  also what scripts/test-armhf.sh needs: cross compiler, emulator
@@ -7,14 +8,20 @@ set -eu
 
 packages="build-essential cmake ninja-build pkg-config git clang-format
     libopencv-core-dev libopencv-imgproc-dev libopencv-imgcodecs-dev android-liblog-dev
-    libcli11-dev nlohmann-json3-dev libxxhash-dev libgtest-dev"
+    libjpeg62-turbo-dev libpng-dev zlib1g-dev libcli11-dev nlohmann-json3-dev libxxhash-dev
+    libgtest-dev"
+test_packages="zsh fish"
 fuzz_packages="clang libclang-rt-dev llvm"
 case "${1-}" in
     '') ;;
+    --tests) packages="$packages $test_packages" ;;
     --fuzz) packages="$packages $fuzz_packages" ;;
-    --dev) packages="$packages $fuzz_packages clang-tidy libbenchmark-dev libboost-dev valgrind" ;;
+    --dev)
+        packages="$packages $test_packages $fuzz_packages
+            clang-tidy libbenchmark-dev libboost-dev valgrind"
+        ;;
     --armhf) packages="$packages crossbuild-essential-armhf qemu-user mmdebstrap" ;;
-    *) echo "usage: $0 [--fuzz | --dev | --armhf]" >&2; exit 2 ;;
+    *) echo "usage: $0 [--tests | --fuzz | --dev | --armhf]" >&2; exit 2 ;;
 esac
 
 if ! command -v dpkg-query >/dev/null; then

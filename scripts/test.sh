@@ -5,7 +5,7 @@ set -eu
 cd "$(dirname "$0")/.."
 preset=${1:-release}
 
-scripts/setup.sh
+scripts/setup.sh --tests
 cmake --preset "$preset"
 cmake --build --preset "$preset"
 exec ctest --preset "$preset" -j "$(nproc)"

@@ -1,33 +1,73 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <opencv2/imgcodecs.hpp>
 
 #include "command.h"
 
 namespace {
 
-class HelpOf : public testing::TestWithParam<std::string> {};
+const std::string kOptionsAlone = " | grep -oE -e '--[a-z][a-z-]+' | LC_ALL=C sort -u";
 
-// Whoever adds an option has to tell the man page and the completion.
-TEST_P(HelpOf, AgreesWithTheManPageAndTheCompletion) {
-    const Workplace place;
-    EXPECT_EQ(place.run("segcore " + GetParam() + " --version").out,
+class HelpOf : public testing::TestWithParam<std::string> {
+  protected:
+    // The options of the command, a line each.
+    std::string fromHelp() const { return "segcore " + GetParam() + " --help" + kOptionsAlone; }
+
+    const Workplace m_place;
+};
+
+// Whoever adds an option has to tell the man page and the completions.
+TEST_P(HelpOf, IsInTheManPage) {
+    EXPECT_EQ(m_place.run("segcore " + GetParam() + " --version").out,
               "segcore " SEGCORE_VERSION "\n");
-    const std::string list = " | grep -oE -e '--[a-z][a-z-]+' | sort -u";
-    const std::string help = "segcore " + GetParam() + " --help" + list;
-    const Outcome options = place.run("set -o pipefail; " + help);
+    const Outcome options = m_place.run("set -o pipefail; " + fromHelp());
     EXPECT_EQ(options.code, 0);
     EXPECT_GE(std::count(options.out.begin(), options.out.end(), '\n'), 6);
+    const std::string manual = "sed 's/\\\\-/-/g' '" SEGCORE_MAN_PAGE "'" + kOptionsAlone;
+    EXPECT_EQ(m_place.run("comm -23 <(" + fromHelp() + ") <(" + manual + ")").out, "");
+}
 
-    const std::string manual = "sed 's/\\\\-/-/g' '" SEGCORE_MAN_PAGE "'" + list;
-    const Outcome missing = place.run("comm -23 <(" + help + ") <(" + manual + ")");
-    EXPECT_EQ(missing.out, "") << "not in the man page";
-    const Outcome offered =
-        place.run("source '" SEGCORE_COMPLETION "'; COMP_WORDS=(segcore " + GetParam() +
-                  R"( photo.png --); COMP_CWORD=3; _segcore; echo "${COMPREPLY[@]}")" + list);
-    EXPECT_EQ(offered.out, options.out);
+struct Shell {
+    const char* name;
+    const char* offered;  // what it offers for $command after a photograph
+};
+
+TEST_P(HelpOf, IsWhatEachShellOffers) {
+    for (const Shell& shell :
+         {Shell{"bash", R"(bash -c ". '$files/segcore.bash'; COMP_WORDS=(segcore $command p.png --)
+                COMP_CWORD=3; _segcore; printf '%s\n' \"\${COMPREPLY[@]}\"")"},
+          // The function that would show the options prints them.
+          Shell{"zsh", R"(zsh -fc "words=($command p.png --)
+                _arguments() { [[ \$* == *'->command'* ]] && state=command || print -rl -- \$@; }
+                () { . '$files/_segcore' }")"},
+          Shell{"fish", R"(fish -c ". '$files/segcore.fish'
+                complete --do-complete 'segcore $command p.png --'" | cut -f 1)"}}) {
+        if (m_place.run(std::string("command -v ") + shell.name).code != 0) {
+            continue;  // scripts/setup.sh --tests installs them
+        }
+        const Outcome offered =
+            m_place.run("files='" SEGCORE_COMPLETIONS "' command=" + GetParam() + "\n" +
+                        shell.offered + kOptionsAlone);
+        EXPECT_EQ(offered.out, m_place.run(fromHelp()).out) << shell.name << ": " << offered.err;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, HelpOf, testing::Values("cut", "replay", "snap"));
+
+TEST(ManPage, ShowsASessionThatReplays) {
+    const Workplace place;
+    cv::Mat scribbles = cv::Mat::zeros(400, 600, CV_8UC1);
+    scribbles(cv::Rect(300, 150, 20, 20)) = 2;
+    std::vector<std::uint8_t> png;
+    cv::imencode(".png", scribbles, png);
+    place.write("scribbles.png", {png.begin(), png.end()});
+    const Outcome outcome = place.run("cp '" SEGCORE_SAMPLES
+                                      "/coffee.png' .\n"
+                                      "sed -n '/^.SH SESSION FILES/,/^.EE/p' '" SEGCORE_MAN_PAGE
+                                      "' | sed '1,/^.EX/d; /^.EE/d; s/\\\\-/-/g' >session.json; "
+                                      "segcore replay session.json --mask m.png");
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+}
 
 }  // namespace

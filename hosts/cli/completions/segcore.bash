@@ -1,8 +1,8 @@
 # bash completion for segcore
 _segcore() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local general='--help --version --verbose --stats'
-    local outputs='--mask --cutout --preview --svg --json --save-session --dump-steps'
+    local general='--help --version --verbose --accept-damaged --stats'
+    local outputs='--mask --cutout --preview --svg --json --save-session --dump-steps --force'
     local words
     COMPREPLY=()
     case $previous in

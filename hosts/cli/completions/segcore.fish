@@ -1,0 +1,52 @@
+# fish completion for segcore
+
+function __segcore_option --description 'an option of some commands, the rest as for complete'
+    complete --command segcore --condition "__fish_seen_subcommand_from $argv[1]" $argv[2..]
+end
+
+complete --command segcore --condition __fish_use_subcommand --no-files \
+    --arguments cut --description 'Cut the object out of a photograph'
+complete --command segcore --condition __fish_use_subcommand --no-files \
+    --arguments replay --description 'Apply the steps of a session file'
+complete --command segcore --condition __fish_use_subcommand --no-files \
+    --arguments snap --description 'Follow edges from point to point'
+complete --command segcore --short-option h --long-option help --description 'Show the options'
+complete --command segcore --long-option version --description 'Show the version'
+
+set --local all 'cut replay snap'
+__segcore_option $all -s v -l verbose -d 'Show the log of the library'
+__segcore_option $all -l accept-damaged -d 'Take what there is of a damaged photograph'
+__segcore_option $all -l stats -f -a 'text json' -d 'Print time and memory of each stage'
+__segcore_option $all -l svg -r -F -d 'Outline as an SVG path'
+__segcore_option $all -l json -r -F -d 'Outline as JSON'
+
+set --local results 'cut replay'
+__segcore_option $results -s m -l mask -r -F -d Mask
+__segcore_option $results -s o -l cutout -r -F -d Cut-out
+__segcore_option $results -s p -l preview -r -F -d 'Photograph with the outline'
+__segcore_option $results -l save-session -r -F -d 'Marks as a session file'
+__segcore_option $results -l dump-steps -x -a '(__fish_complete_directories)' \
+    -d 'Folder for the mask after each step'
+__segcore_option $results -l force -d 'Let --dump-steps write among files'
+
+__segcore_option cut -l session -r -F -d 'Session file to be continued'
+__segcore_option cut -l box -x -d 'Box around the object'
+__segcore_option cut -l loop-add -x -d 'Loop around what is to be added'
+__segcore_option cut -l loop-remove -x -d 'Loop around what is to be removed'
+__segcore_option cut -l snap-loop-add -x -d 'Loop that snaps to edges, adds'
+__segcore_option cut -l snap-loop-remove -x -d 'Loop that snaps to edges, removes'
+__segcore_option cut -l brush-add -x -d 'Brush path over the object'
+__segcore_option cut -l brush-remove -x -d 'Brush path over the background'
+__segcore_option cut -l brush-radius -x -d 'Radius of the brushes that follow'
+__segcore_option cut -l snap-alpha -x -d 'Share of length for the snapped loops that follow'
+__segcore_option cut -l marks -r -F -d 'Scribbles painted in an image'
+__segcore_option cut -l undo -d 'Take the last mark back'
+__segcore_option cut -l redo -d 'Apply a mark again'
+
+__segcore_option replay -l photo -r -F -d 'Photograph instead of that of the session'
+
+__segcore_option snap -l from -x -d 'Where the path starts'
+__segcore_option snap -l to -x -d 'Points that it leads through'
+__segcore_option snap -l alpha -x -d 'Share of length in the cost of the path'
+
+functions --erase __segcore_option
