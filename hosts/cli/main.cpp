@@ -50,7 +50,7 @@ void parse(CLI::App& app, std::vector<std::string> words) {
     }
 }
 
-int run(int argc, char** argv) {
+int parseAndRun(int argc, char** argv) {
     CLI::App app("Cuts the object out of a photograph.", "segcore");
     declareCommands(app);
     try {
@@ -58,6 +58,12 @@ int run(int argc, char** argv) {
         return 0;
     } catch (const CLI::ParseError& error) {
         return report(explain(app, error), kWrongUse);
+    }
+}
+
+int run(int argc, char** argv) {
+    try {
+        return parseAndRun(argc, argv);
     } catch (const Interrupted& error) {
         return report(error.what(), kSignalBase + error.signal);
     } catch (const std::bad_alloc&) {

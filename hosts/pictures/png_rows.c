@@ -47,8 +47,9 @@ static void choose_samples(png_structp png, png_infop info, int as_colour) {
     png_set_bgr(png);
 }
 
-static void read_rows(png_structp png, png_infop info, int as_colour, SegcorePngRoom room,
-                      void* data, volatile int* rows) {
+static void read_rows(png_structp png, png_infop info, int as_colour,
+                      uint8_t* (*room)(void*, uint32_t, uint32_t, int), void* data,
+                      volatile int* rows) {
     png_read_info(png, info);
     choose_samples(png, info, as_colour);
     const int passes = png_set_interlace_handling(png);
@@ -65,8 +66,8 @@ static void read_rows(png_structp png, png_infop info, int as_colour, SegcorePng
     }
 }
 
-int segcore_png_rows(const uint8_t* bytes, size_t size, int as_colour, SegcorePngRoom room,
-                     void* data) {
+int segcore_png_rows(const uint8_t* bytes, size_t size, int as_colour,
+                     uint8_t* (*room)(void*, uint32_t, uint32_t, int), void* data) {
     Source source = {bytes, size};
     volatile int rows = 0;
     png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, NULL, give_up, ignore);

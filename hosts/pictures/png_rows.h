@@ -10,14 +10,13 @@
 extern "C" {
 #endif
 
-/* Called once before the first row: memory for `height` rows of `width` pixels with `channels`
- * samples of 1 byte, blue, green, red (and alpha), or one of grey. NULL gives the file up. */
-typedef uint8_t* (*SegcorePngRoom)(void* data, uint32_t width, uint32_t height, int channels);
-
 /* Reads as much as the file gives, past wrong check sums; rows that it lacks keep what the room held.
  * With `as_colour` every picture becomes blue, green, red, otherwise its channels stay. Returns 1 when
- * there was at least one row. From any thread. */
-int segcore_png_rows(const uint8_t* bytes, size_t size, int as_colour, SegcorePngRoom room,
+ * there was at least one row. From any thread.
+ *   room  called once with `data`, before the first row, for memory of `height` rows of `width` pixels
+ *         with `channels` samples of 1 byte: blue, green, red (and alpha), or grey. NULL gives up */
+int segcore_png_rows(const uint8_t* bytes, size_t size, int as_colour,
+                     uint8_t* (*room)(void* data, uint32_t width, uint32_t height, int channels),
                      void* data);
 
 #ifdef __cplusplus

@@ -31,9 +31,9 @@ std::string svgOf(const char* origin, const char* paint, const std::string& path
                   cv::Size photo) {
     const std::string width = std::to_string(photo.width);
     const std::string height = std::to_string(photo.height);
-    return "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + width + "\" height=\"" + height +
-           "\" viewBox=\"" + origin + " " + width + " " + height + "\">\n  <path " + paint +
-           " d=\"" + pathData + "\"/>\n</svg>\n";
+    return R"(<svg xmlns="http://www.w3.org/2000/svg" width=")" + width + R"(" height=")" + height +
+           R"(" viewBox=")" + origin + " " + width + " " + height + "\">\n  <path " + paint +
+           R"( d=")" + pathData + "\"/>\n</svg>\n";
 }
 
 Json pairsOf(const std::vector<cv::Point>& points) {
@@ -55,7 +55,7 @@ std::string asSvg(const std::vector<Contour>& contours, cv::Size photo) {
     for (const Contour& contour : contours) {
         data += borderOf(contour.corners);
     }
-    return svgOf("0 0", "fill-rule=\"evenodd\"", data, photo);
+    return svgOf("0 0", R"(fill-rule="evenodd")", data, photo);
 }
 
 std::string asJson(const std::vector<Contour>& contours, cv::Size photo) {
@@ -73,7 +73,7 @@ std::string asJson(const std::vector<Contour>& contours, cv::Size photo) {
 
 std::string pathAsSvg(const std::vector<cv::Point>& path, cv::Size photo) {
     // The view starts half a pixel before the middle of pixel (0, 0).
-    return svgOf("-0.5 -0.5", "fill=\"none\" stroke=\"#ffff00\"", lineThrough(path), photo);
+    return svgOf("-0.5 -0.5", R"(fill="none" stroke="#ffff00")", lineThrough(path), photo);
 }
 
 std::string pathAsJson(const std::vector<cv::Point>& path, cv::Size photo) {
