@@ -163,7 +163,7 @@ std::vector<cv::Point> pathThrough(EdgeMap& edges, const std::vector<cv::Point>&
 
 std::vector<cv::Point> snappedPath(const Photo& photo, const std::vector<cv::Point>& points,
                                    double alpha, SessionHost& host, Stats& stats) {
-    requireInside(points, photo.size(), "snap");
+    requireInside(points, photo.size());
     requireAlpha(alpha);
     return stats.measure("snap path", [&] {
         EdgeMap edges(photo, alpha, host);
@@ -172,7 +172,7 @@ std::vector<cv::Point> snappedPath(const Photo& photo, const std::vector<cv::Poi
 }
 
 Step snapLoop(const Step& step, const Photo& photo, SessionHost& host, Stats& stats) {
-    requireInside(step.points, photo.size(), nameOf(step.operation));
+    requireInside(step.points, photo.size());
     const double alpha = step.alpha.value_or(kDefaultAlpha);
     requireAlpha(alpha);
     Step loop = step;

@@ -41,8 +41,9 @@ constexpr std::array<OperationName, 10> kOperationNames{{
 
 struct Step {
     Operation operation = Operation::kBox;
-    // Photograph pixels: a box's corners (left, top) and (right, bottom), both inside it; a loop's
-    // corners; a brush's path.
+    // Photograph pixels: a box's corners (left, top) and (right, bottom), both inside it, where the
+    // photograph's width and height stand for its last column and row; a loop's corners; a brush's
+    // path.
     std::vector<cv::Point> points;
     std::optional<int> radius;  // of a brush, in photograph pixels; none: by the photograph's size
     std::optional<double> alpha;  // of a snapped loop: the share of length in the path's cost

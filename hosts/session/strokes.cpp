@@ -65,6 +65,20 @@ std::vector<cv::Point> pathThereAndBack(const cv::Mat& image, const std::vector<
     return stroke;
 }
 
+// Who gives a box by where it starts and its size names the photograph's size for its far border.
+std::vector<cv::Point> pointsOf(const Step& step, cv::Size photo) {
+    std::vector<cv::Point> points = step.points;
+    if (step.operation == Operation::kBox) {
+        for (cv::Point& corner : points) {
+            if (corner.x <= photo.width && corner.y <= photo.height) {
+                corner = {std::min(corner.x, photo.width - 1),
+                          std::min(corner.y, photo.height - 1)};
+            }
+        }
+    }
+    return points;
+}
+
 int strokeTypeOf(Operation operation) {
     if (isBrush(operation)) {
         return removes(operation) ? SEGCORE_BRUSH_REMOVE : SEGCORE_BRUSH_ADD;
@@ -87,12 +101,12 @@ void fillLoop(cv::Mat& markers, const std::vector<cv::Point>& corners, int code)
     cv::fillPoly(markers, std::vector<std::vector<cv::Point>>{corners}, cv::Scalar(code));
 }
 
-void requireInside(const std::vector<cv::Point>& points, cv::Size photo, const char* what) {
+void requireInside(const std::vector<cv::Point>& points, cv::Size photo) {
     for (const cv::Point& point : points) {
         if (!cv::Rect({0, 0}, photo).contains(point)) {
-            throw UserError(std::string(what) + ": point " + std::to_string(point.x) + "," +
-                            std::to_string(point.y) +
-                            " lies outside the photograph; x must be 0 to " +
+            throw UserError("point " + std::to_string(point.x) + "," + std::to_string(point.y) +
+                            " lies outside the photograph of " + std::to_string(photo.width) +
+                            " x " + std::to_string(photo.height) + " pixels; x must be 0 to " +
                             std::to_string(photo.width - 1) + " and y 0 to " +
                             std::to_string(photo.height - 1));
         }
@@ -101,16 +115,17 @@ void requireInside(const std::vector<cv::Point>& points, cv::Size photo, const c
 
 Request requestFor(const Step& step, cv::Size photo) {
     requireShape(step);
-    requireInside(step.points, photo, nameOf(step.operation));
+    const std::vector<cv::Point> points = pointsOf(step, photo);
+    requireInside(points, photo);
     Request request;
     request.strokeType = strokeTypeOf(step.operation);
     request.markers = cv::Mat::zeros(photo, CV_32SC1);
     const int certain = removes(step.operation) ? SEGCORE_MARK_BACKGROUND : SEGCORE_MARK_OBJECT;
     if (isBrush(step.operation)) {
-        drawBrush(request.markers, step.points, radiusOf(step, photo), certain);
-        request.stroke = pathThereAndBack(request.markers, step.points);
+        drawBrush(request.markers, points, radiusOf(step, photo), certain);
+        request.stroke = pathThereAndBack(request.markers, points);
     } else {
-        request.stroke = step.operation == Operation::kBox ? outlineOf(step.points) : step.points;
+        request.stroke = step.operation == Operation::kBox ? outlineOf(points) : points;
         fillLoop(request.markers, request.stroke, step.edit ? certain : SEGCORE_MARK_CANDIDATE);
     }
     if (step.edit) {

@@ -35,4 +35,4 @@ Request requestFor(const Step& step, cv::Size photo);
 void drawBrush(cv::Mat& markers, const std::vector<cv::Point>& path, int radius, int code);
 void fillLoop(cv::Mat& markers, const std::vector<cv::Point>& corners, int code);
 
-void requireInside(const std::vector<cv::Point>& points, cv::Size photo, const char* what);
+void requireInside(const std::vector<cv::Point>& points, cv::Size photo);

@@ -37,6 +37,8 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"segcore cut old.png --box 30,10,130,110 --mask m.png", 1, "JPEG"},
         Fault{"segcore cut photo.png --brush-add 20,20 160,20 --mask old.png", 1,
               "160,20 lies out"},
+        Fault{"segcore cut photo.png --box 20,20,161,120 --mask old.png", 1,
+              "161,120 lies outside the photograph of 160 x 120 pixels"},
         Fault{"segcore cut photo.png --box 2,2,2,2 --mask old.png", 1, "the mask is empty"},
         Fault{"segcore cut photo.png --box 30,10,130,110 --undo --mask old.png", 1, "no result"},
         Fault{"segcore cut photo.png --undo --box 30,10,130,110 --mask old.png", 1, "to undo"},

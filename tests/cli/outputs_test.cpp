@@ -133,6 +133,14 @@ TEST(PaintedMarks, AreRequestsOfTheirCodes) {
     EXPECT_TRUE(same(mask, programMask(session.mask, mask.size())));
 }
 
+TEST(Box, MayEndAtThePhotographsSize) {
+    const Workplace place;
+    place.run("segcore cut photo.png --box 30,10,160,120 --mask size.png");
+    place.run("segcore cut photo.png --box 30,10,159,119 --mask last.png");
+    EXPECT_TRUE(same(place.image("size.png"), place.image("last.png")));
+    EXPECT_EQ(place.image("size.png").size(), cv::Size(160, 120));
+}
+
 TEST(Snap, GoesStraightWhereOnlyLengthCounts) {
     const Outcome snapped = Workplace().run(
         "segcore snap photo.png --from 20,60 --to 110,60 110,20 --alpha 1 --json -");
