@@ -19,7 +19,8 @@ constexpr const char* kVersion = "segcore " SEGCORE_VERSION;
 constexpr std::size_t kBoxNumbers = 4;
 
 // The whole numbers of "1,2,3"; anything else is a fault of the command line.
-std::vector<int> numbersOf(const std::string& text, std::size_t count, const char* form) {
+std::vector<int> numbersOf(const std::string& option, const std::string& text, std::size_t count,
+                           const char* form) {
     std::vector<int> numbers;
     const char* next = text.data();
     const char* const end = text.data() + text.size();
@@ -31,18 +32,20 @@ std::vector<int> numbersOf(const std::string& text, std::size_t count, const cha
         next = read.ptr + 1;
     } while (read.ec == std::errc() && read.ptr != end && *read.ptr == ',');
     if (read.ec != std::errc() || read.ptr != end || numbers.size() != count) {
-        throw CLI::ValidationError("'" + text + "' is not " + form + " in whole pixels");
+        const bool isName = text.find_first_of("0123456789") != 0 && text.find('-') != 0;
+        throw CLI::ValidationError(option, "'" + text + "' is not " + form + " in whole pixels" +
+                                               (isName ? ", and files go before marks" : ""));
     }
     return numbers;
 }
 
 // Points may come as several words or as one quoted one.
-std::vector<cv::Point> pointsOf(const Words& words) {
+std::vector<cv::Point> pointsOf(const std::string& option, const Words& words) {
     std::vector<cv::Point> points;
     for (const std::string& word : words) {
         std::istringstream stream(word);
         for (std::string pair; stream >> pair;) {
-            const std::vector<int> xy = numbersOf(pair, 2, "x,y");
+            const std::vector<int> xy = numbersOf(option, pair, 2, "x,y");
             points.emplace_back(xy[0], xy[1]);
         }
     }
@@ -70,7 +73,7 @@ void declareOutputs(CLI::App& command, CutOutputs& outputs) {
     file("-o,--cutout", outputs.cutout,
          "Cut-out: the object on a transparent ground; .png, .tif or .webp");
     file("-p,--preview", outputs.preview,
-         "Photograph with the object's outline painted in; .jpg, too");
+         "Photograph with the object's outline painted in; also .jpg");
     file("--svg", outputs.svg, "Object as an SVG path");
     file("--json", outputs.json, "Outline as JSON lists of points");
     file("--save-session", outputs.session, "The marks as a session file for segcore replay");
@@ -115,12 +118,13 @@ CLI::Option* inOrder(CLI::App& command, const std::string& name, Action action,
 
 void declarePointMarks(CLI::App& command, CutArguments& arguments) {
     const auto mark = [&](Operation operation, const char* description) {
+        const std::string option = std::string("--") + nameOf(operation);
         inOrder<Words>(
-            command, std::string("--") + nameOf(operation),
-            [&arguments, operation](const Words& words) {
+            command, option,
+            [&arguments, operation, option](const Words& words) {
                 Step step;
                 step.operation = operation;
-                step.points = pointsOf(words);
+                step.points = pointsOf(option, words);
                 step.radius = isBrush(operation) ? arguments.radius : std::nullopt;
                 step.alpha = isSnappedLoop(operation) ? arguments.alpha : std::nullopt;
                 arguments.radiusWaits = arguments.radiusWaits && !isBrush(operation);
@@ -143,7 +147,8 @@ void declareMarks(CLI::App& command, CutArguments& arguments) {
     inOrder<std::string>(
         command, "--box",
         [&steps](const std::string& text) {
-            const std::vector<int> box = numbersOf(text, kBoxNumbers, "left,top,right,bottom");
+            const std::vector<int> box =
+                numbersOf("--box", text, kBoxNumbers, "left,top,right,bottom");
             Step step;
             step.points = {{box[0], box[1]}, {box[2], box[3]}};
             steps.push_back(step);
@@ -206,7 +211,8 @@ void declareCut(CLI::App& app) {
     CLI::App& command = subcommand(app, "cut", "Cut the object out of a photograph");
     const auto arguments = std::make_shared<CutArguments>();
     command.add_option("PHOTO", arguments->session.photo, "Photograph, or - for standard input")
-        ->required();
+        ->required()
+        ->option_text(" ");
     command
         .add_option("--session", arguments->oldSession,
                     "Session file (JSON) whose steps come first, to be continued by the marks")
@@ -238,7 +244,8 @@ void declareReplay(CLI::App& app) {
     const auto damaged = std::make_shared<Damaged>(Damaged::kRefused);
     const auto outputs = std::make_shared<CutOutputs>();
     command.add_option("SESSION", *path, "Session file (JSON), or - for standard input")
-        ->required();
+        ->required()
+        ->option_text(" ");
     command.add_option("--photo", *photo, "Photograph to use instead of the session's")
         ->option_text("FILE");
     declareDamaged(command, *damaged);
@@ -258,7 +265,9 @@ void declareSnap(CLI::App& app) {
     const auto request = std::make_shared<SnapRequest>();
     request->alpha = kDefaultAlpha;
     const auto through = std::make_shared<std::pair<Words, Words>>();
-    command.add_option("PHOTO", request->photo, "Photograph, or - for standard input")->required();
+    command.add_option("PHOTO", request->photo, "Photograph, or - for standard input")
+        ->required()
+        ->option_text(" ");
     declareDamaged(command, request->damaged);
     command.add_option("--from", through->first, "Where the path starts")
         ->required()
@@ -274,8 +283,8 @@ void declareSnap(CLI::App& app) {
     command.add_option("--json", request->json, "Path as JSON")->option_text("FILE");
     declareStats(command, request->stats);
     command.callback([request, through] {
-        request->points = pointsOf(through->first);
-        const std::vector<cv::Point> rest = pointsOf(through->second);
+        request->points = pointsOf("--from", through->first);
+        const std::vector<cv::Point> rest = pointsOf("--to", through->second);
         request->points.insert(request->points.end(), rest.begin(), rest.end());
         runSnap(*request);
     });

@@ -29,6 +29,12 @@ std::string aboutLeftOver(const Words& words, const CLI::App& app, const std::st
 
 // The parser's own words, put as a person would where they count arguments.
 std::string aboutValues(const std::string& text) {
+    const std::string conversion = "Could not convert: ";
+    if (text.rfind(conversion, 0) == 0) {  // NAME = VALUE
+        const std::size_t equals = text.find(" = ");
+        return text.substr(conversion.size(), equals - conversion.size()) + ": '" +
+               text.substr(equals + 3) + "' is not a number that it takes";
+    }
     const std::string option = text.substr(0, text.find(": "));
     if (contains(text, "At Most 1 required")) {
         return option + " takes one value and got several";
