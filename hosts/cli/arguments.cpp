@@ -2,12 +2,12 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
 #include <memory>
-#include <sstream>
 
 #include "commands.h"
 #include "engine_log.h"
+#include "mark_options.h"
+#include "points.h"
 #include "session/snapped_loop.h"
 #include "session_on_disk.h"
 
@@ -16,41 +16,6 @@ namespace {
 using Words = std::vector<std::string>;
 
 constexpr const char* kVersion = "segcore " SEGCORE_VERSION;
-constexpr std::size_t kBoxNumbers = 4;
-
-// The whole numbers of "1,2,3"; anything else is a fault of the command line.
-std::vector<int> numbersOf(const std::string& option, const std::string& text, std::size_t count,
-                           const char* form) {
-    std::vector<int> numbers;
-    const char* next = text.data();
-    const char* const end = text.data() + text.size();
-    std::from_chars_result read{next, std::errc()};
-    do {
-        int number = 0;
-        read = std::from_chars(next, end, number);
-        numbers.push_back(number);
-        next = read.ptr + 1;
-    } while (read.ec == std::errc() && read.ptr != end && *read.ptr == ',');
-    if (read.ec != std::errc() || read.ptr != end || numbers.size() != count) {
-        const bool isName = text.find_first_of("0123456789") != 0 && text.find('-') != 0;
-        throw CLI::ValidationError(option, "'" + text + "' is not " + form + " in whole pixels" +
-                                               (isName ? ", and files go before marks" : ""));
-    }
-    return numbers;
-}
-
-// Points may come as several words or as one quoted one.
-std::vector<cv::Point> pointsOf(const std::string& option, const Words& words) {
-    std::vector<cv::Point> points;
-    for (const std::string& word : words) {
-        std::istringstream stream(word);
-        for (std::string pair; stream >> pair;) {
-            const std::vector<int> xy = numbersOf(option, pair, 2, "x,y");
-            points.emplace_back(xy[0], xy[1]);
-        }
-    }
-    return points;
-}
 
 void declareStats(CLI::App& command, StatsForm& stats) {
     command
@@ -96,108 +61,12 @@ void declareDamaged(CLI::App& command, Damaged& damaged) {
 }
 
 struct CutArguments {
-    SessionFile session;     // its steps are those of the options
+    std::string photo;
     std::string oldSession;  // to be continued
     Damaged damaged = Damaged::kRefused;
+    MarkOptions marks;
     CutOutputs outputs;
-    std::optional<int> radius;    // of the brushes that follow
-    std::optional<double> alpha;  // of the snapped loops that follow
-    // Options that no mark has come after yet.
-    bool radiusWaits = false;
-    bool alphaWaits = false;
 };
-
-// Options whose order counts run as they are parsed.
-template <typename Value, typename Action>
-CLI::Option* inOrder(CLI::App& command, const std::string& name, Action action,
-                     const char* description) {
-    return command.add_option_function<Value>(name, action, description)
-        ->trigger_on_parse()
-        ->group("Marks, applied in the given order");
-}
-
-void declarePointMarks(CLI::App& command, CutArguments& arguments) {
-    const auto mark = [&](Operation operation, const char* description) {
-        const std::string option = std::string("--") + nameOf(operation);
-        inOrder<Words>(
-            command, option,
-            [&arguments, operation, option](const Words& words) {
-                Step step;
-                step.operation = operation;
-                step.points = pointsOf(option, words);
-                step.radius = isBrush(operation) ? arguments.radius : std::nullopt;
-                step.alpha = isSnappedLoop(operation) ? arguments.alpha : std::nullopt;
-                arguments.radiusWaits = arguments.radiusWaits && !isBrush(operation);
-                arguments.alphaWaits = arguments.alphaWaits && !isSnappedLoop(operation);
-                arguments.session.steps.push_back(step);
-            },
-            description)
-            ->option_text("X,Y X,Y ...");
-    };
-    mark(Operation::kLoopAdd, "Loop around what is to be added");
-    mark(Operation::kLoopRemove, "Loop around what is to be removed");
-    mark(Operation::kSnapLoopAdd, "Like --loop-add, snapped to the edges nearby");
-    mark(Operation::kSnapLoopRemove, "Like --loop-remove, snapped to the edges nearby");
-    mark(Operation::kBrushAdd, "Brush path over the object");
-    mark(Operation::kBrushRemove, "Brush path over the background");
-}
-
-void declareMarks(CLI::App& command, CutArguments& arguments) {
-    std::vector<Step>& steps = arguments.session.steps;
-    inOrder<std::string>(
-        command, "--box",
-        [&steps](const std::string& text) {
-            const std::vector<int> box =
-                numbersOf("--box", text, kBoxNumbers, "left,top,right,bottom");
-            Step step;
-            step.points = {{box[0], box[1]}, {box[2], box[3]}};
-            steps.push_back(step);
-        },
-        "Box around the object; the right and lower border belong to it")
-        ->option_text("LEFT,TOP,RIGHT,BOTTOM");
-    declarePointMarks(command, arguments);
-    inOrder<int>(
-        command, "--brush-radius",
-        [&arguments](int radius) {
-            arguments.radius = radius;
-            arguments.radiusWaits = true;
-        },
-        "Radius in photograph pixels of the brushes that follow [1 % of the mean side]")
-        ->option_text("R");
-    inOrder<double>(
-        command, "--snap-alpha",
-        [&arguments](double alpha) {
-            arguments.alpha = alpha;
-            arguments.alphaWaits = true;
-        },
-        "Share of length, 0 to 1, in the path cost of the snapped loops that follow")
-        ->option_text("A");
-    inOrder<std::string>(
-        command, "--marks",
-        [&steps](const std::string& file) {
-            Step step;
-            step.operation = Operation::kMarks;
-            step.marksFile = file;
-            steps.push_back(step);
-        },
-        "Scribbles painted in an image: green object, red background, blue maybe object")
-        ->option_text("FILE");
-    const auto move = [&](Operation operation, const char* description) {
-        command
-            .add_flag_function(
-                std::string("--") + nameOf(operation),
-                [&steps, operation](std::int64_t) {
-                    Step step;
-                    step.operation = operation;
-                    steps.push_back(step);
-                },
-                description)
-            ->trigger_on_parse()
-            ->group("Marks, applied in the given order");
-    };
-    move(Operation::kUndo, "Take the last mark back");
-    move(Operation::kRedo, "Apply a mark again that was taken back");
-}
 
 CLI::App& subcommand(CLI::App& app, const char* name, const char* description) {
     CLI::App* command = app.add_subcommand(name, description);
@@ -210,7 +79,7 @@ CLI::App& subcommand(CLI::App& app, const char* name, const char* description) {
 void declareCut(CLI::App& app) {
     CLI::App& command = subcommand(app, "cut", "Cut the object out of a photograph");
     const auto arguments = std::make_shared<CutArguments>();
-    command.add_option("PHOTO", arguments->session.photo, "Photograph, or - for standard input")
+    command.add_option("PHOTO", arguments->photo, "Photograph, or - for standard input")
         ->required()
         ->option_text(" ");
     command
@@ -218,21 +87,17 @@ void declareCut(CLI::App& app) {
                     "Session file (JSON) whose steps come first, to be continued by the marks")
         ->option_text("FILE");
     declareDamaged(command, arguments->damaged);
-    declareMarks(command, *arguments);
+    declareMarks(command, arguments->marks);
     declareOutputs(command, arguments->outputs);
     command.callback([arguments] {
-        if (arguments->radiusWaits || arguments->alphaWaits) {
-            throw CLI::ValidationError(
-                arguments->radiusWaits ? "--brush-radius" : "--snap-alpha",
-                "holds for the marks after it and there is none; put it before the mark");
-        }
-        SessionFile session = arguments->session;
+        const MarkOptions& marks = arguments->marks;
+        requireMarksAfter(marks);
+        SessionFile session;
         if (!arguments->oldSession.empty()) {
             session = readSessionFile(arguments->oldSession);
-            session.photo = arguments->session.photo;
-            session.steps.insert(session.steps.end(), arguments->session.steps.begin(),
-                                 arguments->session.steps.end());
         }
+        session.photo = arguments->photo;
+        session.steps.insert(session.steps.end(), marks.steps.begin(), marks.steps.end());
         runCut(session, arguments->oldSession, arguments->damaged, arguments->outputs);
     });
 }
