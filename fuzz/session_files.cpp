@@ -5,6 +5,7 @@
 
 #include "fuzz_target.h"
 #include "session/errors.h"
+#include "session/outline.h"
 #include "session/session.h"
 #include "session/session_file.h"
 #include "support/log_capture.h"
@@ -62,7 +63,6 @@ void replay(const std::string& text) {
     for (const Step& step : file.steps) {
         session.apply(step);
     }
-    session.takeOutline();
     const std::vector<Contour> contours = contoursOf(session.result());
     asSvg(contours, photo().size());
     asJson(contours, photo().size());

@@ -13,6 +13,7 @@
 #include "pictures/picture_format.h"
 #include "pictures/write_picture.h"
 #include "program_host.h"
+#include "session/outline.h"
 #include "session/session.h"
 #include "session/snapped_loop.h"
 #include "session/stats.h"

@@ -7,10 +7,6 @@
 
 #include "session/mask_contours.h"
 
-// What the library hands out: closed contours of outer and hole borders through the middle of the
-// object's pixels, as it paints them.
-using Outline = std::vector<std::vector<cv::Point>>;
-
 // A document of the photograph's size with one filled path: drawn at that size it is the mask.
 std::string asSvg(const std::vector<Contour>& contours, cv::Size photo);
 

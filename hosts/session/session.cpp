@@ -308,24 +308,3 @@ cv::Mat Session::preview() {
     cv::cvtColor(asImage(m_blended, m_photo.size()), image, cv::COLOR_BGRA2BGR);
     return image;
 }
-
-Outline Session::takeOutline() {
-    int* numbers = nullptr;
-    int count = 0;
-    fetch_path_array(&numbers, &count);
-    if (numbers == nullptr) {
-        throw UserError("the outline could not be fetched, memory ran out; reduce the photograph",
-                        UserError::Reason::kEngine);
-    }
-    Outline outline(static_cast<std::size_t>(numbers[0]));
-    const int* next = numbers + 1;
-    for (std::vector<cv::Point>& contour : outline) {
-        const int points = *next++;
-        for (int i = 0; i < points; ++i, next += 2) {
-            contour.emplace_back(next[0], next[1]);
-        }
-        ++next;  // the mark that ends a contour
-    }
-    release_path_array(numbers);
-    return outline;
-}

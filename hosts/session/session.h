@@ -17,7 +17,6 @@
 #include <vector>
 
 #include "session/kept_mask.h"
-#include "session/outline.h"
 #include "session/photo.h"
 #include "session/session_host.h"
 #include "session/stats.h"
@@ -51,8 +50,6 @@ class Session {
     const cv::Mat& result() const { return m_result; }
     // The photograph with the object's outline painted in.
     cv::Mat preview();
-    // Of the latest result; can be taken once.
-    Outline takeOutline();
 
   private:
     // The program around, and besides what it says the session's own cancel.
