@@ -12,8 +12,11 @@ constexpr std::uint32_t kBitFields = 3;
 constexpr std::uint64_t kMostBytes = std::uint64_t{4} << 30U;
 
 std::uint32_t numberAt(const std::vector<std::uint8_t>& bytes, std::size_t at) {
-    return bytes[at] | bytes[at + 1] << 8U | bytes[at + 2] << 16U |
-           static_cast<std::uint32_t>(bytes[at + 3]) << 24U;
+    std::uint32_t number = 0;
+    for (std::size_t i = 4; i-- > 0;) {
+        number = number << 8U | bytes[at + i];
+    }
+    return number;
 }
 
 // The length that the header asks for; 0 when it cannot be told.
