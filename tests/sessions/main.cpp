@@ -9,6 +9,7 @@
 #include <set>
 
 #include "recorder.h"
+#include "sample_sessions.h"
 #include "scene_sessions.h"
 #include "support/fake_clock.h"
 
@@ -42,6 +43,7 @@ int main(int argc, char** argv) {
     const FakeClock clock(0);
     Recorder recorder;
     recordSceneSessions(recorder);
+    recordSampleSessions(recorder);
     if (argc > 1) {
         return compare(recorder.lines(), argv[1]);
     }

@@ -1,7 +1,6 @@
 #include "recorder.h"
 
 #include "interface/segmentation_core.h"
-#include "support/digest.h"
 
 namespace {
 
@@ -21,10 +20,14 @@ void Recorder::start(const std::string& session) {
     m_step = 0;
 }
 
-void Recorder::step(const std::string& name, const HostSession& host) {
+void Recorder::step(const std::string& name, const Digest& mask, const Digest& outline) {
     m_lines.push_back(m_session + " " + std::to_string(++m_step) + "-" + name + " mask " +
-                      Digest().add(host.mask).text() + " outline " +
-                      Digest().add(host.blended).add(HostSession::fetchOutline()).text());
+                      mask.text() + " outline " + outline.text());
+}
+
+void Recorder::step(const std::string& name, const HostSession& host) {
+    step(name, Digest().add(host.mask),
+         Digest().add(host.blended).add(HostSession::fetchOutline()));
 }
 
 void Recorder::history(HostSession& host) {

@@ -9,11 +9,13 @@
 #include <string>
 #include <vector>
 
+#include "support/digest.h"
 #include "support/host_session.h"
 
 class Recorder {
   public:
     void start(const std::string& session);
+    void step(const std::string& name, const Digest& mask, const Digest& outline);
     // What the last call delivered; takes the outline.
     void step(const std::string& name, const HostSession& host);
     // Walks the history to its ends, so it comes last.

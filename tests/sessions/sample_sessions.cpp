@@ -1,0 +1,72 @@
+#include "sample_sessions.h"
+
+#include <filesystem>
+#include <fstream>
+#include <opencv2/imgcodecs.hpp>
+#include <sstream>
+
+#include "session/session.h"
+#include "session/session_file.h"
+#include "support/digest.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const char* const kSessions[] = {
+    "samples/astronaut.json",
+    "samples/coffee.json",
+    "samples/rocket.json",
+    "tests/sessions/astronaut-portrait.json",
+    "tests/sessions/coffee-brush-first.json",
+    "tests/sessions/coffee-strokes.json",
+    "tests/sessions/rocket-whole.json",
+};
+
+std::string textIn(const fs::path& file) {
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    return text.str();
+}
+
+void addStep(Recorder& recorder, const std::string& name, Session& session) {
+    Digest mask;
+    Digest outline;
+    const cv::Mat& result = session.result();
+    mask.add(std::vector<std::uint8_t>(result.datastart, result.dataend));
+    const cv::Mat preview = session.preview();
+    outline.add(std::vector<std::uint8_t>(preview.datastart, preview.dataend));
+    recorder.step(name, mask, outline);
+}
+
+void record(Recorder& recorder, const fs::path& file) {
+    const SessionFile sessionFile = parseSessionFile(
+        textIn(file), file.filename(),
+        [&](const std::string& name) { return (file.parent_path() / name).string(); });
+    const Photo photo = photoOf(cv::imread(sessionFile.photo), sessionFile.photo);
+    requireSamePhoto(sessionFile, photo, file.filename());
+    SessionHost host;
+    Stats stats;
+    Session session(photo, host, stats);
+    recorder.start(file.stem());
+    for (const Step& step : sessionFile.steps) {
+        session.apply(step);
+        addStep(recorder, nameOf(step.operation), session);
+    }
+    for (const Operation operation : {Operation::kUndo, Operation::kRedo}) {
+        Step step;
+        step.operation = operation;
+        while (operation == Operation::kUndo ? session.canUndo() : session.canRedo()) {
+            session.apply(step);
+            addStep(recorder, nameOf(operation), session);
+        }
+    }
+}
+
+}  // namespace
+
+void recordSampleSessions(Recorder& recorder) {
+    for (const char* const session : kSessions) {
+        record(recorder, fs::path(SEGCORE_SOURCE) / session);
+    }
+}
