@@ -43,6 +43,8 @@ std::size_t FuzzedHost::Size::pixels() const {
 }
 
 FuzzedHost::~FuzzedHost() {
+    segcore_set_observer(nullptr, nullptr);
+    segcore_set_time_limit(-1.0);
     deinitSegmentation();
     freeLocalBuffers();
     resetSegmentationInterface();
@@ -90,7 +92,9 @@ void FuzzedHost::makeCall() {
         kCancel,
         kExit,
         kRefused,
-        kMaxValue = kRefused
+        kTimeLimit,
+        kObserver,
+        kMaxValue = kObserver
     };
     switch (m_data.ConsumeEnum<Kind>()) {
         case Kind::kNewPhoto:
@@ -139,6 +143,10 @@ void FuzzedHost::makeCall() {
             return exitSegmentation();
         case Kind::kRefused:
             return refusedDeliveries();
+        case Kind::kTimeLimit:
+            return setTimeLimit();
+        case Kind::kObserver:
+            return observe();
     }
 }
 
@@ -324,11 +332,65 @@ void FuzzedHost::passMarks() {
 void FuzzedHost::request() {
     std::uint32_t* const blended = drawBuffer(m_blended);
     std::uint8_t* const mask = drawBuffer(m_mask);
-    call([&] { processSegment(0, 0, 0, blended, mask); });
+    int status = SEGCORE_DONE;
+    call([&] {
+        processSegment(0, 0, 0, blended, mask);
+        status = segcore_last_status();
+    });
     m_marks.clear();
+    const bool refused = status == SEGCORE_REFUSED || status == SEGCORE_OUT_OF_MEMORY;
+    require(failed("processSegment") == refused, "the status tells of a refusal as the log does");
     if (checkDelivery(mask != nullptr)) {
-        require(!failed("processSegment"), "a request that fails delivers no mask");
+        require(
+            status == SEGCORE_DONE || status == SEGCORE_CANCELLED || status == SEGCORE_OUT_OF_TIME,
+            "the status of a mask fits it");
         m_history.record(m_mask);
+    } else {
+        require(status != SEGCORE_DONE, "a request without a mask is not done");
+    }
+}
+
+void FuzzedHost::setTimeLimit() {
+    const double limits[] = {-1.0, 0.0,   1e-6,
+                             1e-3, 1e300, std::numeric_limits<double>::quiet_NaN()};
+    segcore_set_time_limit(limits[m_data.ConsumeIntegralInRange(0, 5)]);
+}
+
+void FuzzedHost::observe() {
+    m_observerActsIn = m_data.ConsumeIntegralInRange(0, 25);
+    m_observerAct = m_data.ConsumeIntegralInRange(0, 4);
+    segcore_set_observer(
+        m_observerAct == 0
+            ? nullptr
+            : [](const segcore_progress* progress,
+                 void* user) { return static_cast<FuzzedHost*>(user)->observed(*progress); },
+        this);
+}
+
+int FuzzedHost::observed(const segcore_progress& progress) {
+    require(progress.fraction >= 0.0 && progress.fraction <= 1.0, "a share lies between 0 and 1");
+    require((progress.mask != nullptr) == (progress.stage == SEGCORE_STAGE_WORKING_MASK),
+            "the working mask comes in its stage");
+    for (int i = 0; i < progress.mask_width * progress.mask_height; ++i) {
+        require(progress.mask[i] == 0 || progress.mask[i] == 255, "a preview is a mask");
+    }
+    if (m_observerActsIn-- != 0) {
+        return 0;
+    }
+    switch (m_observerAct) {
+        case 1:
+            return 1;
+        case 2:
+            cancelSegmentation();
+            return 0;
+        case 3:
+            deinitSegmentation();
+            undo(nullptr, nullptr);
+            doSegmentationBB(0, 0, nullptr, 0, 0, 0, 0, nullptr);
+            segcore_set_observer(nullptr, nullptr);
+            return 0;
+        default:
+            return 0;
     }
 }
 

@@ -12,6 +12,7 @@
 
 #include "byte_draws.h"
 #include "history_model.h"
+#include "interface/segmentation_core.h"
 
 class FuzzedHost {
   public:
@@ -50,6 +51,10 @@ class FuzzedHost {
     void step(bool back);
     void fetchOutline();
     void refusedDeliveries();
+    void setTimeLimit();
+    // Ends one of the requests that follow, cancels it, or makes calls that are refused.
+    void observe();
+    int observed(const segcore_progress& progress);
 
     // Runs a call, perhaps with a cancel from a second thread, and keeps the errors that it logs.
     template <typename Call>
@@ -68,4 +73,6 @@ class FuzzedHost {
     std::vector<int> m_marks;  // pending, of the photograph's size
     std::vector<std::string> m_errors;
     HistoryModel m_history;
+    int m_observerActsIn = 0;  // calls of the observer
+    int m_observerAct = 0;
 };
