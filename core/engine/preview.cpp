@@ -1,5 +1,6 @@
 #include "engine/preview.h"
 
+#include <cstdint>
 #include <opencv2/core.hpp>
 #include <vector>
 
@@ -25,10 +26,18 @@ ImagePtr reducedTo(const IplImage* mask, int width, int height) {
     return small;
 }
 
-strokeInfo reducedStroke(const strokeInfo& stroke) {
+// To the pixels that stand for its points in the mask. Dividing by the resize factor would put points at
+// the right and the lower border outside of it, because the working size is rounded down.
+strokeInfo reducedStroke(const strokeInfo& stroke, const IplImage* mask) {
+    const auto reduced = [](int coordinate, int small, int large) {
+        return static_cast<int>(static_cast<std::int64_t>(coordinate) * small / large);
+    };
     strokeInfo small = stroke;
-    for (int& coordinate : small.m_points) {
-        coordinate = static_cast<int>(static_cast<float>(coordinate) / g_imageResizeFactor);
+    for (std::size_t i = 0; i + 1 < small.m_points.size(); i += 2) {
+        int& x = small.m_points[i];
+        int& y = small.m_points[i + 1];
+        x = reduced(x, mask->width, VORNSEMarker::m_originalWidth);
+        y = reduced(y, mask->height, VORNSEMarker::m_originalHeight);
     }
     return small;
 }
@@ -39,7 +48,7 @@ ImagePtr previewOf(const IplImage* workingMask, int object, int cropWidth, int c
     ImagePtr mask = cloneImage(workingMask);
     cv::Mat image = cv::cvarrToMat(mask.get());
     image.setTo(255, image == object);
-    const strokeInfo stroke = reducedStroke(VORNSEMarker::currentStroke);
+    const strokeInfo stroke = reducedStroke(VORNSEMarker::currentStroke, mask.get());
     ImagePtr previous;
     if (VORNSEMarker::m_prevResult != nullptr) {
         previous = reducedTo(VORNSEMarker::m_prevResult, mask->width, mask->height);

@@ -110,8 +110,10 @@ int statusOfStopped() {
 
 // Runs the engine and delivers its mask; false when there is none.
 bool deliverRequest(std::uint32_t* blended, std::uint8_t* mask) {
-    const bool wasCancelled = VORNSEMarker::m_exitApp;
     RequestTransaction transaction;
+    // segment() starts the limit again. But the observer may end the request before that, and nobody
+    // shall take the limit of an earlier request for this one's then.
+    request_limit::start();
     const ObservedRequest observed;
     {
         const StageScope stage(Stage::kLabelImage);
@@ -140,9 +142,6 @@ bool deliverRequest(std::uint32_t* blended, std::uint8_t* mask) {
     if (outline != nullptr) {
         paintOutline(outline.get(), blended);
     }
-    if (VORNSEMarker::m_exitApp && !wasCancelled) {
-        call_status::set(statusOfStopped());
-    }
     return true;
 }
 
@@ -155,12 +154,19 @@ void runRequest(std::uint32_t* blended, std::uint8_t* mask) {
         requireEngine();
         requireHistory();
         requireMarkerSize();
+        const bool wasCancelled = VORNSEMarker::m_exitApp;
+        bool isDelivered = false;
         try {
-            if (deliverRequest(blended, mask)) {
-                return;
-            }
+            isDelivered = deliverRequest(blended, mask);
         } catch (const EndedByObserver&) {
             call_status::set(SEGCORE_ENDED_BY_OBSERVER);
+        }
+        // Whatever else became of the request: a host has to know of a cancel that stays in force.
+        if (VORNSEMarker::m_exitApp && !wasCancelled) {
+            call_status::set(statusOfStopped());
+        }
+        if (isDelivered) {
+            return;
         }
     } else {
         call_status::set(SEGCORE_NOTHING_TO_DO);

@@ -169,8 +169,8 @@ SEGCORE_API int setMarkerImage(int width, int height, const int* values, int str
 /*
  * Runs the request and delivers its result, which becomes the newest entry of the history. The
  * marks are used up, also by a request that is refused. Without marks, or when the request was
- * cancelled, out of time or ended by the observer, the blended buffer receives the plain photograph and
- * the mask buffer is left alone.
+ * cancelled, out of time or ended by the observer, the blended buffer receives the plain
+ * photograph and the mask buffer is left alone.
  *   unused1..3  not read
  *   blended     blended words
  *   mask        receives width * height mask bytes; may be null when no marks are pending
@@ -278,8 +278,8 @@ SEGCORE_API int doSegmentationBB(int width, int height, const uint32_t* pixels, 
  * The status of the latest call. A request that is cancelled or out of time while its mask is being
  * enlarged delivers and records that mask although it is not finished; the status says so all the
  * same. A host that wants the mask before it calls resetSegmentationInterface, which clears the
- * cancel, and writes back the mask that it kept, by setMarkerImage (OBJECT and BACKGROUND marks) and
- * cutOutImage.
+ * cancel, and writes back the mask that it kept, by setMarkerImage (OBJECT and BACKGROUND marks)
+ * and cutOutImage.
  * Result: one of the codes above.
  */
 SEGCORE_API int segcore_last_status(void);
@@ -299,7 +299,7 @@ SEGCORE_API void segcore_set_time_limit(double seconds);
 
 /*
  * A host's log. Called for each line, one at a time, from any of the library's threads. Calls
- * of the library from inside it are refused, except for cancelSegmentation.
+ * of the library from inside it are refused, except for cancelSegmentation and release_path_array.
  *   level  4 information, 5 warning, 6 error
  *   tag    "Error" for what concerns the host; others for memory, timings and details
  *   text   the line, valid during the call
@@ -346,11 +346,13 @@ typedef struct segcore_progress {
 
 /*
  * A host's observer of requests, called as each stage begins, on the thread that makes the request.
- * Calls of the library from inside it are refused with a log line, except for cancelSegmentation.
+ * Calls of the library from inside it are refused with a log line, except for cancelSegmentation
+ * and release_path_array.
  *   progress  where the request is, valid during the call
  *   user      what segcore_set_observer was given
  * Result: 0 to go on. Anything else ends this one request: it delivers no mask and records nothing,
- * engine and history are as before it, and no cancel stays in force.
+ * and engine and history are as before it. Unlike a cancel it leaves nothing in force. When a
+ * cancel or the time limit came first, that stays in force and is what segcore_last_status tells.
  */
 typedef int (*segcore_observer)(const segcore_progress* progress, void* user);
 

@@ -166,6 +166,20 @@ TEST(ObserverTest, PreviewsEnlargedResultsButForTheirOutline) {
     }
 }
 
+// The working image is 323 pixels wide, and a point at 409 lies on its pixel 322. Divided by the resize
+// factor it would lie on 323.
+TEST(ObserverTest, PreviewsStrokesInTheLastColumn) {
+    Scene disc = makeDiscScene(410, 300);
+    std::rotate(disc.pixels.begin(), disc.pixels.begin() + 205, disc.pixels.end());
+    HostSession session(disc);
+    session.cutOut(std::vector<int>(disc.pixels.size(), SEGCORE_MARK_BACKGROUND));
+    const Observer observer;
+    session.request({409, 140, 409, 160}, session.rectangle(390, 140, 20, 20, SEGCORE_MARK_OBJECT),
+                    SEGCORE_BRUSH_ADD);
+    EXPECT_GT(std::count(session.mask.begin(), session.mask.end(), 0), 200);
+    EXPECT_GT(std::count(observer.preview.begin(), observer.preview.end(), 0), 100);
+}
+
 // The stages of a request from the given edit, and the mask that it ends in. The edit is undone.
 struct Whole {
     std::size_t stages;
@@ -254,6 +268,26 @@ TEST(ObserverTest, CancelsInEveryStage) {
     }
     EXPECT_EQ(lateStages, (std::set<int>{SEGCORE_STAGE_WORKING_MASK, SEGCORE_STAGE_ENLARGEMENT,
                                          SEGCORE_STAGE_CLEANING, SEGCORE_STAGE_DELIVERY}));
+    clearLog();
+}
+
+// The cancel stays in force for the next request, so a host has to know. The limit that ended an earlier
+// request has no part in this one.
+TEST(ObserverTest, EndsNoRequestAsIfNobodyHadCancelledIt) {
+    Edit edit(200, 120);
+    segcore_set_time_limit(1e-9);
+    edit.request(SEGCORE_LOOP_ADD);
+    EXPECT_EQ(segcore_last_status(), SEGCORE_OUT_OF_TIME);
+    segcore_set_time_limit(-1.0);
+    resetSegmentationInterface();
+    const Observer observer([](const segcore_progress&) {
+        cancelSegmentation();
+        return 1;
+    });
+    edit.request(SEGCORE_LOOP_ADD);
+    EXPECT_EQ(observer.stages, std::vector<int>{SEGCORE_STAGE_MARKS});
+    EXPECT_EQ(segcore_last_status(), SEGCORE_CANCELLED);
+    resetSegmentationInterface();
     clearLog();
 }
 
