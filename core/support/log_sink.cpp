@@ -54,7 +54,11 @@ int print(int priority, const char* tag, const char* format, ...) {
     const std::lock_guard<std::mutex> lock(access);
     if (receiver != nullptr && priority >= least) {
         const Receiving receiving;
-        receiver(priority, tag, line, receiverData);
+        try {
+            receiver(priority, tag, line, receiverData);
+        } catch (...) {  // NOLINT(bugprone-empty-catch)
+            // Lines are also logged where nothing may be thrown, and there is nobody left to tell.
+        }
     }
     return length;
 }

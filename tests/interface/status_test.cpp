@@ -116,6 +116,10 @@ TEST_F(StatusTest, LogGoesToTheHostFromItsLeastLevelOn) {
     segcore_set_log(nullptr, nullptr, 0);
     processSegment(0, 0, 0, nullptr, nullptr);
     EXPECT_EQ(takeErrors().size(), 1U);
+    // What a host throws stops there: lines are also logged where nothing may be thrown.
+    segcore_set_log([](int, const char*, const char*, void*) { throw 1; }, nullptr, 0);
+    processSegment(0, 0, 0, nullptr, nullptr);
+    EXPECT_STREQ(segcore_last_reason(), "the blended buffer is null");
 }
 
 }  // namespace
