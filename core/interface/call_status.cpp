@@ -7,11 +7,9 @@
 
 namespace {
 
-constexpr int kLongestReason = 256;
-
 int status = SEGCORE_DONE;
 // No memory is needed to tell that there is none.
-char text[kLongestReason] = "";
+char text[call_status::kLongestReason] = "";
 
 }  // namespace
 

@@ -5,6 +5,8 @@
 
 namespace call_status {
 
+constexpr int kLongestReason = 256;
+
 // One of the status codes of the public header. The reason is copied, and cut where it is long.
 void set(int status, const char* reason = "") noexcept;
 int latest() noexcept;

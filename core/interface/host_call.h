@@ -2,6 +2,7 @@
 // logs one line, and what became of it is kept for segcore_last_status.
 #pragma once
 
+#include <cstdio>
 #include <new>
 #include <opencv2/core.hpp>
 #include <stdexcept>
@@ -57,9 +58,12 @@ void guardedCall(const char* name, Body&& body, After&& after) noexcept {
         if (error.code == cv::Error::StsNoMem) {
             reportFailure(name, SEGCORE_OUT_OF_MEMORY, "out of memory");
         } else {
+            char reason[call_status::kLongestReason];
+            std::snprintf(reason, sizeof reason, "imaging library error %d (%s)", error.code,
+                          error.err.c_str());
             SEGCORE_LOG_ERROR("%s: imaging library error %d (%s)", name, error.code,
                               error.err.c_str());
-            call_status::set(SEGCORE_REFUSED, "imaging library error");
+            call_status::set(SEGCORE_REFUSED, reason);
         }
     } catch (const std::exception& error) {
         reportFailure(name, SEGCORE_REFUSED, error.what());
