@@ -127,7 +127,7 @@ void FuzzedHost::makeCall() {
             return fetchOutline();
         case Kind::kCopy:
             copySourceImage(drawBuffer(m_blended));
-            return;
+            return snapPath();
         case Kind::kFreeBuffers:
             freeLocalBuffers();
             return m_marks.clear();
@@ -449,6 +449,31 @@ void FuzzedHost::fetchOutline() {
         require(array[next - 1] == -1, "a contour ends with its mark");
     }
     require(next == count, "the array is used up");
+    release_path_array(array);
+}
+
+// Over the pixels that the copy before it delivered, or over none.
+void FuzzedHost::snapPath() {
+    const Size size = storedSize();
+    const int from = drawCoordinate(size.width);
+    const int to = drawCoordinate(size.height);
+    int* array = nullptr;
+    int count = 0;
+    call([&] {
+        segcore_snap_path(size.width, size.height, m_blended.data(), from, 0, 0, to, 0.5, &array,
+                          &count);
+    });
+    const bool fits = size.valid() && from >= 0 && from < size.width && to >= 0 && to < size.height;
+    require((array != nullptr) == fits && failed("segcore_snap_path") == !fits,
+            "bad ends of a path are refused, good ones taken");
+    for (int i = 0; i + 3 < count; i += 2) {
+        require(
+            std::abs(array[i] - array[i + 2]) <= 1 && std::abs(array[i + 1] - array[i + 3]) <= 1,
+            "a path goes from neighbour to neighbour");
+    }
+    require(!fits || (array[0] == from && array[1] == 0 && array[count - 2] == 0 &&
+                      array[count - 1] == to),
+            "a path has the ends that were asked for");
     release_path_array(array);
 }
 

@@ -50,6 +50,7 @@ class FuzzedHost {
     void edit();
     void step(bool back);
     void fetchOutline();
+    void snapPath();
     void refusedDeliveries();
     void setTimeLimit();
     // Ends one of the requests that follow, cancels it, or makes calls that are refused.

@@ -2,12 +2,13 @@
 // path is mapped back; between the given points it is then as fine as the reduced pixels.
 #include "session/snapped_loop.h"
 
-#include <opencv2/core/core_c.h>
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <opencv2/imgproc.hpp>
 
-#include "path/edge_path.h"
+#include "interface/segmentation_core.h"
+#include "session/errors.h"
 #include "session/strokes.h"
 
 namespace {
@@ -34,22 +35,29 @@ class EdgeMap {
             cv::resize(m_image, m_image, {side(m_image.cols), side(m_image.rows)}, 0.0, 0.0,
                        cv::INTER_AREA);
         }
-        m_labels = cv::Mat::zeros(m_image.size(), CV_8UC1);  // no border is forbidden
+        cv::cvtColor(m_image, m_words, cv::COLOR_BGR2BGRA);
     }
 
     // The pixels from one photograph point to another, both included.
     std::vector<cv::Point> path(cv::Point from, cv::Point to) {
         m_host.throwIfInterrupted();
         const cv::Point start = reduced(from);
-        IplImage image = cvIplImage(m_image);
-        IplImage labels = cvIplImage(m_labels);
-        const std::vector<int> parents =
-            find_parent_info(&image, &labels, start.y, start.x, m_alpha);
-        if (parents.empty()) {
+        const cv::Point end = reduced(to);
+        int* array = nullptr;
+        int count = 0;
+        segcore_snap_path(m_words.cols, m_words.rows, m_words.ptr<std::uint32_t>(), start.x,
+                          start.y, end.x, end.y, m_alpha, &array, &count);
+        const std::unique_ptr<int, void (*)(int*)> found(array, release_path_array);
+        if (array == nullptr) {
             throw UserError("memory ran out in the search for edges; reduce the photograph",
                             UserError::Reason::kOutOfMemory);
         }
-        return mappedBack(parents, from, to);
+        std::vector<cv::Point> pixels{from};
+        for (int i = 2; i + 2 < count; i += 2) {
+            pixels.push_back(enlarged({array[i], array[i + 1]}));
+        }
+        pixels.push_back(to);
+        return pixels;
     }
 
     // The strongest edge within reach of a corner; the corner itself where nothing is stronger.
@@ -97,30 +105,12 @@ class EdgeMap {
         cv::magnitude(dx, dy, strength);
         return strength;
     }
-    std::vector<cv::Point> mappedBack(const std::vector<int>& parents, cv::Point from,
-                                      cv::Point to) const {
-        const cv::Point target = reduced(to);
-        const int width = m_image.cols;
-        std::vector<cv::Point> pixels{to};
-        int node = target.y * width + target.x;
-        for (int parent = parents[static_cast<std::size_t>(node)]; parent != node;
-             parent = parents[static_cast<std::size_t>(node)]) {
-            node = parent;
-            pixels.push_back(enlarged({node % width, node / width}));
-        }
-        pixels.back() = from;
-        std::reverse(pixels.begin(), pixels.end());
-        if (pixels.size() == 1) {
-            pixels.push_back(to);
-        }
-        return pixels;
-    }
 
     cv::Size m_photoSize;
     double m_alpha;
     SessionHost& m_host;
     cv::Mat m_image;     // CV_8UC3
-    cv::Mat m_labels;    // CV_8UC1
+    cv::Mat m_words;     // the same as pixel words, CV_8UC4
     cv::Mat m_strength;  // CV_32FC1, made when asked for
 };
 

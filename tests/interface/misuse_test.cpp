@@ -2,6 +2,8 @@
 // context as it was.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "interface/context_snapshot.h"
 #include "support/host_session.h"
 #include "support/log_capture.h"
@@ -115,6 +117,22 @@ TEST_F(Misuse, DuringAnEdit) {
     expectRefused("fetch_path_array", [&] { fetch_path_array(nullptr, &count); });
     expectRefused("fetch_path_array", [&] { fetch_path_array(&array, nullptr); });
     release_path_array(nullptr);
+    const auto path = [&](int width, int fromX, int toY, double alpha) {
+        return [=, &array, &count] {
+            segcore_snap_path(width, 120, words(), fromX, 0, 9, toY, alpha, &array, &count);
+            EXPECT_TRUE(array == nullptr && count == 0);
+        };
+    };
+    expectRefused("segcore_snap_path", path(0, 0, 9, 0.5));
+    expectRefused("segcore_snap_path", path(160, 160, 9, 0.5));
+    expectRefused("segcore_snap_path", path(160, 0, -1, 0.5));
+    expectRefused("segcore_snap_path", path(160, 0, 9, std::nan("")));
+    const auto nowhere = [&](const std::uint32_t* pixels, int** out, int* length) {
+        return [=] { segcore_snap_path(160, 120, pixels, 0, 0, 9, 9, 0.5, out, length); };
+    };
+    expectRefused("segcore_snap_path", nowhere(nullptr, &array, &count));
+    expectRefused("segcore_snap_path", nowhere(words(), nullptr, &count));
+    expectRefused("segcore_snap_path", nowhere(words(), &array, nullptr));
     const auto box = [&](int width, int height, const std::uint32_t* pixels, std::uint8_t* mask) {
         return [=] { EXPECT_EQ(doSegmentationBB(width, height, pixels, 1, 1, 50, 50, mask), 0); };
     };

@@ -105,4 +105,27 @@ TEST_F(ResultTest, StepsBeforeTheFirstEditDropTheMarksAllTheSame) {
     EXPECT_EQ(takeErrors(), Log{});
 }
 
+TEST(SnapPath, FollowsOneColourOrTheStraightLine) {
+    constexpr std::uint32_t x = 0x00FF0000U;  // red
+    constexpr std::uint32_t o = 0x00000000U;
+    constexpr std::uint32_t a = 0x80000000U;  // alpha does not count
+    const std::uint32_t image[] = {
+        o, x, x, a,  //
+        a, x, x, o,  //
+        x, o, o, x,
+    };
+    const auto path = [&image](int fromX, int toX, double alpha) {
+        int* array = nullptr;
+        int count = 0;
+        segcore_snap_path(4, 3, image, fromX, 0, toX, 0, alpha, &array, &count);
+        EXPECT_EQ(segcore_last_status(), SEGCORE_DONE);
+        const std::vector<int> points(array, array + count);
+        release_path_array(array);
+        return points;
+    };
+    EXPECT_EQ(path(0, 3, 0.0), (std::vector<int>{0, 0, 0, 1, 1, 2, 2, 2, 3, 1, 3, 0}));
+    EXPECT_EQ(path(3, 0, 1.0), (std::vector<int>{3, 0, 2, 0, 1, 0, 0, 0}));
+    EXPECT_EQ(path(2, 2, 0.5), (std::vector<int>{2, 0}));
+}
+
 }  // namespace

@@ -1,6 +1,6 @@
 #!/bin/sh
 # What the session library asks of others: no files, signals, image formats, processes or log, and of
-# the core nothing but the calls of the public header and the exported path search.
+# the core nothing but the calls of the public header.
 #   NM       of the compiler
 #   ARCHIVE  the session library
 #   CORE     the core's shared library
@@ -14,8 +14,6 @@ trap 'rm -rf "$work"' EXIT
 "$1" -uC "$2" | sed -n 's/^ *U //p' | sort -u >"$work/readable"
 "$1" -D --defined-only "$3" | sed 's/.* //; s/@.*//' | sort -u >"$work/core"
 grep -oE '\b[A-Za-z_]+\(' "$4" | tr -d '(' | sort -u >"$work/header"
-grep -E '^_Z16find_parent_info' "$work/core" >>"$work/header" || true
-sort -u -o "$work/header" "$work/header"
 
 # The lists themselves have to be what they are taken for.
 for call in setSourceImage processSegment cutOutImage; do
