@@ -5,11 +5,11 @@
 #include <memory>
 
 #include "commands.h"
-#include "engine_log.h"
 #include "mark_options.h"
 #include "points.h"
 #include "session/snapped_loop.h"
 #include "session_on_disk.h"
+#include "terminal/engine_log.h"
 
 namespace {
 

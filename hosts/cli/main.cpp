@@ -15,9 +15,9 @@
 
 #include "arguments.h"
 #include "byte_stream.h"
-#include "engine_log.h"
 #include "errors.h"
 #include "interrupt.h"
+#include "terminal/engine_log.h"
 #include "wrong_use.h"
 
 namespace {
@@ -82,7 +82,7 @@ int main(int argc, char** argv) {
     // A reader that goes away is an error like any other.
     std::signal(SIGPIPE, SIG_IGN);
     cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
-    keepEngineLog();
+    hideEngineLog();
     const InterruptWatch watch;
     return run(argc, argv);
 }
