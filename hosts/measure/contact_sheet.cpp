@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
+
+#include "picture_on_disk.h"
 
 namespace {
 
@@ -73,7 +74,5 @@ void ContactSheet::write(const std::string& file) const {
             m_rows[row][i].copyTo(sheet(cv::Rect(corner, tile)));
         }
     }
-    if (!cv::imwrite(file, sheet)) {
-        throw std::runtime_error(file + ": cannot be written");
-    }
+    writePicture(file, sheet, PictureContent::kPicture);
 }

@@ -2,8 +2,8 @@
 
 #include <fstream>
 #include <iterator>
-#include <opencv2/imgcodecs.hpp>
 
+#include "pictures/picture_error.h"
 #include "session/errors.h"
 
 namespace fs = std::filesystem;
@@ -25,21 +25,24 @@ std::optional<std::string> FolderOnDisk::text(const std::string& file) const {
 }
 
 cv::Mat FolderOnDisk::colourPicture(const std::string& file) const {
-    return picture(file, cv::IMREAD_COLOR);
+    return picture(file, Channels::kColour);
 }
 
 cv::Mat FolderOnDisk::greyPicture(const std::string& file) const {
-    return picture(file, cv::IMREAD_GRAYSCALE);
+    return picture(file, Channels::kGrey);
 }
 
-cv::Mat FolderOnDisk::picture(const std::string& file, int mode) const {
-    const fs::path path = m_folder / file;
-    if (!fs::exists(path)) {
+cv::Mat FolderOnDisk::picture(const std::string& file, Channels channels) const {
+    const std::optional<std::string> bytes = text(file);
+    if (!bytes) {
         return {};
     }
-    cv::Mat image = cv::imread(path.string(), mode);
-    if (image.empty()) {
-        throw UserError(path.string() + " is not an image that can be read; replace it");
+    const std::string name = (m_folder / file).string();
+    try {
+        return readPicture({bytes->begin(), bytes->end()}, name, channels, Damaged::kRefused);
+    } catch (const DamagedPicture& error) {
+        throw UserError(std::string(error.what()) + "; replace it");
+    } catch (const PictureError& error) {
+        throw UserError(error.what());
     }
-    return image;
 }

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "pictures/read_picture.h"
 #include "session/data_set.h"
 
 class FolderOnDisk : public DataFolder {
@@ -15,7 +16,7 @@ class FolderOnDisk : public DataFolder {
     cv::Mat greyPicture(const std::string& file) const override;
 
   private:
-    cv::Mat picture(const std::string& file, int mode) const;
+    cv::Mat picture(const std::string& file, Channels channels) const;
 
     std::filesystem::path m_folder;
 };

@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <opencv2/imgcodecs.hpp>
 #include <optional>
 #include <sstream>
 
@@ -18,6 +17,9 @@
 #include "measure/folder_on_disk.h"
 #include "measure/mark_case.h"
 #include "measure/score.h"
+#include "picture_on_disk.h"
+#include "terminal/common_options.h"
+#include "terminal/engine_log.h"
 
 namespace {
 
@@ -29,6 +31,7 @@ struct Options {
     std::vector<std::string> only;
     std::string contactSheet;
     std::string maskFolder;
+    double timeLimit = 0.0;  // seconds, 0 for none
     bool json = false;
 };
 
@@ -41,9 +44,10 @@ struct Result {
 };
 
 // Empty when the photograph lacks one of the case's marks.
-cv::Mat cut(const DataPhoto& photo, const cv::Mat& image, const std::string& markCase) {
+cv::Mat cut(const DataPhoto& photo, const cv::Mat& image, const std::string& markCase,
+            double timeLimit) {
     try {
-        CaseSession session(photo, image);
+        CaseSession session(photo, image, timeLimit);
         return session.apply(markCase) ? session.mask() : cv::Mat();
     } catch (const UserError& error) {
         throw std::runtime_error(photo.name() + " " + markCase + ": " + error.what());
@@ -80,7 +84,7 @@ std::vector<Result> measure(const Options& options, ContactSheet& sheet) {
         sheet.startRow();
         for (const std::string& markCase : options.cases) {
             const auto start = std::chrono::steady_clock::now();
-            const cv::Mat mask = cut(photo, image, markCase);
+            const cv::Mat mask = cut(photo, image, markCase, options.timeLimit);
             const std::chrono::duration<double, std::milli> elapsed =
                 std::chrono::steady_clock::now() - start;
             if (mask.empty()) {
@@ -97,7 +101,8 @@ std::vector<Result> measure(const Options& options, ContactSheet& sheet) {
             sheet.add(image, mask, scribblesOf(photo, markCase), captionOf(result));
             if (!options.maskFolder.empty()) {
                 const std::filesystem::path masks(options.maskFolder);
-                cv::imwrite((masks / (photo.name() + "." + markCase + ".png")).string(), mask);
+                writePicture((masks / (photo.name() + "." + markCase + ".png")).string(), mask,
+                             PictureContent::kMask);
             }
             results.push_back(std::move(result));
         }
@@ -176,11 +181,7 @@ void printJson(const std::vector<Result>& results) {
     std::printf("%s\n", document.dump(2).c_str());
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    Options options;
-    CLI::App app{"Measures the masks that photographs are cut to from their marks"};
+void declareOptions(CLI::App& app, Options& options) {
     app.add_option("folder", options.folder, "Photographs with true masks and marks")
         ->required()
         ->check(CLI::ExistingDirectory);
@@ -192,22 +193,41 @@ int main(int argc, char** argv) {
     app.add_option("--contact-sheet", options.contactSheet, "Picture of all results");
     app.add_option("--masks", options.maskFolder, "Folder to write the masks to")
         ->check(CLI::ExistingDirectory);
+    declareTimeLimit(app, options.timeLimit);
     app.add_flag("--json", options.json, "Print JSON instead of a table");
-    CLI11_PARSE(app, argc, argv);
-    try {
-        ContactSheet sheet;
-        const std::vector<Result> results = measure(options, sheet);
-        if (results.empty()) {
-            std::fprintf(stderr, "%s: no photograph with these marks\n", options.folder.c_str());
-            return 1;
-        }
-        options.json ? printJson(results) : printTable(results);
-        if (!options.contactSheet.empty()) {
-            sheet.write(options.contactSheet);
-        }
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return 1;
+    declareVerbose(app);
+}
+
+void run(const Options& options) {
+    if (!options.contactSheet.empty()) {
+        formatFor(options.contactSheet, PictureContent::kPicture);  // before any work
     }
-    return 0;
+    ContactSheet sheet;
+    const std::vector<Result> results = measure(options, sheet);
+    if (results.empty()) {
+        throw std::runtime_error(options.folder + ": no photograph with these marks");
+    }
+    options.json ? printJson(results) : printTable(results);
+    if (!options.contactSheet.empty()) {
+        sheet.write(options.contactSheet);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        hideEngineLog();
+        Options options;
+        CLI::App app{"Measures the masks that photographs are cut to from their marks"};
+        declareOptions(app, options);
+        CLI11_PARSE(app, argc, argv);
+        run(options);
+        return 0;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "segcore-measure: %s\n", error.what());
+    } catch (...) {
+        std::fputs("segcore-measure: failed for an unknown reason\n", stderr);
+    }
+    return 1;
 }

@@ -25,11 +25,13 @@ std::string faultOf(const std::string& markCase) {
                : "a case joins box, lasso, s1 and s2 by +";
 }
 
-CaseSession::CaseSession(const DataPhoto& photo, const cv::Mat& image)
+CaseSession::CaseSession(const DataPhoto& photo, const cv::Mat& image, double timeLimit)
     : m_data(photo),
       m_host(photo),
       m_photo(photoOf(image, photo.name())),
-      m_session(m_photo, m_host, m_stats) {}
+      m_session(m_photo, m_host, m_stats) {
+    m_session.setTimeLimit(timeLimit);
+}
 
 bool CaseSession::apply(const std::string& markCase) {
     const std::vector<std::string> marks = marksOf(markCase);

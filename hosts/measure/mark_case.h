@@ -17,8 +17,8 @@ std::string faultOf(const std::string& markCase);
 // command line's --marks takes them.
 class CaseSession {
   public:
-    // `image` is the photograph's.
-    CaseSession(const DataPhoto& photo, const cv::Mat& image);
+    // `image` is the photograph's; the limit is that of each request in seconds, 0 for none.
+    CaseSession(const DataPhoto& photo, const cv::Mat& image, double timeLimit = 0.0);
 
     // False when the photograph lacks one of the marks.
     bool apply(const std::string& markCase);

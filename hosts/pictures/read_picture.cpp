@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 #include <optional>
 
 #include "pictures/damage.h"
@@ -40,13 +41,22 @@ class QuietStandardError {
     int m_saved;
 };
 
+int decodingOf(Channels channels) {
+    switch (channels) {
+        case Channels::kColour:
+            return cv::IMREAD_COLOR;
+        case Channels::kGrey:
+            return cv::IMREAD_GRAYSCALE;
+        case Channels::kAsStored:
+            break;
+    }
+    return cv::IMREAD_UNCHANGED;
+}
+
 cv::Mat decode(const Bytes& bytes, Channels channels) {
     try {
         const QuietStandardError quiet;
-        return bytes.empty()
-                   ? cv::Mat()
-                   : cv::imdecode(bytes, channels == Channels::kColour ? cv::IMREAD_COLOR
-                                                                       : cv::IMREAD_UNCHANGED);
+        return bytes.empty() ? cv::Mat() : cv::imdecode(bytes, decodingOf(channels));
     } catch (const cv::Exception&) {
         return {};
     }
@@ -91,10 +101,18 @@ std::optional<std::string> damageOf(const Bytes& bytes, Kind kind) {
     return std::nullopt;
 }
 
+cv::Mat damagedPng(const Bytes& bytes, Channels channels) {
+    cv::Mat image = readDamagedPng(bytes, channels != Channels::kAsStored);
+    if (channels == Channels::kGrey && !image.empty()) {
+        cv::cvtColor(image, image, cv::COLOR_BGR2GRAY);
+    }
+    return image;
+}
+
 cv::Mat decodeDamaged(const Bytes& bytes, Kind kind, Channels channels) {
     switch (kind) {
         case Kind::kPng:
-            return readDamagedPng(bytes, channels == Channels::kColour);
+            return damagedPng(bytes, channels);
         case Kind::kBmp:
             return decode(filledUpBmp(bytes), channels);
         default:

@@ -9,6 +9,7 @@
 
 enum class Channels {
     kColour,    // blue, green, red of eight bits, turned upright as the camera noted
+    kGrey,      // one channel of eight bits, turned upright, too
     kAsStored,  // all that the file has, not turned
 };
 
