@@ -9,7 +9,7 @@
 #include "points.h"
 #include "session/snapped_loop.h"
 #include "session_on_disk.h"
-#include "terminal/engine_log.h"
+#include "terminal/common_options.h"
 
 namespace {
 
@@ -60,67 +60,65 @@ void declareDamaged(CLI::App& command, Damaged& damaged) {
         "Take what there is of a damaged photograph");
 }
 
-struct CutArguments {
-    std::string photo;
-    std::string oldSession;  // to be continued
-    Damaged damaged = Damaged::kRefused;
-    MarkOptions marks;
-    CutOutputs outputs;
-};
+void declareInput(CLI::App& command, CutInput& input) {
+    declareDamaged(command, input.damaged);
+    declareTimeLimit(command, input.timeLimit);
+}
 
 CLI::App& subcommand(CLI::App& app, const char* name, const char* description) {
     CLI::App* command = app.add_subcommand(name, description);
     command->set_version_flag("--version", kVersion);
-    command->add_flag_callback("-v,--verbose", showEngineLog,
-                               "Show the library's log on standard error");
+    declareVerbose(*command);
     return *command;
 }
 
 void declareCut(CLI::App& app) {
     CLI::App& command = subcommand(app, "cut", "Cut the object out of a photograph");
-    const auto arguments = std::make_shared<CutArguments>();
-    command.add_option("PHOTO", arguments->photo, "Photograph, or - for standard input")
+    const auto photo = std::make_shared<std::string>();
+    const auto input = std::make_shared<CutInput>();
+    const auto marks = std::make_shared<MarkOptions>();
+    const auto outputs = std::make_shared<CutOutputs>();
+    command.add_option("PHOTO", *photo, "Photograph, or - for standard input")
         ->required()
         ->option_text(" ");
     command
-        .add_option("--session", arguments->oldSession,
+        .add_option("--session", input->sessionName,
                     "Session file (JSON) whose steps come first, to be continued by the marks")
         ->option_text("FILE");
-    declareDamaged(command, arguments->damaged);
-    declareMarks(command, arguments->marks);
-    declareOutputs(command, arguments->outputs);
-    command.callback([arguments] {
-        const MarkOptions& marks = arguments->marks;
-        requireMarksAfter(marks);
-        SessionFile session;
-        if (!arguments->oldSession.empty()) {
-            session = readSessionFile(arguments->oldSession);
+    declareInput(command, *input);
+    declareMarks(command, *marks);
+    declareOutputs(command, *outputs);
+    command.callback([photo, input, marks, outputs] {
+        requireMarksAfter(*marks);
+        SessionFile& session = input->session;
+        if (!input->sessionName.empty()) {
+            session = readSessionFile(input->sessionName);
         }
-        session.photo = arguments->photo;
-        session.steps.insert(session.steps.end(), marks.steps.begin(), marks.steps.end());
-        runCut(session, arguments->oldSession, arguments->damaged, arguments->outputs);
+        session.photo = *photo;
+        session.steps.insert(session.steps.end(), marks->steps.begin(), marks->steps.end());
+        runCut(*input, *outputs);
     });
 }
 
 void declareReplay(CLI::App& app) {
     CLI::App& command = subcommand(app, "replay", "Apply the steps of a session file");
-    const auto path = std::make_shared<std::string>();
     const auto photo = std::make_shared<std::string>();
-    const auto damaged = std::make_shared<Damaged>(Damaged::kRefused);
+    const auto input = std::make_shared<CutInput>();
     const auto outputs = std::make_shared<CutOutputs>();
-    command.add_option("SESSION", *path, "Session file (JSON), or - for standard input")
+    command
+        .add_option("SESSION", input->sessionName, "Session file (JSON), or - for standard input")
         ->required()
         ->option_text(" ");
     command.add_option("--photo", *photo, "Photograph to use instead of the session's")
         ->option_text("FILE");
-    declareDamaged(command, *damaged);
+    declareInput(command, *input);
     declareOutputs(command, *outputs);
-    command.callback([path, photo, damaged, outputs] {
-        SessionFile session = readSessionFile(*path);
+    command.callback([photo, input, outputs] {
+        input->session = readSessionFile(input->sessionName);
         if (!photo->empty()) {
-            session.photo = *photo;
+            input->session.photo = *photo;
         }
-        runCut(session, *path, *damaged, *outputs);
+        runCut(*input, *outputs);
     });
 }
 

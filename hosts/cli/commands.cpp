@@ -171,8 +171,8 @@ std::vector<std::string> inputsOf(const SessionFile& session) {
 
 }  // namespace
 
-void runCut(const SessionFile& file, const std::string& sessionName, Damaged damaged,
-            const CutOutputs& outputs) {
+void runCut(const CutInput& input, const CutOutputs& outputs) {
+    const SessionFile& file = input.session;
     const std::vector<std::string> targets =
         wantedPaths({outputs.mask, outputs.cutout, outputs.preview, outputs.svg, outputs.json,
                      outputs.session});
@@ -190,9 +190,11 @@ void runCut(const SessionFile& file, const std::string& sessionName, Damaged dam
     MemoryPeak memory;
     Stats stats(&memory);
     ProgramHost host;
-    Photo photo = stats.measure("read photograph", [&] { return readPhoto(file.photo, damaged); });
-    requireSamePhoto(file, photo, sessionName);
+    Photo photo =
+        stats.measure("read photograph", [&] { return readPhoto(file.photo, input.damaged); });
+    requireSamePhoto(file, photo, input.sessionName);
     Session session(photo, host, stats);
+    session.setTimeLimit(input.timeLimit);
     OutputFiles files;
     applySteps(session, file.steps, outputs.stepFolder, files);
     requireObject(session);

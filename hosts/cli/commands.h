@@ -22,10 +22,15 @@ struct CutOutputs {
     StatsForm stats = StatsForm::kNone;
 };
 
-// Leads a session and writes its results. `sessionName` is that of the file which the photograph has
-// to fit; `damaged` is for the photograph.
-void runCut(const SessionFile& file, const std::string& sessionName, Damaged damaged,
-            const CutOutputs& outputs);
+struct CutInput {
+    SessionFile session;                  // the photograph, and the steps on it
+    std::string sessionName;              // of the file that the photograph has to fit
+    Damaged damaged = Damaged::kRefused;  // the photograph
+    double timeLimit = 0.0;               // seconds for each request, 0 for no limit
+};
+
+// Leads a session and writes its results.
+void runCut(const CutInput& input, const CutOutputs& outputs);
 
 struct SnapRequest {
     std::string photo;

@@ -26,7 +26,7 @@ class EdgeMap {
         : m_photoSize(photo.size()), m_alpha(alpha), m_host(host) {
         std::vector<std::uint32_t> words = photo.words;
         cv::cvtColor(asImage(words, photo.size()), m_image, cv::COLOR_BGRA2BGR);
-        const double pixels = static_cast<double>(m_image.total());
+        const auto pixels = static_cast<double>(m_image.total());
         if (pixels > kSearchPixels) {
             const double shrink = std::sqrt(kSearchPixels / pixels);
             const auto side = [shrink](int length) {

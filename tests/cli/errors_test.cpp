@@ -53,6 +53,11 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"segcore cut photo.png --box 30,10,130,110 --dump-steps s --svg old.png --mask "
               "/dev/full",
               1, "No space left"},
+        Fault{"segcore cut photo.png --undo --redo --time-limit -1 --mask old.png", 2,
+              "'-1' is no number of seconds"},
+        Fault{"segcore cut photo.png --box 30,10,130,110 --time-limit 1e-9 --dump-steps s --mask "
+              "old.png",
+              1, "step 1 (box): the segmentation reached its time limit"},
         Fault{"segcore cut photo.png --brush-add 80,60 --brush-radius 5 --mask old.png", 2,
               "--brush-radius"},
         Fault{"segcore cut photo.png --box 1,2,3 --mask old.png", 2, "--box: '1,2,3'"},

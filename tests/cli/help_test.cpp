@@ -67,7 +67,10 @@ TEST(ManPage, ShowsASessionThatReplays) {
                                       "sed -n '/^.SH SESSION FILES/,/^.EE/p' '" SEGCORE_MAN_PAGE
                                       "' | sed '1,/^.EX/d; /^.EE/d; s/\\\\-/-/g' >session.json; "
                                       "segcore replay session.json --mask m.png");
-    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.err, "");  // the library's log is shown on demand alone
+    const Outcome verbose = place.run("segcore replay session.json --verbose --mask m.png");
+    EXPECT_EQ(verbose.err.rfind("Info: ", 0), 0U) << verbose.err;
 }
 
 }  // namespace

@@ -22,18 +22,18 @@ _segcore() {
             return
             ;;
         --box | --loop-add | --loop-remove | --snap-loop-add | --snap-loop-remove | --brush-add | \
-            --brush-remove | --brush-radius | --snap-alpha | --from | --to | --alpha)
+            --brush-remove | --brush-radius | --snap-alpha | --from | --to | --alpha | --time-limit)
             return # numbers
             ;;
     esac
     case ${COMP_WORDS[1]} in
         "$current" | -*) [[ $COMP_CWORD -eq 1 ]] && words='cut replay snap --help --version' ;;
         cut)
-            words="$general $outputs --box --loop-add --loop-remove --snap-loop-add
+            words="$general $outputs --time-limit --box --loop-add --loop-remove --snap-loop-add
                 --snap-loop-remove --brush-add --brush-remove --brush-radius --snap-alpha --marks
                 --undo --redo --session"
             ;;
-        replay) words="$general $outputs --photo" ;;
+        replay) words="$general $outputs --time-limit --photo" ;;
         snap) words="$general --from --to --alpha --svg --json" ;;
     esac
     if [[ $COMP_CWORD -eq 1 || $current == -* ]]; then

@@ -28,6 +28,7 @@ __segcore_option $results -l save-session -r -F -d 'Marks as a session file'
 __segcore_option $results -l dump-steps -x -a '(__fish_complete_directories)' \
     -d 'Folder for the mask after each step'
 __segcore_option $results -l force -d 'Let --dump-steps write among files'
+__segcore_option $results -l time-limit -x -d 'Longest time in seconds for each segmentation'
 
 __segcore_option cut -l session -r -F -d 'Session file to be continued'
 __segcore_option cut -l box -x -d 'Box around the object'
