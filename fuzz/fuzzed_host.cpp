@@ -359,12 +359,10 @@ void FuzzedHost::setTimeLimit() {
 void FuzzedHost::observe() {
     m_observerActsIn = m_data.ConsumeIntegralInRange(0, 25);
     m_observerAct = m_data.ConsumeIntegralInRange(0, 4);
-    segcore_set_observer(
-        m_observerAct == 0
-            ? nullptr
-            : [](const segcore_progress* progress,
-                 void* user) { return static_cast<FuzzedHost*>(user)->observed(*progress); },
-        this);
+    const segcore_observer observer = [](const segcore_progress* progress, void* user) {
+        return static_cast<FuzzedHost*>(user)->observed(*progress);
+    };
+    segcore_set_observer(m_observerAct == 0 ? nullptr : observer, this);
 }
 
 int FuzzedHost::observed(const segcore_progress& progress) {
