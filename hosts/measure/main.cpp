@@ -23,6 +23,7 @@
 
 namespace {
 
+constexpr int kWrongUse = 2;
 constexpr double kLargePhotoPixels = 1e6;  // means are taken for small and large ones apart
 
 struct Options {
@@ -221,7 +222,11 @@ int main(int argc, char** argv) {
         Options options;
         CLI::App app{"Measures the masks that photographs are cut to from their marks"};
         declareOptions(app, options);
-        CLI11_PARSE(app, argc, argv);
+        try {
+            app.parse(argc, argv);
+        } catch (const CLI::ParseError& error) {
+            return app.exit(error) == 0 ? 0 : kWrongUse;
+        }
         run(options);
         return 0;
     } catch (const std::exception& error) {

@@ -103,6 +103,9 @@ Session::~Session() {
 }
 
 void Session::setTimeLimit(double seconds) {
+    if (!(seconds >= 0.0)) {  // the engine would take it for its own limit
+        throw UserError("a time limit is 0 seconds, for none, or more");
+    }
     segcore_set_time_limit(seconds);
 }
 

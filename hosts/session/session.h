@@ -34,7 +34,8 @@ class Session {
     // Throws UserError naming the step, "step 3 (brush-add): ...", and what the host throws.
     void apply(const Step& step);
 
-    // How long each request of a later step may take; 0, as at the start, for no limit.
+    // How long each request of a later step may take; 0, as at the start, for no limit. Throws
+    // UserError for less than that.
     void setTimeLimit(double seconds);
 
     // Ends the step that is being applied; it then throws UserError for the reason kCancelled.

@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <functional>
+#include <thread>
 
 #include "interface/segmentation_core.h"
 #include "session/errors.h"
 #include "support/scenes.h"
 
 namespace {
+
+using namespace std::chrono_literals;
 
 Photo photoOfScene(const Scene& scene) {
     return {scene.width, scene.height, scene.pixels};
@@ -180,6 +184,26 @@ TEST(CancelledSession, IsAsItWasBefore) {
         EXPECT_TRUE(session.canUndo());
         EXPECT_FALSE(session.canRedo());
     }
+    // The limit passes while the mask is enlarged: an unfinished one is delivered, and taken back.
+    segcore_set_observer(
+        [](const segcore_progress* progress, void*) {
+            if (progress->stage == SEGCORE_STAGE_ENLARGEMENT) {
+                std::this_thread::sleep_for(400ms);
+            }
+            return 0;
+        },
+        nullptr);
+    session.setTimeLimit(0.3);
+    try {
+        session.apply(stroke);
+        ADD_FAILURE() << "not out of time";
+    } catch (const UserError& error) {
+        EXPECT_EQ(error.reason, UserError::Reason::kOutOfTime);
+    }
+    segcore_set_observer(nullptr, nullptr);
+    EXPECT_EQ(cv::norm(session.result(), boxed, cv::NORM_INF), 0.0);
+    EXPECT_THROW(session.setTimeLimit(-1.0), UserError);
+    session.setTimeLimit(0.0);
     session.cancel();  // there is nothing to cancel
     session.apply(stroke);
     EXPECT_EQ(cv::countNonZero(session.result()(cv::Rect(180, 180, 121, 1))), 0);
