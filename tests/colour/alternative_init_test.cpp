@@ -32,23 +32,17 @@ TEST_F(AlternativeInit, EmPassByHand) {
     }
     EXPECT_NEAR(model.m_determinant[2], 6.0 * 16 / 6.0 * 16 / 6.0, 1e-9);
     EXPECT_EQ(model.m_weight[0], 0.0);
-    // Equal components share every sample by their weights.
+    // Equal components share every sample by their weights. The first pass takes the determinants that
+    // it finds, here that of 100 for both. No pass at all brings determinants and inverses up to date,
+    // and two are one after the other.
     VORNSEColorModel twins;
     setComponent(twins, 0, 0.25, 10.0, 100.0);
     setComponent(twins, 1, 0.75, 10.0, 100.0);
     prepare(twins);
+    setComponent(twins, 1, 0.75, 10.0, 1.0);
+    VORNSEColorModel fresh = twins;
     twins.EM(samples, 1);
     EXPECT_DOUBLE_EQ(twins.m_weight[0], 0.25 * 6.0 / 7.0);
-    // The first pass takes the determinants that it finds, here that of 100 for both. No pass at all
-    // brings determinants and inverses up to date, and two are one after the other.
-    setComponent(twins, 0, 0.5, 10.0, 100.0);
-    setComponent(twins, 1, 0.5, 10.0, 100.0);
-    prepare(twins);
-    VORNSEColorModel stale = twins;
-    setComponent(stale, 1, 0.5, 10.0, 1.0);
-    VORNSEColorModel fresh = stale;
-    stale.EM(samples, 1);
-    EXPECT_DOUBLE_EQ(stale.m_weight[1], 3.0 / 7.0);
     fresh.EM(samples, 0);
     EXPECT_DOUBLE_EQ(fresh.m_determinant[1], 1.0);
     EXPECT_DOUBLE_EQ(fresh.m_inverseCovariance[1][0], 1.0);
@@ -61,18 +55,8 @@ TEST_F(AlternativeInit, EmPassByHand) {
     EXPECT_TRUE(sameBytes(atOnce, twins));
 }
 
-TEST_F(AlternativeInit, StatisticsByHand) {
-    EXPECT_EQ(distSq({1, 2, 3}, {4, 6, 3}), 25.0);
-    EXPECT_EQ(findMean({{1, 2, 3}, {3, 6, 5}}), (pixelVal{2, 4, 4}));
-    EXPECT_EQ(findSSE({{1, 2, 3}, {3, 6, 5}}), 12.0);
-    EXPECT_EQ(findMean({}), (pixelVal{0, 0, 0}));
-    EXPECT_EQ(findSSE({}), 0.0);
-    EXPECT_TRUE(order({0, 0, 0, 1}, {0, 0, 0, 2}));
-    EXPECT_FALSE(order({0, 0, 0, 2}, {0, 0, 0, 2}));
-    EXPECT_TRUE(order({0, 0, 0, std::nan("")}, {0, 0, 0, 2}));
-}
-
 TEST_F(AlternativeInit, VarianceSplitByHand) {
+    EXPECT_TRUE(order({0, 0, 0, std::nan("")}, {0, 0, 0, 2}));  // of the scores in the third start
     using Halves = std::pair<Samples, Samples>;
     const auto split = [](const Samples& in) {
         Halves halves;

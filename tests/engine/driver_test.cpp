@@ -1,36 +1,11 @@
-// One request from labels to the recorded mask.
+// When a request ends early, and when its first pass comes back.
 #include "engine/engine_test.h"
-#include "history/undo_redo_history.h"
 #include "support/fake_clock.h"
-#include "support/host_session.h"
 #include "support/timers.h"
 
 namespace {
 
 using DriverTest = EngineTest;
-
-TEST_F(DriverTest, FixedLabelsSurviveAndNoneStaysFree) {
-    HostSession session(discScene());
-    // A box around the disc with an object mark in the background and a background mark in the disc.
-    const std::vector<int> box{35, 20, 125, 20, 125, 100, 35, 100};
-    std::vector<int> markers = session.loopMarkers(box);
-    markers[30 * 160 + 40] = SEGCORE_MARK_OBJECT;
-    markers[60 * 160 + 80] = SEGCORE_MARK_BACKGROUND;
-    ASSERT_EQ(session.request(box, markers, SEGCORE_LOOP_ADD), 0);
-    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 30)[40], 2);
-    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 60)[80], 1);
-    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 60)[46], 3);  // four pixels off the disc
-    EXPECT_EQ(rowOf(VORNSEMarker::m_labelImage, 60)[60], 4);
-    for (const std::string& row : textOf(VORNSEMarker::m_labelImage)) {
-        EXPECT_EQ(row.find_first_not_of("1234"), std::string::npos);
-    }
-    EXPECT_LT(discScene().errorRate(session.mask), 0.01);
-    EXPECT_EQ(VORNSEManageUndoRedo::m_current, 1);  // recorded, and nothing of it is left
-    EXPECT_EQ(pHybrid->m_graph, nullptr);
-    EXPECT_EQ(pHybrid->m_cropImage, nullptr);
-    EXPECT_EQ(pHybrid->m_trialLabels[2], nullptr);
-    EXPECT_EQ(g_cancelTimer, nullptr);
-}
 
 TEST_F(DriverTest, TimeLimitItselfIsNotOver) {
     startBlue(1, 1);

@@ -47,50 +47,40 @@ TEST_F(SmoothnessWeightTest, TrialsCutTheStartLabelsWithWholeWeights) {
     }
 }
 
-TEST_F(SmoothnessWeightTest, ChosenWeightKeepsItsFraction) {
-    VORNSEHybrid& engine = startFlat(40);
-    setTrials({{{}, {{10, 10, 20, 20}}, {{10, 10, 20, 19}}}});
-    EXPECT_EQ(engine.parallelLamdaSwtich(3), 1);
-    EXPECT_EQ(engine.m_lambda, 13.512999534606934);
-    EXPECT_EQ(textOf(engine.m_cropLabel), textOf(engine.m_trialLabels[1]));
-}
-
-TEST_F(SmoothnessWeightTest, AgreeingAreasGiveTheLastButOneScatteredTheLast) {
+TEST_F(SmoothnessWeightTest, AreasAndTheFrameDecideInAFlatRegion) {
     startFlat(40);
-    const Area large{10, 10, 20, 20};
-    EXPECT_EQ(choose({{{}, {large}, {{10, 10, 20, 19}}}}), 1);
-    EXPECT_EQ(choose({{{large}, {large}, {large}}}), 1);
-    EXPECT_EQ(choose({{{}, {}, {large}}}), 2);
-    EXPECT_EQ(choose({{{large}, {}, {}}}), 0);
-    EXPECT_EQ(choose({{{{10, 10, 9, 11}}, {{10, 10, 9, 11}}, {}}}), -1);  // below 100 pixels
-    EXPECT_EQ(choose({{{{10, 10, 10, 10}}, {{10, 10, 9, 11}}, {}}}), 0);
-    // Ratio r of two areas: the variance is (1 - r)^2 / 2, 0.405 for a tenth and 0.396 for 0.11.
-    EXPECT_EQ(choose({{{large}, {{10, 10, 10, 4}}, {}}}), 1);
-    EXPECT_EQ(choose({{{large}, {{10, 10, 11, 4}}, {}}}), 0);
-}
-
-TEST_F(SmoothnessWeightTest, ObjectThatFillsTheFrameBeatsTheOthers) {
+    const std::vector<Area> large{{10, 10, 20, 20}};
     // The frame of a 40 x 40 region: first line below 6, last line above 34.
-    startFlat(40);
-    const Area large{10, 10, 20, 20};
-    const Area frame{5, 5, 31, 31};
-    EXPECT_EQ(choose({{{large}, {large}, {frame}}}), 2);
-    EXPECT_EQ(choose({{{frame}, {large}, {large}}}), 0);
-    EXPECT_EQ(choose({{{{6, 5, 30, 31}}, {large}, {large}}}), 1);
-    EXPECT_EQ(choose({{{{5, 5, 30, 31}}, {large}, {large}}}), 1);
-    // The smaller of two, the earlier of equals.
-    EXPECT_EQ(choose({{{{4, 4, 32, 32}}, {frame}, {frame}}}), 1);
-}
-
-TEST_F(SmoothnessWeightTest, ComponentsAboveSeventyPercentOfTheLargestAreKept) {
+    const std::vector<Area> frame{{5, 5, 31, 31}};
     // A second component in the corner completes the frame when it is kept: 71 of 100 pixels.
-    startFlat(40);
-    const Area large{10, 10, 20, 20};
     const std::vector<Area> dropped{{5, 5, 10, 10}, {29, 29, 7, 10}};
     std::vector<Area> kept = dropped;
     kept.push_back({28, 30, 1, 1});
-    EXPECT_EQ(choose({{kept, {large}, {large}}}), 0);
-    EXPECT_EQ(choose({{dropped, {large}, {large}}}), 1);
+    const struct {
+        std::array<std::vector<Area>, 3> objects;
+        int chosen;
+    } cases[] = {
+        // Areas that agree: the last but one.
+        {{{{}, large, {{10, 10, 20, 19}}}}, 1},
+        {{{large, large, large}}, 1},
+        {{{{}, {}, large}}, 2},
+        {{{large, {}, {}}}, 0},
+        {{{{{10, 10, 9, 11}}, {{10, 10, 9, 11}}, {}}}, -1},  // below 100 pixels
+        {{{{{10, 10, 10, 10}}, {{10, 10, 9, 11}}, {}}}, 0},
+        // Ratio r of two areas: the variance is (1 - r)^2 / 2, 0.405 for a tenth, 0.396 for 0.11.
+        {{{large, {{10, 10, 10, 4}}, {}}}, 1},
+        {{{large, {{10, 10, 11, 4}}, {}}}, 0},
+        {{{large, large, frame}}, 2},
+        {{{frame, large, large}}, 0},
+        {{{{{6, 5, 30, 31}}, large, large}}, 1},
+        {{{{{5, 5, 30, 31}}, large, large}}, 1},
+        {{{{{4, 4, 32, 32}}, frame, frame}}, 1},  // the smaller of two, the earlier of equals
+        {{{kept, large, large}}, 0},
+        {{{dropped, large, large}}, 1},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(choose(c.objects), c.chosen) << &c - cases;
+    }
 }
 
 TEST_F(SmoothnessWeightTest, ContrastAcrossTheOutlineIsComparedWithThatInside) {
@@ -122,25 +112,6 @@ TEST_F(SmoothnessWeightTest, TrialWithoutContrastIsNotChosen) {
     const Area exact{12, 12, 14, 14};
     EXPECT_EQ(choose({{{around}, {exact}, {around}}}), 1);
     EXPECT_EQ(choose({{{around}, {around}, {around}}}), 0);
-}
-
-TEST_F(SmoothnessWeightTest, HomogeneousBackgroundIsSmoothedAndSpread) {
-    VORNSEHybrid& engine = startFlat(4);
-    // One flat component: a compact model. Its covariance is raised by the noise level.
-    engine.m_bgModel = VORNSEColorModel();
-    engine.m_bgModel.m_weight[0] = 1.0;
-    engine.m_bgModel.setDeterminant();
-    engine.m_lambda = 7.0;
-    EXPECT_EQ(engine.homogenousLamda(1), 1);
-    EXPECT_EQ(engine.m_lambda, 7.0);
-    EXPECT_EQ(engine.m_bgModel.m_covariance[0][0], 0.1);
-    engine.m_bgModel.m_covariance[0][0] = 0.0;
-    engine.m_bgModel.setDeterminant();
-    EXPECT_EQ(engine.homogenousLamda(0), 0);
-    EXPECT_EQ(engine.m_lambda, 50.0);
-    EXPECT_TRUE(VORNSEMarker::m_isHomogenous);
-    EXPECT_EQ(VORNSEMarker::m_noiseLevel, 0.1);
-    EXPECT_EQ(engine.m_bgModel.m_covariance[0][0], 10.0);
 }
 
 }  // namespace

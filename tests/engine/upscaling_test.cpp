@@ -46,20 +46,6 @@ TEST_F(UpscalingTest, ImpossiblePhotographIsLogged) {
     EXPECT_EQ(takeErrors(), Log(3, {6, "Error", "MEMORY_CRASH : intelligentUpscaling 1460"}));
 }
 
-TEST_F(UpscalingTest, OpenPixelsFollowThePhotograph) {
-    // The mask's edge lies at photo columns 100 and 440; two working pixels along it are open, so
-    // the true edges at 99 and 442 are found. Rows fit the mask. The graph skips the wide inside.
-    VORNSEHybrid& engine = startRectangle({99, 160, 343, 40});
-    const Area square{50, 80, 170, 20};
-    setLabels(imageWith(320, 240, {square}, 4));
-    EXPECT_EQ(upscaled(imageWith(320, 240, {square}, 1)),
-              textOf(imageWith(640, 480, {{99, 160, 343, 40}}, 255)));
-    // Three working pixels on each side: 47 .. 222 and 77 .. 102, doubled.
-    EXPECT_EQ(takeLog(), (Log{{4, "Info", "Passed: xmin:94, xmax:445, ymin:154, ymax:205"},
-                              {4, "Info", "m_boundWidthTrimap:352, m_boundHeightTrimap:52"}}));
-    EXPECT_EQ(engine.m_boundWidthTrimap, 352);
-}
-
 TEST_F(UpscalingTest, BandGraphTiesItsRingsAndLinksByContrast) {
     VORNSEHybrid& engine = startRectangle({0, 0, 1, 1});
     engine.m_boundWidthTrimap = 3;
