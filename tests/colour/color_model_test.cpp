@@ -17,25 +17,6 @@ class ColorModel : public ColourTest {
 
 }  // namespace
 
-TEST_F(ColorModel, DeterminantAndInverseByHand) {
-    const double matrix[9] = {1, 2, 3, 0, 1, 4, 5, 6, 0};
-    std::copy_n(matrix, 9, model.m_covariance[2]);
-    model.m_weight[2] = 0.5;
-    VORNSEMarker::m_noiseLevel = 10.0;  // no reason to touch an invertible matrix
-    prepare(model);
-    EXPECT_EQ(model.m_determinant[2], 1.0);
-    EXPECT_EQ(nine(model.m_inverseCovariance[2]),
-              (std::vector<double>{-24, 18, 5, 20, -15, -4, -5, 4, 1}));
-    EXPECT_EQ(nine(model.m_covariance[2]), nine(matrix));
-    EXPECT_EQ(model.gaussianProb(2, {1, 0, 1}), std::exp(-0.5 * -23.0));  // -24 + 5 - 5 + 1
-
-    std::fill_n(model.m_covariance[2], 9, 1.0);
-    model.setDeterminant();
-    EXPECT_EQ(model.m_determinant[2], 0.0);
-    EXPECT_EQ(model.m_invSqrtDeterminant[2], 1.0);  // left as it was
-    EXPECT_EQ(model.gaussianProb(2, {1, 0, 1}), 0.0);
-}
-
 TEST_F(ColorModel, SingularComponentsAreRaisedStepByStep) {
     setComponent(model, 0, 1.0, 0.0, 0.0);
     setComponent(model, 1, 1.0, 0.0, 1.0);

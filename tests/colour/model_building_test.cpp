@@ -109,20 +109,3 @@ TEST(KMeans, LabelsLikeAPlainSequentialClustering) {
         }
     }
 }
-
-TEST_F(ColourTest, ClustersWithoutSamplesKeepTheirComponent) {
-    VORNSEColorModel model;
-    for (int k = 0; k < kComponents; ++k) {
-        setComponent(model, k, 0.01 * k, 7.0, 3.0);
-    }
-    const VORNSEColorModel before = model;
-    initModelWithKmeansVORN(Samples(4, {1, 2, 3}), model);  // too few
-    EXPECT_TRUE(sameBytes(model, before));
-    initModel(Samples(5, {7, 8, 9}), model, 10);
-    const double weights[] = {0.8, 0.01, 0.02, 0.03, 0.2};
-    for (int k = 0; k < kComponents; ++k) {
-        EXPECT_EQ(model.m_weight[k], weights[k]);
-        EXPECT_EQ(model.m_mean[k][2], k % 4 == 0 ? 9.0 : 7.0);
-        EXPECT_EQ(model.m_determinant[k], k % 4 == 0 ? 0.0 : 27.0);
-    }
-}

@@ -90,9 +90,7 @@ TEST_F(MaxFlow, StopsAtTheFirstScanThatEndsAfterTenSeconds) {
             std::fill_n(labels.begin(), late ? 2 : 64, tree::kSource);
             EXPECT_EQ(labelsOf(*graph), labels);
             EXPECT_EQ(VORNSEMarker::m_exitApp.exchange(false), late);
-            // The reading shows in the timer.
             EXPECT_EQ(timer.m_endMicros, late ? 10000001.0 : 10000000.0);
-            EXPECT_EQ(timer.m_end.seconds, 10);
         }
     }
     timer = {{1, 5}, {3, 0}, 0.0, 0.0, 1};  // stopped
