@@ -35,11 +35,12 @@ TEST_F(ColorModel, SingularComponentsAreRaisedStepByStep) {
     }
 }
 
-TEST_F(ColorModel, GreyDensitiesReadTheFirstChannelAlone) {
+TEST_F(ColorModel, EqualComponentsGoToTheFirstAndGreyReadsOneChannel) {
     for (int k = 0; k < kComponents; ++k) {
         setComponent(model, k, 0.2, 100.0, 4.0);
     }
-    const double expected = std::exp(-0.5) / 2.0;  // two levels off at variance 4
+    const double expected = std::exp(-0.5) / 2.0;    // two levels off at variance 4
+    EXPECT_EQ(model.assignCluster({102, 7, 9}), 0);  // all alike: the first
     EXPECT_DOUBLE_EQ(model.gaussianProbGreyScale(3, {102, 7, 9}), expected);
     EXPECT_DOUBLE_EQ(model.GMMProbGreyScale({98, 200, 0}), expected);
 }

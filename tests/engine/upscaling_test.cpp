@@ -1,24 +1,12 @@
-// From the working mask to photo size through a cut in the band along its outline.
+// The cut in the band along the outline, at photo size.
+#include <cmath>
+
 #include "engine/engine_test.h"
 #include "graph/graph.h"
 
 namespace {
 
 using UpscalingTest = EngineTest;
-
-TEST_F(UpscalingTest, MaskWithoutOutlineIsEnlarged) {
-    startBlue(640, 480);  // reduced by 2
-    const auto upscaled = [](const ImagePtr& mask) {
-        return textOf(ImagePtr(pHybrid->intelligentUpscaling(mask.get())));
-    };
-    const LogLine failed{6, "Error", "Failed: xmin:2147483647, xmax:-1, ymin:2147483647, ymax:-1"};
-    EXPECT_EQ(upscaled(imageWith(320, 240, {}, 0)), Rows(480, std::string(640, '.')));
-    EXPECT_EQ(takeLog(), Log{failed});
-    // Full masks have none either: the image's border is not an outline.
-    EXPECT_EQ(upscaled(imageWith(320, 240, {{0, 0, 320, 240}}, 1)),
-              Rows(480, std::string(640, '#')));
-    EXPECT_EQ(takeLog(), Log{failed});
-}
 
 TEST_F(UpscalingTest, ImpossiblePhotographIsLogged) {
     startBlue(640, 480);
@@ -28,20 +16,24 @@ TEST_F(UpscalingTest, ImpossiblePhotographIsLogged) {
     EXPECT_EQ(takeErrors(), Log(3, {6, "Error", "MEMORY_CRASH : intelligentUpscaling 1460"}));
 }
 
-TEST_F(UpscalingTest, PixelsOutsideTheBandReadAsFreeNodesWithoutEdges) {
+TEST_F(UpscalingTest, BandIsLinkedByContrastAndPixelsOutsideHaveNoEdges) {
     VORNSEHybrid& engine = startBlue(640, 480);
+    // A short and a long stretch outside, the same in both rows.
     const std::string codes = "7." + std::string(200, '7') + "12." + std::string(60, '7');
     const auto width = static_cast<int>(codes.size());
-    engine.m_lambda = 1.0;
     engine.m_boundWidthTrimap = width;
-    engine.m_boundHeightTrimap = 1;
-    const ImagePtr image = imageOf(width, 1, 3, Bytes(3 * codes.size()));
-    ASSERT_EQ(engine.constructGraphTrimapVORN(image.get(), nullptr, imageOf({codes}).get(), nullptr,
-                                              nullptr),
+    engine.m_boundHeightTrimap = 2;
+    engine.m_lambda = 13.2;  // not a float: where it becomes one shows
+    engine.m_beta = 0.001;
+    Bytes pixels(6 * codes.size());
+    pixels[3 * 203] = 30;  // above the second row's node 203
+    const ImagePtr image = imageOf(width, 2, 3, pixels);
+    ASSERT_EQ(engine.constructGraphTrimapVORN(image.get(), nullptr, imageOf({codes, codes}).get(),
+                                              nullptr, nullptr),
               0);
     const VORNSEGraph& graph = *engine.m_trimapGraph;
-    for (int node = 0; node < width; ++node) {
-        if (codes[static_cast<std::size_t>(node)] == '7') {
+    for (int node = 0; node < 2 * width; ++node) {
+        if (codes[static_cast<std::size_t>(node % width)] == '7') {
             EXPECT_EQ(graph.nodeAt(node).parentEdge, -3) << node;
             EXPECT_EQ(graph.nodeAt(node).treeLabel, 2) << node;
             for (int slot = 8 * node; slot < 8 * (node + 1); ++slot) {
@@ -49,9 +41,21 @@ TEST_F(UpscalingTest, PixelsOutsideTheBandReadAsFreeNodesWithoutEdges) {
             }
         }
     }
-    EXPECT_EQ(graph.nodeAt(202).residualTerminalCap, -1000.0F);
-    EXPECT_EQ(graph.capacityAt(8 * 203), 1.0F);
     EXPECT_EQ(graph.m_nodes[100].parentEdge, 0);  // the long stretch was never written
+    EXPECT_EQ(graph.nodeAt(202).residualTerminalCap, -1000.0F);
+    EXPECT_EQ(graph.nodeAt(203).residualTerminalCap, 1000.0F);
+    // Left links carry the weight alone.
+    const float contrast = expf(-900 * 0.001F);
+    const auto diagonal = static_cast<float>(13.2 * 0.7071067932881648);
+    const float expected[3][4] = {
+        {-2, -2, static_cast<float>(13.2), contrast * diagonal},
+        {13.2F, diagonal, static_cast<float>(13.2 * static_cast<double>(contrast)), diagonal},
+        {13.2F, contrast * diagonal, 13.2F, -2}};
+    for (int i = 0; i < 12; ++i) {
+        const int slot = 8 * (width + 202 + i / 4) + 2 * (i % 4);
+        EXPECT_EQ(graph.capacityAt(slot), expected[i / 4][i % 4]) << i;
+        EXPECT_EQ(graph.capacityAt(slot + 1), expected[i / 4][i % 4]) << i;
+    }
 }
 
 }  // namespace

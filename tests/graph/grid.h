@@ -8,7 +8,8 @@
 #include <array>
 #include <cstring>
 #include <memory>
-#include <queue>
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc/detail/gcgraph.hpp>
 #include <random>
 #include <vector>
 
@@ -24,8 +25,6 @@ class FlowTest : public testing::Test {
         g_cancelTimer = nullptr;
     }
 };
-
-constexpr float kDust = 1e-6F;  // what rounding leaves of a saturated edge
 
 struct Grid {
     Grid(int gridWidth, int gridHeight, float everyCapacity = 0.0F)
@@ -144,46 +143,23 @@ inline std::vector<std::int64_t> contentOf(const VORNSEGraph& graph) {
     return content;
 }
 
-// The textbook solver: shortest augmenting paths (Edmonds and Karp 1972).
-inline double textbookMaxFlow(Grid grid) {
-    const auto at = [](int node) { return static_cast<std::size_t>(node); };
-    double flow = 0.0;
-    for (;;) {
-        std::vector<int> from(grid.source.size(), -1);  // a start comes from itself
-        std::queue<int> reached;
-        for (int node = 0; node < grid.size(); ++node) {
-            if (grid.source[at(node)] > kDust) {
-                from[at(node)] = node;
-                reached.push(node);
-            }
-        }
-        for (; !reached.empty() && grid.sink[at(reached.front())] <= kDust; reached.pop()) {
-            const int node = reached.front();
-            for (const int next : grid.around(node)) {
-                if (next >= 0 && from[at(next)] < 0 && grid.capacity(node, next) > kDust) {
-                    from[at(next)] = node;
-                    reached.push(next);
-                }
-            }
-        }
-        if (reached.empty()) {
-            return flow;
-        }
-        const int end = reached.front();
-        int start = end;
-        float bottleneck = grid.sink[at(end)];
-        for (; from[at(start)] != start; start = from[at(start)]) {
-            bottleneck = std::min(bottleneck, grid.capacity(from[at(start)], start));
-        }
-        bottleneck = std::min(bottleneck, grid.source[at(start)]);
-        for (int node = end; node != start; node = from[at(node)]) {
-            grid.capacity(from[at(node)], node) -= bottleneck;
-            grid.capacity(node, from[at(node)]) += bottleneck;
-        }
-        grid.sink[at(end)] -= bottleneck;
-        grid.source[at(start)] -= bottleneck;
-        flow += static_cast<double>(bottleneck);
+// What the imaging library's own solver says, in double precision.
+inline double libraryMaxFlow(Grid grid) {
+    cv::detail::GCGraph<double> twin;
+    twin.create(0, 0);
+    for (std::size_t node = 0; node < grid.source.size(); ++node) {
+        twin.addVtx();
+        twin.addTermWeights(static_cast<int>(node), static_cast<double>(grid.source[node]),
+                            static_cast<double>(grid.sink[node]));
     }
+    grid.forEachEdge([&](int from, int to) {
+        if (from < to) {
+            twin.addEdges(from, to, static_cast<double>(grid.capacity(from, to)),
+                          static_cast<double>(grid.capacity(to, from)));
+        }
+    });
+    twin.addEdges(0, twin.addVtx(), 0.0, 0.0);  // it refuses graphs without edges
+    return twin.maxFlow();
 }
 
 // A third of the nodes has no terminals.

@@ -31,7 +31,7 @@ using MaxFlow = FlowTest;
 
 }  // namespace
 
-TEST_F(MaxFlow, CutsAsCheaplyAsATextbookSolver) {
+TEST_F(MaxFlow, CutsAsCheaplyAsTheLibrarysSolver) {
     std::mt19937 random(1);
     for (int round = 0; round < 500; ++round) {
         // Whole capacities from mostly empty and tied to widely spread, then fractions; some rounds
@@ -51,7 +51,7 @@ TEST_F(MaxFlow, CutsAsCheaplyAsATextbookSolver) {
             infinite.source.front() = infinite.sink.back() = kInfinity;
         }
         const auto graph = infinite.build();
-        const double expected = textbookMaxFlow(grid);
+        const double expected = libraryMaxFlow(grid);
         const double tolerance = whole ? 0.0 : 1e-4;
         ASSERT_NEAR(static_cast<double>(graph->maxFlow()), expected, tolerance) << round;
         ASSERT_NEAR(grid.cutWeight(*graph), expected, tolerance) << round;

@@ -30,7 +30,7 @@ TEST_F(ParallelCut, BlocksFormTheGridOfTheirCount) {
     }
 }
 
-TEST_F(ParallelCut, WeighsNoMoreThanTheTextbookCut) {
+TEST_F(ParallelCut, WeighsNoMoreThanTheLibrarysCut) {
     const int sizes[][2] = {{13, 11}, {29, 17}, {24, 24}, {1, 31}, {37, 1}, {5, 2}, {2, 5}, {1, 1}};
     std::mt19937 random(5);
     for (const auto& [width, height] : sizes) {
@@ -39,7 +39,7 @@ TEST_F(ParallelCut, WeighsNoMoreThanTheTextbookCut) {
             Grid grid = whole ? tiedGrid(width, height, seed)
                               : randomGrid(random, width, height,
                                            [&] { return static_cast<float>(random()) * 1e-9F; });
-            const double minimum = textbookMaxFlow(grid);
+            const double minimum = libraryMaxFlow(grid);
             for (const int count : kCounts) {
                 const auto graph = grid.build(count);
                 ParallelGC solver(graph.get(), count);
