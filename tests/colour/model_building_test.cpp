@@ -7,17 +7,13 @@
 #include <limits>
 #include <numeric>
 
+#include "colour/alternative_init.h"
 #include "colour/k_means.h"
 #include "colour/samples.h"
 #include "colour/training_data.h"
 #include "support/image_bytes.h"
 
 namespace {
-
-double squaredDistance(const pixelVal& a, const pixelVal& b) {
-    return (a.ch0 - b.ch0) * (a.ch0 - b.ch0) + (a.ch1 - b.ch1) * (a.ch1 - b.ch1) +
-           (a.ch2 - b.ch2) * (a.ch2 - b.ch2);
-}
 
 // Each seed is drawn with a chance that grows with the squared distance to the nearest seed so far.
 std::vector<int> plainSeeds(const Samples& samples, int count) {
@@ -30,8 +26,7 @@ std::vector<int> plainSeeds(const Samples& samples, int count) {
         for (const pixelVal& sample : samples) {
             double least = std::numeric_limits<double>::infinity();
             for (const int seed : seeds) {
-                least = std::min(least,
-                                 squaredDistance(sample, samples[static_cast<std::size_t>(seed)]));
+                least = std::min(least, distSq(sample, samples[static_cast<std::size_t>(seed)]));
             }
             nearest.push_back(least);
             total += least;
@@ -61,12 +56,12 @@ std::vector<int> plainLabels(const Samples& samples, int maxIterations) {
         double errors[4] = {};
         for (std::size_t i = 0; i < samples.size(); ++i) {
             const auto nearer = [&](const pixelVal& a, const pixelVal& b) {
-                return squaredDistance(samples[i], a) < squaredDistance(samples[i], b);
+                return distSq(samples[i], a) < distSq(samples[i], b);
             };
             const auto best = std::min_element(centres.begin(), centres.end(), nearer);
             labels[i] = static_cast<int>(best - centres.begin());
             errors[quarter == 0 ? 3 : std::min<std::size_t>(i / quarter, 3)] +=
-                squaredDistance(samples[i], *best);
+                distSq(samples[i], *best);
         }
         const std::vector<int> assigned = labels;
         for (int k = 0; k < kComponents; ++k) {

@@ -102,16 +102,4 @@ TEST_F(SmoothnessWeightTest, ContrastAcrossTheOutlineIsComparedWithThatInside) {
     EXPECT_EQ(intensity({"####", "....", "....", "...."}), 2);
 }
 
-TEST_F(SmoothnessWeightTest, TrialWithoutContrastIsNotChosen) {
-    VORNSEHybrid& engine = startFlat(40);
-    // Contrast along the square 12 .. 25 only: an object around it has it inside.
-    for (int y = 12; y < 26; ++y) {
-        std::fill_n(rowOf(engine.m_cropImage, y) + 3 * 12, 3 * 14, std::uint8_t{250});
-    }
-    const Area around{10, 10, 20, 20};
-    const Area exact{12, 12, 14, 14};
-    EXPECT_EQ(choose({{{around}, {exact}, {around}}}), 1);
-    EXPECT_EQ(choose({{{around}, {around}, {around}}}), 0);
-}
-
 }  // namespace
