@@ -95,14 +95,4 @@ TEST_F(MarginSearchTest, NothingIsCutInDoubt) {
     EXPECT_EQ(kept(), from(0));
 }
 
-TEST_F(MarginSearchTest, RegionWithoutInsideStays) {
-    for (const auto& [width, height] : {std::pair{1, 60}, {60, 1}, {2, 60}, {60, 2}, {3, 60}}) {
-        m_grey = imageWith(width, height, {{0, 0, width, height}}, 100);
-        m_labels = imageWith(width, height, {{0, 0, width, height}}, 1);
-        rowOf(m_grey.get(), height / 2)[width / 2] = 250;
-        rowOf(m_labels.get(), height / 2)[width / 2] = label::kProbableObject;
-        EXPECT_EQ(kept(), Area(0, 0, width, height));
-    }
-}
-
 }  // namespace

@@ -77,6 +77,7 @@ TEST_F(SmoothnessWeightTest, AreasAndTheFrameDecideInAFlatRegion) {
         {{{{{4, 4, 32, 32}}, frame, frame}}, 1},  // the smaller of two, the earlier of equals
         {{{kept, large, large}}, 0},
         {{{dropped, large, large}}, 1},
+        {{{{}, {}, {}}}, 0},  // none passes the contrast test
     };
     for (const auto& c : cases) {
         EXPECT_EQ(choose(c.objects), c.chosen) << &c - cases;

@@ -15,7 +15,13 @@ using ParallelCut = FlowTest;
 // Few whole capacities, so that weights are exact and many edges saturate at once.
 Grid tiedGrid(int width, int height, unsigned seed) {
     std::mt19937 random(seed);
-    return randomGrid(random, width, height, [&] { return static_cast<float>(random() % 4); });
+    const auto upTo = [&](unsigned most) { return static_cast<float>(random() % (most + 1)); };
+    Grid grid(width, height);
+    grid.forEachEdge([&](int from, int to) { grid.capacity(from, to) = upTo(3); });
+    for (std::size_t node = 0; node < grid.source.size(); ++node) {
+        (upTo(1) > 0.5F ? grid.source : grid.sink)[node] = upTo(11);
+    }
+    return grid;
 }
 
 }  // namespace

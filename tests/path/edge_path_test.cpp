@@ -134,7 +134,14 @@ TEST(EdgePath, BadRequestsGiveNoPath) {
     }
 }
 
-TEST(MinPriorityQueue, EqualCostsKeepTheEarlierEntryAbove) {
+TEST(MinPriorityQueue, CheapestComesFirstAndOfEqualOnesTheEarlier) {
+    MinPriorityQueue unequal;
+    for (const int k : {0, 2, 1, 3}) {
+        unequal.push({static_cast<int>(unequal.m_position.size()), static_cast<double>(k)});
+    }
+    for (const double cost : {0.0, 1.0, 2.0, 3.0}) {
+        EXPECT_EQ(unequal.pop_min().cost, cost);
+    }
     MinPriorityQueue queue;
     for (int k = 0; k < 4; ++k) {
         queue.push({k, 7.0});
