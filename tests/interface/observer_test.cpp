@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <optional>
 #include <set>
 
 #include "interface/context_snapshot.h"
@@ -65,7 +64,7 @@ class Observer {
 class Edit : public HostSession {
   public:
     Edit(int columns, int rows) : HostSession(twoDiscs(columns, rows)) {
-        loop({5, 5, width / 2, 5, width / 2, height - 5, 5, height - 5});
+        box(5, 5, width / 2, height - 5);
         clearLog();
     }
 
@@ -73,41 +72,38 @@ class Edit : public HostSession {
         const int w = width;
         const int h = height;
         if (strokeType == SEGCORE_LOOP_ADD) {
-            loop({w / 2, 5, w - 5, 5, w - 5, h - 5, w / 2, h - 5});
-        } else if (strokeType == SEGCORE_LOOP_REMOVE) {
-            const std::vector<int> points{w / 4, 2, w / 2, 2, w / 2, h - 3, w / 4, h - 3};
-            std::vector<int> marks = loopMarkers(points);
+            box(w / 2, 5, w - 5, h - 5);
+            return;
+        }
+        const bool adds = strokeType == SEGCORE_BRUSH_ADD;
+        const int middle = adds ? w * 3 / 4 : w / 4;
+        const int side = h / 5;
+        const int left = middle - side / 2;
+        std::vector<int> points{left, h / 2, middle + side / 2, h / 2};
+        std::vector<int> marks = rectangle(left, h / 2 - side / 2, side + 1, side,
+                                           adds ? SEGCORE_MARK_OBJECT : SEGCORE_MARK_BACKGROUND);
+        if (strokeType == SEGCORE_LOOP_REMOVE) {
+            // The right half of the disc, where some of it is marked.
+            points = {w / 4, 2, w / 2, 2, w / 2, h - 3, w / 4, h - 3};
+            marks = loopMarkers(points);
             for (int y = h / 3; y < h * 2 / 3; ++y) {
                 std::fill_n(marks.begin() + y * w + w / 4, w / 20, SEGCORE_MARK_BACKGROUND);
             }
-            HostSession::request(points, marks, strokeType);
-        } else {
-            const bool adds = strokeType == SEGCORE_BRUSH_ADD;
-            const int x = adds ? w * 3 / 4 : w / 4;
-            const int side = h / 5;
-            HostSession::request({x - side / 2, h / 2, x + side / 2, h / 2},
-                                 rectangle(x - side / 2, h / 2 - side / 2, side + 1, side,
-                                           adds ? SEGCORE_MARK_OBJECT : SEGCORE_MARK_BACKGROUND),
-                                 strokeType);
         }
+        HostSession::request(points, marks, strokeType);
     }
 
   private:
     static Scene twoDiscs(int columns, int rows) {
         const Scene half = makeDiscScene(columns / 2, rows);
         Scene scene{columns, rows, {}};
-        for (int y = 0; y < rows; ++y) {
-            for (int x = 0; x < columns; ++x) {
-                scene.pixels.push_back(
-                    half.pixels[static_cast<std::size_t>(y * half.width + x % half.width)]);
-            }
+        for (auto row = half.pixels.begin(); row != half.pixels.end(); row += half.width) {
+            scene.pixels.insert(scene.pixels.end(), row, row + half.width);
+            scene.pixels.insert(scene.pixels.end(), row, row + half.width);
         }
         return scene;
     }
 };
-
-constexpr int kAllTypes[] = {SEGCORE_LOOP_ADD, SEGCORE_LOOP_REMOVE, SEGCORE_BRUSH_ADD,
-                             SEGCORE_BRUSH_REMOVE};
 
 TEST(ObserverTest, IsToldTheStagesInTheirOrder) {
     Edit edit(340, 230);
@@ -127,42 +123,32 @@ TEST(ObserverTest, IsToldTheStagesInTheirOrder) {
     EXPECT_EQ(takeErrors(), Log{});
 }
 
-// Nothing is enlarged here, so that the preview is the result.
+// The small photograph's result is not enlarged and is just what was told. The outlines of the large
+// one's discs are some 1250 pixels long.
 TEST(ObserverTest, PreviewsTheResultOfEveryStrokeType) {
-    for (const int type : kAllTypes) {
-        Edit edit(200, 120);
-        const Mask before = edit.mask;
-        const Observer observer;
-        edit.request(type);
-        EXPECT_EQ(observer.masks, 1);
-        EXPECT_EQ(observer.width, edit.width);
-        EXPECT_TRUE(observer.preview == edit.mask) << type;
-        EXPECT_FALSE(edit.mask == before) << type;
-    }
-}
-
-TEST(ObserverTest, PreviewsEnlargedResultsButForTheirOutline) {
-    for (const int type : kAllTypes) {
-        Edit edit(640, 400);
-        const Mask before = edit.mask;
-        const Observer observer;
-        edit.request(type);
-        ASSERT_LT(observer.width, edit.width);
-        std::size_t wrong = 0;
-        std::size_t changed = 0;
-        for (int y = 0; y < edit.height; ++y) {
-            for (int x = 0; x < edit.width; ++x) {
-                const auto i = static_cast<std::size_t>(y * edit.width + x);
-                const auto k =
-                    static_cast<std::size_t>(y * observer.height / edit.height * observer.width +
-                                             x * observer.width / edit.width);
-                wrong += observer.preview[k] != edit.mask[i] ? 1U : 0U;
-                changed += before[i] != edit.mask[i] ? 1U : 0U;
+    for (const auto& [columns, rows, mostWrong] : {std::tuple{200, 120, 0}, {640, 400, 2500}}) {
+        for (const int type :
+             {SEGCORE_LOOP_ADD, SEGCORE_LOOP_REMOVE, SEGCORE_BRUSH_ADD, SEGCORE_BRUSH_REMOVE}) {
+            Edit edit(columns, rows);
+            const Mask before = edit.mask;
+            const Observer observer;
+            edit.request(type);
+            EXPECT_EQ(observer.masks, 1);
+            EXPECT_EQ(observer.width<columns, mostWrong> 0);
+            int wrong = 0;
+            int changed = 0;
+            for (int i = 0; i < columns * rows; ++i) {
+                const int x = i % columns * observer.width / columns;
+                const int y = i / columns * observer.height / rows;
+                const std::uint8_t byte = edit.mask[static_cast<std::size_t>(i)];
+                wrong += observer.preview[static_cast<std::size_t>(y * observer.width + x)] != byte
+                             ? 1
+                             : 0;
+                changed += before[static_cast<std::size_t>(i)] != byte ? 1 : 0;
             }
+            EXPECT_LE(wrong, mostWrong) << type;
+            EXPECT_GT(changed, std::max(5 * wrong, 200)) << type;
         }
-        // The discs' outlines are some 1250 pixels long.
-        EXPECT_LT(wrong, 2500U) << type;
-        EXPECT_GT(changed, std::max<std::size_t>(5 * wrong, 200)) << type;
     }
 }
 
@@ -188,43 +174,14 @@ struct Whole {
 Whole wholeRequest(Edit& edit) {
     const Observer observer;
     edit.request(SEGCORE_LOOP_ADD);
+    EXPECT_EQ(segcore_last_status(), SEGCORE_DONE);
     const Whole whole{observer.stages.size(), edit.mask};
     edit.undo();
     return whole;
 }
 
-// One after the other, but for the passes between the first and the last, which are alike.
-std::size_t nextStage(std::size_t stage, std::size_t stages) {
-    constexpr std::size_t kFirstPassEnds = 5;
-    constexpr std::size_t kLastPassOn = 7;  // its three stages and the four after it
-    return stage + 1 == kFirstPassEnds ? stages - kLastPassOn : stage + 1;
-}
-
-TEST(ObserverTest, EndsTheRequestAtEveryStageWithoutATrace) {
-    Edit edit(340, 230);
-    const Whole whole = wholeRequest(edit);
-    const Mask shown = edit.mask;
-    for (std::size_t ending = 0; ending < whole.stages; ending = nextStage(ending, whole.stages)) {
-        const auto before = editingContext();
-        std::size_t calls = 0;
-        std::optional<Observer> observer;
-        observer.emplace([&](const segcore_progress&) { return calls++ == ending ? -1 : 0; });
-        edit.request(SEGCORE_LOOP_ADD);
-        EXPECT_EQ(segcore_last_status(), SEGCORE_ENDED_BY_OBSERVER);
-        EXPECT_EQ(calls, ending + 1);
-        EXPECT_TRUE(edit.mask == shown && edit.blended == edit.photo);
-        EXPECT_TRUE(editingContext() == before) << ending;
-        observer.reset();
-        edit.request(SEGCORE_LOOP_ADD);
-        EXPECT_EQ(segcore_last_status(), SEGCORE_DONE);
-        EXPECT_TRUE(edit.mask == whole.mask) << ending;
-        edit.undo();
-    }
-    EXPECT_EQ(takeErrors(), Log{});
-}
-
-// What the header tells a host to do after a cancel, and the mask of the next request.
-Mask nextMaskAfterWritingBack(Edit& edit, const Mask& shown) {
+// What the header tells a host to do after a cancel, and the next request.
+Whole requestAfterWritingBack(Edit& edit, const Mask& shown) {
     resetSegmentationInterface();
     std::vector<int> marks;
     for (const std::uint8_t byte : shown) {
@@ -232,42 +189,69 @@ Mask nextMaskAfterWritingBack(Edit& edit, const Mask& shown) {
     }
     edit.cutOut(marks);
     EXPECT_TRUE(edit.mask == shown);
-    edit.request(SEGCORE_LOOP_ADD);
-    EXPECT_EQ(segcore_last_status(), SEGCORE_DONE);
-    const Mask next = edit.mask;
-    edit.undo();
-    return next;
+    return wholeRequest(edit);
+}
+
+// Does something as each stage begins, one after the other, but for the passes between the first and
+// the last, which are alike. The stages at which the request delivered a mask all the same.
+std::set<int> lateStages(Edit& edit, std::size_t stages, int status,
+                         const std::function<int()>& act, const std::function<void()>& checkNext) {
+    constexpr std::size_t kFirstPassEnds = 5;
+    constexpr std::size_t kLastPassOn = 7;  // its three stages and the four after it
+    std::set<int> late;
+    for (std::size_t at = 0; at < stages;
+         at = at + 1 == kFirstPassEnds ? stages - kLastPassOn : at + 1) {
+        const Mask shown = edit.mask;
+        const auto before = editingContext();
+        std::size_t calls = 0;
+        int stage = -1;
+        {
+            const Observer observer([&](const segcore_progress& progress) {
+                if (calls++ != at) {
+                    return 0;
+                }
+                stage = progress.stage;
+                return act();
+            });
+            edit.request(SEGCORE_LOOP_ADD);
+            EXPECT_EQ(segcore_last_status(), status) << at;
+        }
+        EXPECT_TRUE(calls == at + 1 || status != SEGCORE_ENDED_BY_OBSERVER) << at;
+        if (edit.mask == shown) {
+            EXPECT_TRUE(edit.blended == edit.photo);
+            EXPECT_TRUE(editingContext() == before) << at;
+        } else {
+            late.insert(stage);
+        }
+        checkNext();
+    }
+    return late;
+}
+
+TEST(ObserverTest, EndsTheRequestAtEveryStageWithoutATrace) {
+    Edit edit(340, 230);
+    const Whole whole = wholeRequest(edit);
+    const auto end = [] { return -1; };
+    const auto late = lateStages(edit, whole.stages, SEGCORE_ENDED_BY_OBSERVER, end,
+                                 [&] { EXPECT_TRUE(wholeRequest(edit).mask == whole.mask); });
+    EXPECT_EQ(late, std::set<int>{});
+    EXPECT_EQ(takeErrors(), Log{});
 }
 
 // Up to the last pass a cancel leaves nothing behind. After it a mask comes all the same.
 TEST(ObserverTest, CancelsInEveryStage) {
     Edit edit(340, 230);
     const Mask shown = edit.mask;
-    const Mask expected = nextMaskAfterWritingBack(edit, shown);
-    const std::size_t stages = wholeRequest(edit).stages;
-    std::set<int> lateStages;
-    for (std::size_t at = 0; at < stages; at = nextStage(at, stages)) {
-        const auto before = editingContext();
-        std::size_t calls = 0;
-        std::optional<Observer> observer;
-        observer.emplace([&](const segcore_progress&) {
-            if (calls++ == at) {
-                cancelSegmentation();
-            }
-            return 0;
-        });
-        edit.request(SEGCORE_LOOP_ADD);
-        EXPECT_EQ(segcore_last_status(), SEGCORE_CANCELLED) << at;
-        if (edit.mask == shown) {
-            EXPECT_TRUE(editingContext() == before) << at;
-        } else {
-            lateStages.insert(observer->stages[at]);
-        }
-        observer.reset();
-        EXPECT_TRUE(nextMaskAfterWritingBack(edit, shown) == expected) << at;
-    }
-    EXPECT_EQ(lateStages, (std::set<int>{SEGCORE_STAGE_WORKING_MASK, SEGCORE_STAGE_ENLARGEMENT,
-                                         SEGCORE_STAGE_CLEANING, SEGCORE_STAGE_DELIVERY}));
+    const Whole whole = requestAfterWritingBack(edit, shown);
+    const auto cancel = [] {
+        cancelSegmentation();
+        return 0;
+    };
+    const auto late = lateStages(edit, whole.stages, SEGCORE_CANCELLED, cancel, [&] {
+        EXPECT_TRUE(requestAfterWritingBack(edit, shown).mask == whole.mask);
+    });
+    EXPECT_EQ(late, (std::set<int>{SEGCORE_STAGE_WORKING_MASK, SEGCORE_STAGE_ENLARGEMENT,
+                                   SEGCORE_STAGE_CLEANING, SEGCORE_STAGE_DELIVERY}));
     clearLog();
 }
 

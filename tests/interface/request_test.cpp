@@ -9,20 +9,16 @@
 
 namespace {
 
-const std::vector<int>& storedPoints() {
-    return VORNSEMarker::currentStroke.m_points;
-}
-
 TEST(Request, PointsOutsideMoveToTheBorderInTheHostsArrayToo) {
     const HostSession session(discScene());
     std::vector<int> points{-5, 7, session.width + 3, session.height, 159, 119};
     const std::vector<int> clamped{0, 7, 159, 119, 159, 119};
     EXPECT_EQ(setCurrentMarkerVector(5, points.data()), 0);  // takes the y behind an odd count
     EXPECT_EQ(points, clamped);
-    EXPECT_EQ(storedPoints(), clamped);
+    EXPECT_EQ(VORNSEMarker::currentStroke.m_points, clamped);
     EXPECT_EQ(takeErrors(), Log{});
     EXPECT_EQ(setCurrentMarkerVector(0, points.data()), 0);
-    EXPECT_TRUE(storedPoints().empty());
+    EXPECT_TRUE(VORNSEMarker::currentStroke.m_points.empty());
 }
 
 TEST(Request, MarkerValuesSaturateToBytes) {
@@ -36,14 +32,6 @@ TEST(Request, MarkerValuesSaturateToBytes) {
     EXPECT_EQ(freeLocalBuffers(), 0);
     EXPECT_EQ(g_markerImage, nullptr);
     deinitSegmentation();
-}
-
-TEST(Request, WithoutMarksItDeliversThePhotograph) {
-    HostSession session(discScene());
-    session.blended.assign(session.blended.size(), 0);
-    EXPECT_EQ(processSegment(1, 2, 3, session.blended.data(), nullptr), 0);
-    EXPECT_EQ(session.blended, session.photo);
-    EXPECT_EQ(takeErrors(), Log{});
 }
 
 }  // namespace
