@@ -16,22 +16,20 @@ class Folder : public DataFolder {
     std::vector<std::string> fileNames() const override {
         std::vector<std::string> names;
         for (const auto& [name, content] : m_files) {
-            names.push_back(name);
+            names.insert(names.begin(), name);
         }
-        return {names.rbegin(), names.rend()};
+        return names;
     }
     std::optional<std::string> text(const std::string& file) const override {
-        const auto found = m_files.find(file);
-        return found == m_files.end() ? std::nullopt : std::optional(found->second);
+        return m_files.count(file) == 0 ? std::nullopt : std::optional(m_files.at(file));
     }
     cv::Mat colourPicture(const std::string& file) const override { return picture(file, CV_8UC3); }
     cv::Mat greyPicture(const std::string& file) const override { return picture(file, CV_8UC1); }
 
   private:
     cv::Mat picture(const std::string& file, int type) const {
-        return m_files.count(file) == 0
-                   ? cv::Mat()
-                   : cv::Mat(1, 1, type, cv::Scalar::all(static_cast<double>(file.size())));
+        const auto length = static_cast<double>(file.size());
+        return m_files.count(file) == 0 ? cv::Mat() : cv::Mat(1, 1, type, cv::Scalar::all(length));
     }
 
     std::map<std::string, std::string> m_files;

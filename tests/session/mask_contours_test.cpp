@@ -2,25 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <opencv2/imgproc.hpp>
 #include <random>
 
 #include "support/filled_contours.h"
 
 namespace {
-
-// A row a text; '#' is the object.
-cv::Mat maskOf(const std::vector<std::string>& rows) {
-    cv::Mat mask = cv::Mat::zeros(static_cast<int>(rows.size()),
-                                  static_cast<int>(rows.front().size()), CV_8UC1);
-    for (int y = 0; y < mask.rows; ++y) {
-        for (int x = 0; x < mask.cols; ++x) {
-            const bool isObject =
-                rows[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)] == '#';
-            mask.at<std::uint8_t>(y, x) = isObject ? 255 : 0;
-        }
-    }
-    return mask;
-}
 
 // Twice the area, positive for a line that runs clockwise on a screen.
 int turnOf(const std::vector<cv::Point>& corners) {
@@ -63,10 +50,15 @@ void expectContoursOf(const cv::Mat& mask) {
     const std::vector<Contour> contours = contoursOf(mask);
     std::vector<std::vector<cv::Point>> all;
     std::vector<cv::Mat> filled;
+    int objects = 0;
     for (const Contour& contour : contours) {
         all.push_back(contour.corners);
         filled.push_back(filledEvenOdd({contour.corners}, mask.size()));
+        objects += contour.isHole ? 0 : 1;
     }
+    // Object pixels hold together at a corner, so that background does not.
+    cv::Mat labels;
+    EXPECT_EQ(objects, cv::connectedComponents(mask, labels, 8) - 1);
     EXPECT_EQ(cv::norm(filledEvenOdd(all, mask.size()), mask, cv::NORM_INF), 0.0);
     for (std::size_t i = 0; i < contours.size(); ++i) {
         const Contour& contour = contours[i];
@@ -77,42 +69,6 @@ void expectContoursOf(const cv::Mat& mask) {
             contour.parent < 0 || contours[static_cast<std::size_t>(contour.parent)].isHole;
         EXPECT_NE(contour.isHole, parentIsHole);
     }
-}
-
-std::vector<int> parentsOf(const std::vector<std::string>& rows) {
-    std::vector<int> parents;
-    for (const Contour& contour : contoursOf(maskOf(rows))) {
-        parents.push_back(contour.parent);
-    }
-    return parents;
-}
-
-TEST(MaskContours, RunAlongTheEdgesOfPixels) {
-    const auto whole = contoursOf(maskOf({"###", "###"}));
-    ASSERT_EQ(whole.size(), 1U);
-    EXPECT_EQ(whole[0].corners, (std::vector<cv::Point>{{3, 0}, {3, 2}, {0, 2}, {0, 0}}));
-    const auto pixel = contoursOf(maskOf({"...", ".#."}));
-    ASSERT_EQ(pixel.size(), 1U);
-    EXPECT_EQ(pixel[0].corners, (std::vector<cv::Point>{{2, 1}, {2, 2}, {1, 2}, {1, 1}}));
-    EXPECT_TRUE(contoursOf(maskOf({"..", ".."})).empty());
-}
-
-TEST(MaskContours, KnowWhatLiesAroundThem) {
-    using Parents = std::vector<int>;
-    // An island in a hole, and one beside.
-    EXPECT_EQ(parentsOf({"#####..",  //
-                         "#...#.#",  //
-                         "#.#.#..",  //
-                         "#...#..",  //
-                         "#####.."}),
-              (Parents{-1, 0, -1, 1}));
-    // Object pixels hold together at a corner, background does not: two holes.
-    EXPECT_EQ(parentsOf({"#.", ".#"}), Parents{-1});
-    EXPECT_EQ(parentsOf({"####",  //
-                         "#.##",  //
-                         "##.#",  //
-                         "####"}),
-              (Parents{-1, 0, 0}));
 }
 
 TEST(MaskContours, FillToTheMask) {

@@ -6,25 +6,18 @@
 
 #include "interface/segmentation_core.h"
 #include "session/errors.h"
+#include "steps.h"
 
 namespace {
 
 using Points = std::vector<cv::Point>;
-
-Step stepOf(Operation operation, Points points) {
-    Step step;
-    step.operation = operation;
-    step.points = std::move(points);
-    return step;
-}
 
 // The marks as text, a row a line; '.' is none.
 std::string picture(const cv::Mat& markers) {
     std::string text;
     for (int y = 0; y < markers.rows; ++y) {
         for (int x = 0; x < markers.cols; ++x) {
-            const int code = markers.at<int>(y, x);
-            text += code == SEGCORE_MARK_NONE ? '.' : static_cast<char>('0' + code);
+            text += ".1234"[markers.at<int>(y, x)];
         }
         text += '\n';
     }
@@ -44,38 +37,19 @@ double distanceTo(const Points& path, cv::Point2d pixel) {
 
 TEST(Strokes, BrushesAreDiscsAlongTheirPath) {
     for (const int radius : {1, 2, 5, 9}) {
-        Step step = stepOf(Operation::kBrushAdd, {{12, 12}, {25, 12}, {20, 31}});
-        step.radius = radius;
-        const Request request = requestFor(step, {44, 48});
-        EXPECT_EQ(request.strokeType, SEGCORE_BRUSH_ADD);
-        for (int y = 0; y < 48; ++y) {
-            for (int x = 0; x < 44; ++x) {
-                // The imaging library's thick slanted lines reach further than told.
-                const double beyond = distanceTo(step.points, cv::Point2d(x, y)) - radius;
-                const int code = request.markers.at<int>(y, x);
-                if (beyond <= 0.0 || beyond > 2.0) {
-                    ASSERT_EQ(code, beyond <= 0.0 ? SEGCORE_MARK_OBJECT : SEGCORE_MARK_NONE)
-                        << "radius " << radius << " at " << x << "," << y;
-                }
+        const Step step = stepOf(Operation::kBrushAdd, {{12, 12}, {25, 12}, {20, 31}}, radius);
+        const cv::Mat markers = requestFor(step, {44, 48}).markers;
+        for (int i = 0; i < static_cast<int>(markers.total()); ++i) {
+            const cv::Point at(i % 44, i / 44);
+            // The imaging library's thick slanted lines reach further than told.
+            const double beyond = distanceTo(step.points, at) - radius;
+            if (beyond <= 0.0 || beyond > 2.0) {
+                ASSERT_EQ(markers.at<int>(at),
+                          beyond <= 0.0 ? SEGCORE_MARK_OBJECT : SEGCORE_MARK_NONE)
+                    << "radius " << radius << " at " << at;
             }
         }
     }
-}
-
-TEST(Strokes, BrushesGoThereAndBackAgain) {
-    // Neither the turning point nor the start twice.
-    const Points path{{2, 2}, {5, 2}, {5, 3}};
-    EXPECT_EQ(requestFor(stepOf(Operation::kBrushAdd, path), {8, 6}).stroke,
-              (Points{{2, 2}, {3, 2}, {4, 2}, {5, 2}, {5, 3}, {5, 2}, {4, 2}, {3, 2}}));
-}
-
-TEST(Strokes, TheThinnestBrushIsItsPath) {
-    Step step = stepOf(Operation::kBrushRemove, {{1, 1}, {3, 3}});
-    step.radius = 0;
-    const Request request = requestFor(step, {5, 5});
-    EXPECT_EQ(picture(request.markers), ".....\n.1...\n..1..\n...1.\n.....\n");
-    EXPECT_EQ(request.strokeType, SEGCORE_BRUSH_REMOVE);
-    EXPECT_EQ(request.stroke, (Points{{1, 1}, {2, 2}, {3, 3}, {2, 2}}));
 }
 
 TEST(Strokes, ABrushWithoutRadiusHasAHundredthOfTheMeanSide) {
@@ -87,34 +61,45 @@ TEST(Strokes, ABrushWithoutRadiusHasAHundredthOfTheMeanSide) {
     EXPECT_EQ(cv::countNonZero(small.markers.row(9)), 2 * 2 + 1);
 }
 
-TEST(Strokes, BoxesAndLoopsHoldTheirBorder) {
-    const Request box = requestFor(stepOf(Operation::kBox, {{1, 1}, {3, 2}}), {5, 4});
-    EXPECT_EQ(picture(box.markers), ".....\n.444.\n.444.\n.....\n");
-    EXPECT_EQ(box.stroke, (Points{{1, 1}, {3, 1}, {3, 2}, {1, 2}}));
-    EXPECT_EQ(box.strokeType, SEGCORE_LOOP_ADD);
+struct Drawn {
+    Step step;
+    int type;
+    const char* marks;
+    Points stroke;
+};
 
-    const Points triangle{{0, 0}, {4, 0}, {0, 4}};
-    const Request loop = requestFor(stepOf(Operation::kLoopRemove, triangle), {5, 5});
-    EXPECT_EQ(picture(loop.markers), "44444\n4444.\n444..\n44...\n4....\n");
-    EXPECT_EQ(loop.stroke, triangle);
-    EXPECT_EQ(loop.strokeType, SEGCORE_LOOP_REMOVE);
-}
-
-TEST(Strokes, EditsSayWhatPixelsAreAndHaveNoStroke) {
-    Step step = stepOf(Operation::kLoopRemove, {{0, 0}, {1, 0}, {1, 1}, {0, 1}});
-    step.edit = true;
-    const Request request = requestFor(step, {3, 2});
-    EXPECT_EQ(picture(request.markers), "11.\n11.\n");
-    EXPECT_TRUE(request.stroke.empty());
+TEST(Strokes, AreMarksAndALine) {
+    for (const Drawn& drawn : std::vector<Drawn>{
+             // Boxes and loops hold their border.
+             {stepOf(Operation::kBox, {{1, 1}, {3, 2}}),
+              SEGCORE_LOOP_ADD,
+              ".....\n.444.\n.444.\n.....\n",
+              {{1, 1}, {3, 1}, {3, 2}, {1, 2}}},
+             {stepOf(Operation::kLoopRemove, {{0, 0}, {3, 0}, {0, 3}}),
+              SEGCORE_LOOP_REMOVE,
+              "4444.\n444..\n44...\n4....\n",
+              {{0, 0}, {3, 0}, {0, 3}}},
+             // A brush there and back again, neither the turning point nor the start twice.
+             {stepOf(Operation::kBrushRemove, {{0, 0}, {2, 2}, {2, 3}}, 0),
+              SEGCORE_BRUSH_REMOVE,
+              "1....\n.1...\n..1..\n..1..\n",
+              {{0, 0}, {1, 1}, {2, 2}, {2, 3}, {2, 2}, {1, 1}}},
+             {editOf(stepOf(Operation::kLoopRemove, {{0, 0}, {1, 0}, {1, 1}, {0, 1}})),
+              SEGCORE_LOOP_REMOVE,
+              "11...\n11...\n.....\n.....\n",
+              {}}}) {
+        const Request request = requestFor(drawn.step, {5, 4});
+        EXPECT_EQ(picture(request.markers), drawn.marks);
+        EXPECT_EQ(request.stroke, drawn.stroke);
+        EXPECT_EQ(request.strokeType, drawn.type);
+    }
 }
 
 TEST(Strokes, RefuseWhatCannotBeDrawn) {
-    Step wide = stepOf(Operation::kBrushAdd, {{1, 1}});
-    wide.radius = 16384;
     for (const Step& step :
          {stepOf(Operation::kBox, {{3, 1}, {1, 2}}), stepOf(Operation::kLoopAdd, {{0, 0}, {1, 1}}),
           stepOf(Operation::kBrushAdd, {}), stepOf(Operation::kBrushAdd, {{1, 1}, {4, 1}}),
-          stepOf(Operation::kBrushAdd, {{0, -1}}), wide}) {
+          stepOf(Operation::kBrushAdd, {{0, -1}}), stepOf(Operation::kBrushAdd, {{1, 1}}, 16384)}) {
         EXPECT_THROW(requestFor(step, {4, 4}), UserError);
     }
 }
