@@ -58,7 +58,8 @@ Outcome Workplace::run(const std::string& line) const {
     const std::string base = m_folder.string();
     std::ofstream(base + ".sh") << "cd '" << base
                                 << "'; segcore() { " SEGCORE_RUNNER " '" SEGCORE_PROGRAM
-                                   "' \"$@\"; }\n"
+                                   "' \"$@\"; }\nsegcut() { segcore cut photo.png \"$@\"; }\n"
+                                   "boxed() { segcut --box 30,10,130,110 \"$@\"; }\n"
                                 << line << "\n";
     const int status = std::system(("unset LD_PRELOAD; exec bash " + base + ".sh </dev/null >" +
                                     base + ".out 2>" + base + ".err")

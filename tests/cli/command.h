@@ -29,7 +29,8 @@ class Workplace {
     // Nothing but photo.png and old.png is there, and old.png is as it was.
     bool isUntouched() const;
 
-    // A line for bash in the folder, with the program as `segcore`.
+    // A line for bash in the folder. `segcore` is the program, `segcut` its cut of photo.png, and
+    // `boxed` cuts out the scene's object.
     Outcome run(const std::string& line) const;
 
   private:

@@ -70,11 +70,15 @@ struct Drawn {
 
 TEST(Strokes, AreMarksAndALine) {
     for (const Drawn& drawn : std::vector<Drawn>{
-             // Boxes and loops hold their border.
+             // Boxes and loops hold their border. The photograph's size means its last pixel.
              {stepOf(Operation::kBox, {{1, 1}, {3, 2}}),
               SEGCORE_LOOP_ADD,
               ".....\n.444.\n.444.\n.....\n",
               {{1, 1}, {3, 1}, {3, 2}, {1, 2}}},
+             {stepOf(Operation::kBox, {{2, 2}, {5, 4}}),
+              SEGCORE_LOOP_ADD,
+              ".....\n.....\n..444\n..444\n",
+              {{2, 2}, {4, 2}, {4, 3}, {2, 3}}},
              {stepOf(Operation::kLoopRemove, {{0, 0}, {3, 0}, {0, 3}}),
               SEGCORE_LOOP_REMOVE,
               "4444.\n444..\n44...\n4....\n",
