@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <functional>
 #include <string>
 #include <tuple>
@@ -15,6 +14,8 @@
 #include "support/log_capture.h"
 
 namespace {
+
+using History = VORNSEManageUndoRedo;
 
 // Starts without photograph and engine. Buffers are made before the calls, so that only the
 // library's allocations fail.
@@ -46,20 +47,17 @@ struct Host : HostSession {
     static void buildPlanes() {
         const int columns = VORNSEMarker::m_originalWidth;
         const int rows = VORNSEMarker::m_originalHeight;
-        std::uint32_t** const old = VORNSEManageUndoRedo::m_bitPlane;
+        std::uint32_t** const old = History::m_bitPlane;
         auto** planes = new std::uint32_t*[static_cast<std::size_t>(columns)];
         for (int x = 0; x < columns; ++x) {
             planes[x] = new std::uint32_t[static_cast<std::size_t>(rows)];
             std::copy_n(old[x], rows, planes[x]);
         }
-        const std::array<int, 3> ring{VORNSEManageUndoRedo::m_bottom,
-                                      VORNSEManageUndoRedo::m_current, VORNSEManageUndoRedo::m_top};
-        VORNSEManageUndoRedo::deallocate();
-        VORNSEManageUndoRedo::m_bitPlane = planes;
-        VORNSEManageUndoRedo::width = columns;
-        VORNSEManageUndoRedo::m_bottom = ring[0];
-        VORNSEManageUndoRedo::m_current = ring[1];
-        VORNSEManageUndoRedo::m_top = ring[2];
+        const std::tuple ring(History::m_bottom, History::m_current, History::m_top);
+        History::deallocate();
+        History::m_bitPlane = planes;
+        History::width = columns;
+        std::tie(History::m_bottom, History::m_current, History::m_top) = ring;
     }
     // A square mark of `code` with its corner at (x, y), and the stroke across it.
     void mark(int x, int y, int side, int code, int strokeType) {
@@ -256,15 +254,12 @@ std::string sweepName(const testing::TestParamInfo<FailingSession::ParamType>& t
            (sweep.hostsPlanes ? "HostsPlanes" : "") + std::to_string(share);
 }
 
+constexpr Sweep kSweeps[] = {
+    {Fault::kAllocation, false, false}, {Fault::kAllocation, true, false},
+    {Fault::kAllocation, false, true},  {Fault::kAllocation, false, false, true},
+    {Fault::kThread, false, false},     {Fault::kThread, true, false}};
 INSTANTIATE_TEST_SUITE_P(Sweeps, FailingSession,
-                         testing::Combine(testing::Values(Sweep{Fault::kAllocation, false, false},
-                                                          Sweep{Fault::kAllocation, true, false},
-                                                          Sweep{Fault::kAllocation, false, true},
-                                                          Sweep{Fault::kAllocation, false, false,
-                                                                true},
-                                                          Sweep{Fault::kThread, false, false},
-                                                          Sweep{Fault::kThread, true, false}),
-                                          testing::Range(0L, kShares)),
+                         testing::Combine(testing::ValuesIn(kSweeps), testing::Range(0L, kShares)),
                          sweepName);
 
 }  // namespace

@@ -248,6 +248,8 @@ TEST(ObserverTest, CancelsInEveryStage) {
         return 0;
     };
     const auto late = lateStages(edit, whole.stages, SEGCORE_CANCELLED, cancel, [&] {
+        edit.request(SEGCORE_LOOP_ADD);  // cancelled until the reset
+        EXPECT_EQ(segcore_last_status(), SEGCORE_CANCELLED);
         EXPECT_TRUE(requestAfterWritingBack(edit, shown).mask == whole.mask);
     });
     EXPECT_EQ(late, (std::set<int>{SEGCORE_STAGE_WORKING_MASK, SEGCORE_STAGE_ENLARGEMENT,
@@ -309,7 +311,6 @@ TEST(ObserverTest, CallsFromInsideAreRefused) {
         [] { segcore_set_observer(nullptr, nullptr); }};
     const Whole whole = wholeRequest(edit);
     clearLog();
-    std::size_t lines = 0;
     {
         const Observer observer([&](const segcore_progress&) {
             for (const auto& call : calls) {
@@ -320,13 +321,11 @@ TEST(ObserverTest, CallsFromInsideAreRefused) {
             for (const LogLine& line : errors) {
                 EXPECT_NE(line.text.find(": refused inside the observer"), std::string::npos);
             }
-            lines += errors.size();
             return 0;
         });
         edit.request(SEGCORE_LOOP_ADD);
+        EXPECT_EQ(observer.stages.size(), whole.stages);
     }
-    EXPECT_EQ(lines, whole.stages * calls.size());
-    EXPECT_EQ(segcore_last_status(), SEGCORE_DONE);
     EXPECT_TRUE(edit.mask == whole.mask);
     EXPECT_TRUE(words == edit.photo && bytes == Mask(bytes.size()) && array == nullptr);
 }

@@ -9,24 +9,15 @@
 
 namespace {
 
-// Twice the area, positive for a line that runs clockwise on a screen.
-int turnOf(const std::vector<cv::Point>& corners) {
-    int sum = 0;
-    for (std::size_t i = 0; i < corners.size(); ++i) {
-        const cv::Point next = corners[(i + 1) % corners.size()];
-        sum += corners[i].x * next.y - next.x * corners[i].y;
-    }
-    return sum;
-}
-
+// Level and upright sides in turn.
 bool alternates(const std::vector<cv::Point>& corners) {
-    for (std::size_t i = 0; i < corners.size(); ++i) {
-        const cv::Point side = corners[(i + 1) % corners.size()] - corners[i];
-        const cv::Point next =
-            corners[(i + 2) % corners.size()] - corners[(i + 1) % corners.size()];
-        if ((side.x == 0) == (side.y == 0) || (side.x == 0) == (next.x == 0)) {
+    bool wasLevel = corners.front().y == corners.back().y;
+    for (std::size_t i = 1; i < corners.size(); ++i) {
+        const cv::Point side = corners[i] - corners[i - 1];
+        if ((side.x == 0) == (side.y == 0) || (side.y == 0) == wasLevel) {
             return false;
         }
+        wasLevel = !wasLevel;
     }
     return true;
 }
@@ -63,7 +54,8 @@ void expectContoursOf(const cv::Mat& mask) {
     for (std::size_t i = 0; i < contours.size(); ++i) {
         const Contour& contour = contours[i];
         EXPECT_TRUE(alternates(contour.corners));
-        EXPECT_EQ(turnOf(contour.corners) < 0, contour.isHole);
+        // Clockwise on a screen around objects.
+        EXPECT_EQ(cv::contourArea(contour.corners, true) < 0, contour.isHole);
         EXPECT_EQ(contour.parent, parentByArea(filled, i));
         const bool parentIsHole =
             contour.parent < 0 || contours[static_cast<std::size_t>(contour.parent)].isHole;

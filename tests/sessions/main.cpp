@@ -9,8 +9,6 @@
 #include <set>
 
 #include "recorder.h"
-#include "sample_sessions.h"
-#include "scene_sessions.h"
 #include "support/fake_clock.h"
 
 namespace {

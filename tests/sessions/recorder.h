@@ -28,3 +28,8 @@ class Recorder {
     int m_step = 0;
     std::vector<std::string> m_lines;
 };
+
+// Editing sessions on made photographs, host call by host call.
+void recordSceneSessions(Recorder& recorder);
+// The session files of samples/ and of this folder, replayed as every host replays them.
+void recordSampleSessions(Recorder& recorder);

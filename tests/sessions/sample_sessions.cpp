@@ -1,13 +1,11 @@
-#include "sample_sessions.h"
-
 #include <filesystem>
 #include <fstream>
 #include <opencv2/imgcodecs.hpp>
 #include <sstream>
 
+#include "recorder.h"
 #include "session/session.h"
 #include "session/session_file.h"
-#include "support/digest.h"
 
 namespace fs = std::filesystem;
 
@@ -29,14 +27,13 @@ std::string textIn(const fs::path& file) {
     return text.str();
 }
 
-void addStep(Recorder& recorder, const std::string& name, Session& session) {
-    Digest mask;
-    Digest outline;
-    const cv::Mat& result = session.result();
-    mask.add(std::vector<std::uint8_t>(result.datastart, result.dataend));
-    const cv::Mat preview = session.preview();
-    outline.add(std::vector<std::uint8_t>(preview.datastart, preview.dataend));
-    recorder.step(name, mask, outline);
+Digest digestOfBytes(const cv::Mat& image) {
+    return Digest().add(std::vector<std::uint8_t>(image.datastart, image.dataend));
+}
+
+void addStep(Recorder& recorder, Operation operation, Session& session) {
+    recorder.step(nameOf(operation), digestOfBytes(session.result()),
+                  digestOfBytes(session.preview()));
 }
 
 void record(Recorder& recorder, const fs::path& file) {
@@ -51,14 +48,14 @@ void record(Recorder& recorder, const fs::path& file) {
     recorder.start(file.stem());
     for (const Step& step : sessionFile.steps) {
         session.apply(step);
-        addStep(recorder, nameOf(step.operation), session);
+        addStep(recorder, step.operation, session);
     }
     for (const Operation operation : {Operation::kUndo, Operation::kRedo}) {
         Step step;
         step.operation = operation;
         while (operation == Operation::kUndo ? session.canUndo() : session.canRedo()) {
             session.apply(step);
-            addStep(recorder, nameOf(operation), session);
+            addStep(recorder, operation, session);
         }
     }
 }

@@ -1,9 +1,8 @@
-#include "scene_sessions.h"
-
 #include <functional>
 #include <random>
 
 #include "interface/segmentation_core.h"
+#include "recorder.h"
 
 namespace {
 

@@ -15,26 +15,20 @@ TEST(Timers, AStoppedTimerKeepsItsReadingAndARunningOneFollowsTheClock) {
     FakeClock::set(7100000);
     stop_cpu_timer(timer);
     FakeClock::set(9000000);
-    EXPECT_EQ(get_elapsed_time_in_microsec(timer), 1200000.0);
-    EXPECT_EQ(timer->m_startMicros, 5900000.0);
     EXPECT_DOUBLE_EQ(get_elapsed_time_in_sec(timer), 1.2);
+    EXPECT_EQ(timer->m_startMicros, 5900000.0);
     stop_cpu_timer(timer);  // a later reading from the same start
     EXPECT_DOUBLE_EQ(get_elapsed_time_in_millisec(timer), 3100.0);
     exit_timer();
     EXPECT_EQ(g_timer, timer);
 }
 
-TEST(Timers, AMissingTimerReadsMinusOneMicrosecond) {
+TEST(Timers, LogNothingOfAMissingTimerAndMillisecondsOfAScope) {
     clearLog();
     start_cpu_timer(nullptr);
     stop_cpu_timer(nullptr);
     destroy_timer(nullptr);
     EXPECT_EQ(get_elapsed_time_in_millisec(nullptr), -0.001);
-    EXPECT_EQ(takeLog(), Log{});
-}
-
-TEST(Timers, TheScopedTimerLogsMillisecondsAcrossASecondBoundary) {
-    clearLog();
     {
         const FakeClock clock(5900000);
         const CGElapsedTime scope("stage");
