@@ -3,8 +3,8 @@
 
 #include "interface/engine_state.h"
 #include "interface/segmentation_core.h"
-#include "support/host_session.h"
 #include "support/log_capture.h"
+#include "support/scenes.h"
 
 namespace {
 
@@ -26,14 +26,6 @@ class BoundingBox : public testing::Test {
     }
     const std::vector<int>& storedStroke = VORNSEMarker::currentStroke.m_points;
 };
-
-TEST_F(BoundingBox, EqualsASessionWithItsOutlineAndInside) {
-    const Mask mask = segment(40, 25, 120, 95);
-    EXPECT_LT(discScene().errorRate(mask), 0.01);
-    HostSession session(discScene());
-    session.box(40, 25, 120, 95);
-    EXPECT_EQ(session.mask, mask);
-}
 
 TEST_F(BoundingBox, StrokeRunsRoundTheRectangleOnce) {
     segment(80, 60, 82, 61);
