@@ -45,6 +45,18 @@ TEST_F(ResultTest, SquareHasAnOutlineOfFourCornersFetchedOnce) {
     EXPECT_EQ(m_session.fetchOutline(), std::vector<int>{0});
 }
 
+// Other codes change nothing, and the unchanged copy is an entry of its own.
+TEST_F(ResultTest, EditsLookAtObjectAndBackgroundMarksAlone) {
+    m_session.cutOut(m_session.rectangle(20, 30, 10, 10, SEGCORE_MARK_OBJECT));
+    const std::vector<std::uint8_t> first = m_session.mask;
+    m_session.cutOut(m_session.rectangle(10, 10, 40, 40, SEGCORE_MARK_CANDIDATE));
+    EXPECT_EQ(m_session.mask, first);
+    EXPECT_EQ(VORNSEManageUndoRedo::m_current, 2);
+    EXPECT_EQ(g_markerImage, nullptr);
+    resetSegmentationInterface();
+    EXPECT_EQ(m_session.fetchOutline(), std::vector<int>{0});
+}
+
 TEST_F(ResultTest, CallsWithoutAMaskShowThePhotographAndNeedNoBuffer) {
     setMarkerImage(160, 120, m_session.noMarkers().data(), SEGCORE_LOOP_ADD);
     for (const bool requests : {false, true}) {  // the step drops the marks
