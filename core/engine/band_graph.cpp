@@ -24,9 +24,6 @@ constexpr int kTableFreeLine = 2011;
 // a page holds the records, or the slots, of 128 nodes.
 constexpr int kPageOfNodes = 128;
 
-constexpr int kGraphBuilt = 0;
-constexpr int kGraphFailed = 1;
-
 // Large pages halve the page faults, but skipped nodes then cost memory, too. A band that fills a third
 // of its rectangle is worth that: it costs three times the memory at most.
 constexpr int kDenseDivisor = 3;

@@ -32,8 +32,6 @@ constexpr int kSizeLine = 1460;
 constexpr int kPhotoSizedImages = 3;
 constexpr int kCropSizeLine = 1820;
 
-constexpr int kGraphBuilt = 0;
-
 ImagePtr createChecked(int width, int height) {
     checkImageSize(width, height, "intelligentUpscaling", kSizeLine);
     return createImage(width, height, 1);
