@@ -13,6 +13,7 @@
 #include "support/log_capture.h"
 
 using History = VORNSEManageUndoRedo;
+using Store = VORNSEMarker;
 
 namespace {
 
@@ -31,8 +32,8 @@ Mask plain(std::uint8_t value) {
 class MaskHistory : public testing::Test {
   protected:
     MaskHistory() {
-        VORNSEMarker::m_originalWidth = kWidth;
-        VORNSEMarker::m_originalHeight = kHeight;
+        Store::m_originalWidth = kWidth;
+        Store::m_originalHeight = kHeight;
         History::allocate();
     }
     ~MaskHistory() override { History::deallocate(); }
@@ -129,7 +130,7 @@ TEST_F(MaskHistory, NewPhotographReleasesAHostsPlanes) {
     setSourceImage(kWidth, kHeight, photo.data());
     record(at(1, 1));
     EXPECT_EQ(take(History::shown()), at(1, 1));
-    VORNSEMarker::dellocator();
+    Store::dellocator();
 }
 
 // Code that knows only the pointer's symbol gives the class no sign, but its direct calls read words.
@@ -150,11 +151,11 @@ TEST_F(MaskHistory, DirectCallsAlwaysReadTheWords) {
 TEST_F(MaskHistory, PlanesMayBeLargerThanThePhotograph) {
     record(plain(0));
     History::reset();
-    VORNSEMarker::m_originalWidth = 33;
-    VORNSEMarker::m_originalHeight = 40;
+    Store::m_originalWidth = 33;
+    Store::m_originalHeight = 40;
     History::record(imageOf(33, 40, 1, Mask(33 * 40, 255)).get());
-    VORNSEMarker::m_originalWidth = kWidth;
-    VORNSEMarker::m_originalHeight = kHeight;
+    Store::m_originalWidth = kWidth;
+    Store::m_originalHeight = kHeight;
     const Mask mask = take(History::shown());
     EXPECT_EQ(std::count(mask.begin(), mask.end(), 255), 33 * 40);
     EXPECT_EQ(mask[39 * kWidth + 32], 255);
@@ -165,7 +166,34 @@ TEST_F(MaskHistory, OnlyAnImpossibleSizeIsLogged) {
     EXPECT_EQ(History::getMask(-1), nullptr);
     History::deallocate();
     EXPECT_EQ(takeLog(), Log{});
-    VORNSEMarker::m_originalHeight = 0;
+    Store::m_originalHeight = 0;
     EXPECT_EQ(History::getMask(0), nullptr);
     EXPECT_EQ(takeLog(), (Log{{6, "Error", "MEMORY_CRASH : getMask 92"}}));
+}
+
+TEST(MarkerStore, OperationsKeepWhatTheNextRequestNeeds) {
+    const auto fillStore = [] {
+        Store::dellocator();
+        for (IplImage** image : {&Store::m_srcImage, &Store::m_prevResult, &Store::m_labelImage}) {
+            *image = createImage(3, 2, 1).release();
+        }
+        Store::m_exitApp = Store::m_isHomogenous = true;
+        Store::m_noiseLevel = 10.0;
+        Store::currentStroke.m_points = {1, 2, 3, 4};
+    };
+    fillStore();
+    const ImagePtr labels(Store::m_labelImage);
+    Store::initializer();         // forgets the labels without releasing them
+    EXPECT_EQ(labels->width, 3);  // the address sanitizer sees a release
+    EXPECT_TRUE(Store::m_prevResult != nullptr && Store::m_labelImage == nullptr);
+    fillStore();
+    Store::resetMarkers();
+    EXPECT_TRUE(Store::m_srcImage != nullptr && Store::m_prevResult == nullptr);
+    EXPECT_TRUE(Store::m_labelImage == nullptr && Store::currentStroke.m_points.empty());
+    EXPECT_FALSE(Store::m_exitApp || Store::m_isHomogenous);
+    EXPECT_EQ(Store::m_noiseLevel, 0.1);
+    fillStore();
+    Store::dellocator();
+    EXPECT_TRUE(Store::m_srcImage == nullptr && Store::m_exitApp && Store::m_isHomogenous);
+    Store::m_exitApp = false;
 }

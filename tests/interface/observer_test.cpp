@@ -3,112 +3,90 @@
 
 #include <algorithm>
 #include <functional>
-#include <set>
+#include <opencv2/core.hpp>
 
 #include "interface/context_snapshot.h"
-#include "interface/segmentation_core.h"
 #include "support/host_session.h"
 #include "support/log_capture.h"
+#include "support/observer.h"
 
 namespace {
 
 using Mask = std::vector<std::uint8_t>;
 
-// Observes for as long as it lives.
-class Observer {
-  public:
-    using Answer = std::function<int(const segcore_progress&)>;
-
-    explicit Observer(Answer answer = nullptr) : m_answer(std::move(answer)) {
-        segcore_set_observer(
-            [](const segcore_progress* progress, void* user) {
-                return static_cast<Observer*>(user)->told(*progress);
-            },
-            this);
-    }
-    ~Observer() { segcore_set_observer(nullptr, nullptr); }
-    Observer(const Observer&) = delete;
-    Observer& operator=(const Observer&) = delete;
-
+// What a host is told in a request, and how often of a working mask.
+struct Record {
     std::vector<int> stages;
     std::vector<double> fractions;
-    Mask preview;
-    int width = 0;
-    int height = 0;
+    cv::Mat1b preview;
     int masks = 0;
 
-  private:
-    int told(const segcore_progress& progress) {
+    const ScopedObserver observer{[this](const segcore_progress& progress) {
         stages.push_back(progress.stage);
         fractions.push_back(progress.fraction);
         EXPECT_EQ(progress.mask != nullptr, progress.stage == SEGCORE_STAGE_WORKING_MASK);
         if (progress.mask != nullptr) {
             ++masks;
-            width = progress.mask_width;
-            height = progress.mask_height;
-            preview.assign(progress.mask,
-                           progress.mask + static_cast<std::ptrdiff_t>(width) * height);
+            preview.create(progress.mask_height, progress.mask_width);
+            std::copy_n(progress.mask, preview.total(), preview.begin());
             EXPECT_LE(0, progress.left);
             EXPECT_LT(progress.left, progress.right);
-            EXPECT_LT(progress.right, width);
-            EXPECT_LT(progress.bottom, height);
+            EXPECT_LT(progress.right, preview.cols);
+            EXPECT_LT(progress.bottom, preview.rows);
         }
-        return m_answer ? m_answer(progress) : 0;
-    }
-
-    Answer m_answer;
+        return 0;
+    }};
 };
+
+Scene twoDiscs(int columns, int rows) {
+    Scene half = makeDiscScene(columns / 2, rows);
+    cv::Mat both;
+    cv::repeat(cv::Mat(rows, columns / 2, CV_32SC1, half.pixels.data()), 1, 2, both);
+    return {columns, rows, {both.begin<int>(), both.end<int>()}};
+}
 
 // A photograph of two discs, with the left one on display, and a request of each kind that is going to
 // change a part of that.
-class Edit : public HostSession {
-  public:
+struct Edit : HostSession {
     Edit(int columns, int rows) : HostSession(twoDiscs(columns, rows)) {
         box(5, 5, width / 2, height - 5);
         clearLog();
     }
-
-    void request(int strokeType) {
+    void addDisc() { box(width / 2, 5, width - 5, height - 5); }
+    // Half of the left disc, where some of it is marked.
+    void removeHalf() {
         const int w = width;
         const int h = height;
-        if (strokeType == SEGCORE_LOOP_ADD) {
-            box(w / 2, 5, w - 5, h - 5);
-            return;
-        }
-        const bool adds = strokeType == SEGCORE_BRUSH_ADD;
-        const int middle = adds ? w * 3 / 4 : w / 4;
-        const int side = h / 5;
-        const int left = middle - side / 2;
-        std::vector<int> points{left, h / 2, middle + side / 2, h / 2};
-        std::vector<int> marks = rectangle(left, h / 2 - side / 2, side + 1, side,
-                                           adds ? SEGCORE_MARK_OBJECT : SEGCORE_MARK_BACKGROUND);
-        if (strokeType == SEGCORE_LOOP_REMOVE) {
-            // The right half of the disc, where some of it is marked.
-            points = {w / 4, 2, w / 2, 2, w / 2, h - 3, w / 4, h - 3};
-            marks = loopMarkers(points);
-            for (int y = h / 3; y < h * 2 / 3; ++y) {
-                std::fill_n(marks.begin() + y * w + w / 4, w / 20, SEGCORE_MARK_BACKGROUND);
-            }
-        }
-        HostSession::request(points, marks, strokeType);
+        const std::vector<int> points{w / 4, 2, w / 2, 2, w / 2, h - 3, w / 4, h - 3};
+        std::vector<int> marks = loopMarkers(points);
+        cv::Mat(h, w, CV_32SC1, marks.data())(cv::Rect(w / 4, h / 3, w / 20, h / 3)) =
+            SEGCORE_MARK_BACKGROUND;
+        request(points, marks, SEGCORE_LOOP_REMOVE);
     }
-
-  private:
-    static Scene twoDiscs(int columns, int rows) {
-        const Scene half = makeDiscScene(columns / 2, rows);
-        Scene scene{columns, rows, {}};
-        for (auto row = half.pixels.begin(); row != half.pixels.end(); row += half.width) {
-            scene.pixels.insert(scene.pixels.end(), row, row + half.width);
-            scene.pixels.insert(scene.pixels.end(), row, row + half.width);
+    void brush(int middle, int code, int strokeType) {
+        const int side = height / 5;
+        const int left = middle - side / 2;
+        request({left, height / 2, left + side, height / 2},
+                rectangle(left, height / 2 - side / 2, side + 1, side, code), strokeType);
+    }
+    void requestOf(int strokeType) {
+        switch (strokeType) {
+            case SEGCORE_LOOP_ADD:
+                return addDisc();
+            case SEGCORE_LOOP_REMOVE:
+                return removeHalf();
+            case SEGCORE_BRUSH_ADD:
+                return brush(width * 3 / 4, SEGCORE_MARK_OBJECT, strokeType);
+            default:
+                return brush(width / 4, SEGCORE_MARK_BACKGROUND, strokeType);
         }
-        return scene;
     }
 };
 
 TEST(ObserverTest, IsToldTheStagesInTheirOrder) {
     Edit edit(340, 230);
-    const Observer observer;
-    edit.request(SEGCORE_LOOP_ADD);
+    const Record record;
+    edit.addDisc();
     std::vector<int> expected{SEGCORE_STAGE_MARKS, SEGCORE_STAGE_REGION};
     for (int pass = 0; pass < 5; ++pass) {
         expected.insert(expected.end(),
@@ -116,10 +94,10 @@ TEST(ObserverTest, IsToldTheStagesInTheirOrder) {
     }
     expected.insert(expected.end(), {SEGCORE_STAGE_WORKING_MASK, SEGCORE_STAGE_ENLARGEMENT,
                                      SEGCORE_STAGE_CLEANING, SEGCORE_STAGE_DELIVERY});
-    EXPECT_EQ(observer.stages, expected);
-    EXPECT_TRUE(std::is_sorted(observer.fractions.begin(), observer.fractions.end()));
-    EXPECT_EQ(observer.fractions.front(), 0.0);
-    EXPECT_LT(observer.fractions.back(), 1.0);
+    EXPECT_EQ(record.stages, expected);
+    EXPECT_TRUE(std::is_sorted(record.fractions.begin(), record.fractions.end()));
+    EXPECT_EQ(record.fractions.front(), 0.0);
+    EXPECT_LT(record.fractions.back(), 1.0);
     EXPECT_EQ(takeErrors(), Log{});
 }
 
@@ -131,20 +109,19 @@ TEST(ObserverTest, PreviewsTheResultOfEveryStrokeType) {
              {SEGCORE_LOOP_ADD, SEGCORE_LOOP_REMOVE, SEGCORE_BRUSH_ADD, SEGCORE_BRUSH_REMOVE}) {
             Edit edit(columns, rows);
             const Mask before = edit.mask;
-            const Observer observer;
-            edit.request(type);
-            EXPECT_EQ(observer.masks, 1);
-            EXPECT_EQ(observer.width<columns, mostWrong> 0);
+            const Record record;
+            edit.requestOf(type);
+            EXPECT_EQ(record.masks, 1);
+            const cv::Mat1b& preview = record.preview;
+            EXPECT_EQ(preview.cols<columns, mostWrong> 0);
             int wrong = 0;
             int changed = 0;
             for (int i = 0; i < columns * rows; ++i) {
-                const int x = i % columns * observer.width / columns;
-                const int y = i / columns * observer.height / rows;
-                const std::uint8_t byte = edit.mask[static_cast<std::size_t>(i)];
-                wrong += observer.preview[static_cast<std::size_t>(y * observer.width + x)] != byte
-                             ? 1
-                             : 0;
-                changed += before[static_cast<std::size_t>(i)] != byte ? 1 : 0;
+                const auto pixel = static_cast<std::size_t>(i);
+                const int x = i % columns * preview.cols / columns;
+                const int y = i / columns * preview.rows / rows;
+                wrong += preview(y, x) != edit.mask[pixel] ? 1 : 0;
+                changed += before[pixel] != edit.mask[pixel] ? 1 : 0;
             }
             EXPECT_LE(wrong, mostWrong) << type;
             EXPECT_GT(changed, std::max(5 * wrong, 200)) << type;
@@ -159,29 +136,24 @@ TEST(ObserverTest, PreviewsStrokesInTheLastColumn) {
     std::rotate(disc.pixels.begin(), disc.pixels.begin() + 205, disc.pixels.end());
     HostSession session(disc);
     session.cutOut(std::vector<int>(disc.pixels.size(), SEGCORE_MARK_BACKGROUND));
-    const Observer observer;
+    const Record record;
     session.request({409, 140, 409, 160}, session.rectangle(390, 140, 20, 20, SEGCORE_MARK_OBJECT),
                     SEGCORE_BRUSH_ADD);
     EXPECT_GT(std::count(session.mask.begin(), session.mask.end(), 0), 200);
-    EXPECT_GT(std::count(observer.preview.begin(), observer.preview.end(), 0), 100);
+    EXPECT_GT(std::count(record.preview.begin(), record.preview.end(), 0), 100);
 }
 
-// The stages of a request from the given edit, and the mask that it ends in. The edit is undone.
-struct Whole {
-    std::size_t stages;
-    Mask mask;
-};
-Whole wholeRequest(Edit& edit) {
-    const Observer observer;
-    edit.request(SEGCORE_LOOP_ADD);
+// The mask that a request from the given edit ends in. The edit is undone.
+Mask wholeRequest(Edit& edit) {
+    edit.addDisc();
     EXPECT_EQ(segcore_last_status(), SEGCORE_DONE);
-    const Whole whole{observer.stages.size(), edit.mask};
+    const Mask mask = edit.mask;
     edit.undo();
-    return whole;
+    return mask;
 }
 
 // What the header tells a host to do after a cancel, and the next request.
-Whole requestAfterWritingBack(Edit& edit, const Mask& shown) {
+Mask requestAfterWritingBack(Edit& edit, const Mask& shown) {
     resetSegmentationInterface();
     std::vector<int> marks;
     for (const std::uint8_t byte : shown) {
@@ -192,68 +164,56 @@ Whole requestAfterWritingBack(Edit& edit, const Mask& shown) {
     return wholeRequest(edit);
 }
 
+constexpr int kStages = 21;
+
 // Does something as each stage begins, one after the other, but for the passes between the first and
-// the last, which are alike. The stages at which the request delivered a mask all the same.
-std::set<int> lateStages(Edit& edit, std::size_t stages, int status,
-                         const std::function<int()>& act, const std::function<void()>& checkNext) {
-    constexpr std::size_t kFirstPassEnds = 5;
-    constexpr std::size_t kLastPassOn = 7;  // its three stages and the four after it
-    std::set<int> late;
-    for (std::size_t at = 0; at < stages;
-         at = at + 1 == kFirstPassEnds ? stages - kLastPassOn : at + 1) {
+// the last, which are alike. From stage `firstLate` on a mask comes all the same.
+void actInEachStage(Edit& edit, int status, int firstLate, const std::function<int()>& act,
+                    const std::function<void()>& checkNext) {
+    for (const int at : {0, 1, 2, 3, 4, 14, 15, 16, 17, 18, 19, kStages - 1}) {
+        SCOPED_TRACE(at);
         const Mask shown = edit.mask;
         const auto before = editingContext();
-        std::size_t calls = 0;
-        int stage = -1;
+        int calls = 0;
         {
-            const Observer observer([&](const segcore_progress& progress) {
-                if (calls++ != at) {
-                    return 0;
-                }
-                stage = progress.stage;
-                return act();
-            });
-            edit.request(SEGCORE_LOOP_ADD);
-            EXPECT_EQ(segcore_last_status(), status) << at;
+            const ScopedObserver observer(
+                [&](const segcore_progress&) { return calls++ == at ? act() : 0; });
+            edit.addDisc();
+            EXPECT_EQ(segcore_last_status(), status);
         }
-        EXPECT_TRUE(calls == at + 1 || status != SEGCORE_ENDED_BY_OBSERVER) << at;
-        if (edit.mask == shown) {
+        EXPECT_TRUE(calls == at + 1 || status != SEGCORE_ENDED_BY_OBSERVER);
+        EXPECT_EQ(edit.mask == shown, at < firstLate);
+        if (at < firstLate) {
             EXPECT_TRUE(edit.blended == edit.photo);
-            EXPECT_TRUE(editingContext() == before) << at;
-        } else {
-            late.insert(stage);
+            EXPECT_TRUE(editingContext() == before);
         }
         checkNext();
     }
-    return late;
 }
 
 TEST(ObserverTest, EndsTheRequestAtEveryStageWithoutATrace) {
     Edit edit(340, 230);
-    const Whole whole = wholeRequest(edit);
-    const auto end = [] { return -1; };
-    const auto late = lateStages(edit, whole.stages, SEGCORE_ENDED_BY_OBSERVER, end,
-                                 [&] { EXPECT_TRUE(wholeRequest(edit).mask == whole.mask); });
-    EXPECT_EQ(late, std::set<int>{});
+    const Mask whole = wholeRequest(edit);
+    actInEachStage(
+        edit, SEGCORE_ENDED_BY_OBSERVER, kStages, [] { return -1; },
+        [&] { EXPECT_TRUE(wholeRequest(edit) == whole); });
     EXPECT_EQ(takeErrors(), Log{});
 }
 
-// Up to the last pass a cancel leaves nothing behind. After it a mask comes all the same.
+// Up to the last pass a cancel leaves nothing behind.
 TEST(ObserverTest, CancelsInEveryStage) {
     Edit edit(340, 230);
     const Mask shown = edit.mask;
-    const Whole whole = requestAfterWritingBack(edit, shown);
+    const Mask whole = requestAfterWritingBack(edit, shown);
     const auto cancel = [] {
         cancelSegmentation();
         return 0;
     };
-    const auto late = lateStages(edit, whole.stages, SEGCORE_CANCELLED, cancel, [&] {
-        edit.request(SEGCORE_LOOP_ADD);  // cancelled until the reset
+    actInEachStage(edit, SEGCORE_CANCELLED, kStages - 4, cancel, [&] {
+        edit.addDisc();  // cancelled until the reset
         EXPECT_EQ(segcore_last_status(), SEGCORE_CANCELLED);
-        EXPECT_TRUE(requestAfterWritingBack(edit, shown).mask == whole.mask);
+        EXPECT_TRUE(requestAfterWritingBack(edit, shown) == whole);
     });
-    EXPECT_EQ(late, (std::set<int>{SEGCORE_STAGE_WORKING_MASK, SEGCORE_STAGE_ENLARGEMENT,
-                                   SEGCORE_STAGE_CLEANING, SEGCORE_STAGE_DELIVERY}));
     clearLog();
 }
 
@@ -262,16 +222,18 @@ TEST(ObserverTest, CancelsInEveryStage) {
 TEST(ObserverTest, EndsNoRequestAsIfNobodyHadCancelledIt) {
     Edit edit(200, 120);
     segcore_set_time_limit(1e-9);
-    edit.request(SEGCORE_LOOP_ADD);
+    edit.addDisc();
     EXPECT_EQ(segcore_last_status(), SEGCORE_OUT_OF_TIME);
     segcore_set_time_limit(-1.0);
     resetSegmentationInterface();
-    const Observer observer([](const segcore_progress&) {
+    int stages = 0;
+    const ScopedObserver observer([&stages](const segcore_progress&) {
+        ++stages;
         cancelSegmentation();
         return 1;
     });
-    edit.request(SEGCORE_LOOP_ADD);
-    EXPECT_EQ(observer.stages, std::vector<int>{SEGCORE_STAGE_MARKS});
+    edit.addDisc();
+    EXPECT_EQ(stages, 1);
     EXPECT_EQ(segcore_last_status(), SEGCORE_CANCELLED);
     resetSegmentationInterface();
     clearLog();
@@ -309,10 +271,11 @@ TEST(ObserverTest, CallsFromInsideAreRefused) {
         [] { segcore_set_time_limit(1e-9); },
         [] { segcore_set_log(nullptr, nullptr, 0); },
         [] { segcore_set_observer(nullptr, nullptr); }};
-    const Whole whole = wholeRequest(edit);
+    const Mask whole = wholeRequest(edit);
     clearLog();
+    int stages = 0;
     {
-        const Observer observer([&](const segcore_progress&) {
+        const ScopedObserver observer([&](const segcore_progress&) {
             for (const auto& call : calls) {
                 call();
             }
@@ -321,12 +284,13 @@ TEST(ObserverTest, CallsFromInsideAreRefused) {
             for (const LogLine& line : errors) {
                 EXPECT_NE(line.text.find(": refused inside the observer"), std::string::npos);
             }
+            ++stages;
             return 0;
         });
-        edit.request(SEGCORE_LOOP_ADD);
-        EXPECT_EQ(observer.stages.size(), whole.stages);
+        edit.addDisc();
     }
-    EXPECT_TRUE(edit.mask == whole.mask);
+    EXPECT_EQ(stages, kStages);
+    EXPECT_TRUE(edit.mask == whole);
     EXPECT_TRUE(words == edit.photo && bytes == Mask(bytes.size()) && array == nullptr);
 }
 

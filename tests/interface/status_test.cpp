@@ -5,10 +5,10 @@
 #include <limits>
 #include <thread>
 
-#include "interface/segmentation_core.h"
 #include "support/fake_clock.h"
 #include "support/host_session.h"
 #include "support/log_capture.h"
+#include "support/observer.h"
 
 namespace {
 
@@ -19,7 +19,6 @@ constexpr std::int64_t kDayMicros = 86400000000;
 class StatusTest : public testing::Test {
   protected:
     ~StatusTest() override {
-        segcore_set_observer(nullptr, nullptr);
         segcore_set_time_limit(-1.0);
         segcore_set_log(nullptr, nullptr, 0);
         deinitSegmentation();
@@ -27,18 +26,15 @@ class StatusTest : public testing::Test {
     }
 
     // A box request during which every stage takes `delay`, and the clock of the day jumps.
-    int statusOfBox(HostSession& session, std::chrono::milliseconds delay, std::int64_t jump = 0) {
+    static int statusOfBox(HostSession& session, std::chrono::milliseconds delay,
+                           std::int64_t jump = 0) {
         const FakeClock clock(0, jump);
-        segcore_set_observer(
-            [](const segcore_progress*, void* user) {
-                std::this_thread::sleep_for(*static_cast<std::chrono::milliseconds*>(user));
-                return 0;
-            },
-            &delay);
+        const ScopedObserver observer([delay](const segcore_progress&) {
+            std::this_thread::sleep_for(delay);
+            return 0;
+        });
         session.box(35, 20, 125, 100);
-        const int status = segcore_last_status();
-        segcore_set_observer(nullptr, nullptr);
-        return status;
+        return segcore_last_status();
     }
 };
 
@@ -46,32 +42,31 @@ TEST_F(StatusTest, TellsWhatBecameOfTheLatestCall) {
     EXPECT_EQ((initSegmentationEngine(0), segcore_last_status()), SEGCORE_REFUSED);
     EXPECT_STREQ(segcore_last_reason(), "no photograph, call setSourceImage first");
     HostSession session(discScene());
-    EXPECT_EQ(segcore_last_status(), SEGCORE_DONE);
     EXPECT_STREQ(segcore_last_reason(), "");
-    session.undo();
-    EXPECT_EQ(segcore_last_status(), SEGCORE_NOTHING_TO_DO);
-    processSegment(0, 0, 0, session.blended.data(), session.mask.data());
-    EXPECT_EQ(segcore_last_status(), SEGCORE_NOTHING_TO_DO);
-    session.box(35, 20, 125, 100);
-    EXPECT_EQ(segcore_last_status(), SEGCORE_DONE);
-    session.redo();
-    EXPECT_EQ(segcore_last_status(), SEGCORE_NOTHING_TO_DO);
-    session.undo();  // past the first mask: that is a step, too
-    EXPECT_EQ(segcore_last_status(), SEGCORE_DONE);
-    session.redo();
-    EXPECT_EQ(segcore_last_status(), SEGCORE_DONE);
-    HostSession::fetchOutline();
-    EXPECT_EQ(segcore_last_status(), SEGCORE_DONE);
-    HostSession::fetchOutline();
-    EXPECT_EQ(segcore_last_status(), SEGCORE_NOTHING_TO_DO);
-    processSegment(0, 0, 0, nullptr, nullptr);
-    EXPECT_EQ(segcore_last_status(), SEGCORE_REFUSED);
-    EXPECT_STREQ(segcore_last_reason(), "the blended buffer is null");
-    EXPECT_TRUE(canUndo() || !canUndo());
-    EXPECT_EQ(segcore_last_status(), SEGCORE_REFUSED);
-    cancelSegmentation();
-    session.box(35, 20, 125, 100);
-    EXPECT_EQ(segcore_last_status(), SEGCORE_CANCELLED);
+    const auto box = [&] { session.box(35, 20, 125, 100); };
+    const auto undo = [&] { session.undo(); };
+    const auto redo = [&] { session.redo(); };
+    const auto fetch = [] { HostSession::fetchOutline(); };
+    const auto request = [&] {
+        processSegment(0, 0, 0, session.blended.data(), session.mask.data());
+    };
+    const std::pair<std::function<void()>, int> calls[] = {
+        {[] {}, SEGCORE_DONE},
+        {undo, SEGCORE_NOTHING_TO_DO},
+        {request, SEGCORE_NOTHING_TO_DO},
+        {box, SEGCORE_DONE},
+        {redo, SEGCORE_NOTHING_TO_DO},
+        {undo, SEGCORE_DONE},  // past the first mask: that is a step, too
+        {redo, SEGCORE_DONE},
+        {fetch, SEGCORE_DONE},
+        {fetch, SEGCORE_NOTHING_TO_DO},
+        {[] { processSegment(0, 0, 0, nullptr, nullptr); }, SEGCORE_REFUSED},
+        {[] { canUndo(); }, SEGCORE_REFUSED},
+        {[&] { cancelSegmentation(), box(); }, SEGCORE_CANCELLED}};
+    for (const auto& [call, status] : calls) {
+        call();
+        EXPECT_EQ(segcore_last_status(), status);
+    }
 }
 
 TEST_F(StatusTest, LimitOfTheHostIsKeptOnAClockThatDoesNotJump) {

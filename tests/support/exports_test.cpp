@@ -1,11 +1,13 @@
-#include "support/tracked_memory.h"
-
+// The timers and the tracked memory that the library exports.
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <sstream>
 
+#include "support/fake_clock.h"
 #include "support/log_capture.h"
+#include "support/timers.h"
+#include "support/tracked_memory.h"
 
 namespace {
 
@@ -16,10 +18,9 @@ LogLine error(const std::string& text) {
     return {6, "TAG_MEM", text};
 }
 
-class TrackedMemory : public testing::Test {
-  protected:
-    void SetUp() override { clearLog(); }
-    void TearDown() override { EXPECT_EQ(gMemStack.m_head, nullptr); }
+struct TrackedMemory : testing::Test {
+    TrackedMemory() { clearLog(); }
+    ~TrackedMemory() override { EXPECT_EQ(gMemStack.m_head, nullptr); }
 };
 
 }  // namespace
@@ -79,4 +80,36 @@ TEST_F(TrackedMemory, TheLeakReportListsNewestFirstAndForgets) {
         VORN_Free_Msg(blocks[i], "f", 4);
         delete records[i];
     }
+}
+
+TEST(Timers, AStoppedTimerKeepsItsReadingAndARunningOneFollowsTheClock) {
+    const FakeClock clock(5900000);
+    CpuTimer* timer = init_timer();
+    EXPECT_EQ(timer, g_timer);
+    start_cpu_timer(timer);
+    FakeClock::set(5900250);
+    EXPECT_EQ(get_elapsed_time_in_microsec(timer), 250.0);
+    FakeClock::set(7100000);
+    stop_cpu_timer(timer);
+    FakeClock::set(9000000);
+    EXPECT_DOUBLE_EQ(get_elapsed_time_in_sec(timer), 1.2);
+    EXPECT_EQ(timer->m_startMicros, 5900000.0);
+    stop_cpu_timer(timer);  // a later reading from the same start
+    EXPECT_DOUBLE_EQ(get_elapsed_time_in_millisec(timer), 3100.0);
+    exit_timer();
+    EXPECT_EQ(g_timer, timer);
+}
+
+TEST(Timers, LogNothingOfAMissingTimerAndMillisecondsOfAScope) {
+    clearLog();
+    start_cpu_timer(nullptr);
+    stop_cpu_timer(nullptr);
+    destroy_timer(nullptr);
+    EXPECT_EQ(get_elapsed_time_in_millisec(nullptr), -0.001);
+    {
+        const FakeClock clock(5900000);
+        const CGElapsedTime scope("stage");
+        FakeClock::set(7100000);
+    }
+    EXPECT_EQ(takeLog(), (Log{{4, "GTime", "stage =1200.000000"}}));
 }
