@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <algorithm>
 #include <opencv2/imgcodecs.hpp>
 

@@ -1,12 +1,10 @@
 #include <gtest/gtest.h>
-
 #include <nlohmann/json.hpp>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <sstream>
 
 #include "command.h"
-#include "interface/segmentation_core.h"
 #include "support/filled_contours.h"
 #include "support/host_session.h"
 
@@ -29,16 +27,10 @@ cv::Mat filled(const Json& outline) {
 std::string pathOf(const Json& outline) {
     std::ostringstream path;
     for (const Json& contour : outline["contours"]) {
-        Json last;
-        for (const Json& at : contour) {
-            if (last.is_null()) {
-                path << 'M' << at[0] << ' ' << at[1];
-            } else if (at[1] == last[1]) {
-                path << 'H' << at[0];
-            } else {
-                path << 'V' << at[1];
-            }
-            last = at;
+        path << 'M' << contour[0][0] << ' ' << contour[0][1];
+        for (std::size_t i = 1; i < contour.size(); ++i) {
+            const bool level = contour[i][1] == contour[i - 1][1];
+            path << (level ? 'H' : 'V') << contour[i][level ? 0 : 1];
         }
         path << 'Z';
     }

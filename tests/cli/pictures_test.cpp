@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 

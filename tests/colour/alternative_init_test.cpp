@@ -1,7 +1,6 @@
 #include "colour/alternative_init.h"
 
 #include <gtest/gtest.h>
-
 #include <cmath>
 #include <opencv2/core.hpp>
 

@@ -1,7 +1,6 @@
 #include "colour/color_model.h"
 
 #include <gtest/gtest.h>
-
 #include <cmath>
 #include <opencv2/core.hpp>
 

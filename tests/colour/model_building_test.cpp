@@ -1,7 +1,6 @@
 // The samples of an image, and their clustering, raced against the same written down plainly in one
 // thread.
 #include <gtest/gtest.h>
-
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -16,20 +15,16 @@
 namespace {
 
 // Each seed is drawn with a chance that grows with the squared distance to the nearest seed so far.
-std::vector<int> plainSeeds(const Samples& samples, int count) {
+std::vector<std::size_t> plainSeeds(const Samples& samples, std::size_t count) {
     const auto draw = [] { return std::rand() / 2147483648.0; };
     std::srand(static_cast<unsigned>(samples.size()));
-    std::vector<int> seeds = {static_cast<int>(static_cast<double>(samples.size()) * draw())};
-    while (static_cast<int>(seeds.size()) < count) {
-        std::vector<double> nearest;
+    std::vector seeds{static_cast<std::size_t>(static_cast<double>(samples.size()) * draw())};
+    std::vector<double> nearest(samples.size(), std::numeric_limits<double>::infinity());
+    while (seeds.size() < count) {
         double total = 0.0;
-        for (const pixelVal& sample : samples) {
-            double least = std::numeric_limits<double>::infinity();
-            for (const int seed : seeds) {
-                least = std::min(least, distSq(sample, samples[static_cast<std::size_t>(seed)]));
-            }
-            nearest.push_back(least);
-            total += least;
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            nearest[i] = std::min(nearest[i], distSq(samples[i], samples[seeds.back()]));
+            total += nearest[i];
         }
         std::srand(static_cast<unsigned>(std::fmod(std::trunc(total), 4294967296.0)));
         double target = total * draw();
@@ -37,17 +32,17 @@ std::vector<int> plainSeeds(const Samples& samples, int count) {
         for (; chosen + 1 < samples.size() && target > nearest[chosen]; ++chosen) {
             target -= nearest[chosen];
         }
-        seeds.push_back(static_cast<int>(chosen));
+        seeds.push_back(chosen);
     }
     return seeds;
 }
 
 std::vector<int> plainLabels(const Samples& samples, int maxIterations) {
-    const std::vector<int> seeds = plainSeeds(samples, kComponents);
+    const std::vector<std::size_t> seeds = plainSeeds(samples, kComponents);
     const std::size_t quarter = samples.size() / 4;
     Samples centres;
-    for (const int seed : seeds) {
-        centres.push_back(samples[static_cast<std::size_t>(seed)]);
+    for (const std::size_t seed : seeds) {
+        centres.push_back(samples[seed]);
     }
     std::vector<int> labels(samples.size());
     double previous = std::numeric_limits<double>::max();
@@ -63,14 +58,13 @@ std::vector<int> plainLabels(const Samples& samples, int maxIterations) {
             errors[quarter == 0 ? 3 : std::min<std::size_t>(i / quarter, 3)] +=
                 distSq(samples[i], *best);
         }
-        const std::vector<int> assigned = labels;
-        for (int k = 0; k < kComponents; ++k) {
-            const ClusterInfo info(assigned, samples);
+        const ClusterInfo info(labels, samples);
+        for (std::size_t k = 0; k < centres.size(); ++k) {
             if (const double count = info.m_count[k]; count > 0) {
-                centres[static_cast<std::size_t>(k)] = {
-                    info.m_sum[0][k] / count, info.m_sum[1][k] / count, info.m_sum[2][k] / count};
+                centres[k] = {info.m_sum[0][k] / count, info.m_sum[1][k] / count,
+                              info.m_sum[2][k] / count};
             } else {
-                labels[static_cast<std::size_t>(seeds[static_cast<std::size_t>(k)])] = k;
+                labels[seeds[k]] = static_cast<int>(k);
             }
         }
         const double error = ((errors[0] + errors[1]) + errors[2]) + errors[3];

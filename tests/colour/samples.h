@@ -2,7 +2,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstring>
 #include <random>
@@ -14,8 +13,7 @@
 
 using Samples = std::vector<pixelVal>;
 
-class ColourTest : public testing::Test {
-  protected:
+struct ColourTest : testing::Test {
     ColourTest() {
         VORNSEMarker::m_noiseLevel = 0.1;
         clearLog();

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
@@ -65,8 +64,7 @@ constexpr std::uint32_t greyWord(int value) {
 
 constexpr std::uint32_t kBlueWord = 0x2030A0U;
 
-class EngineTest : public testing::Test {
-  protected:
+struct EngineTest : testing::Test {
     ~EngineTest() override {
         dropRequest();
         deinitSegmentation();

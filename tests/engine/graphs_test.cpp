@@ -60,8 +60,7 @@ TEST_F(UpscalingTest, BandIsLinkedByContrastAndPixelsOutsideHaveNoEdges) {
     }
 }
 
-class WholeImageGraphTest : public EngineTest {
-  protected:
+struct WholeImageGraphTest : EngineTest {
     // What the nodes of a row with these labels are left with.
     std::vector<float> residualsOf(const std::string& labels) {
         setRegion({0, 0, static_cast<int>(labels.size()), 1});

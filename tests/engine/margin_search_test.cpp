@@ -6,8 +6,7 @@ namespace {
 // A bright block on a grey ground, in a box of candidates ten pixels inside the photograph. Only
 // the margin on its left is wide: the gradient of its edge begins at column 39, so the patch of
 // columns 38 and 39 ends the margin, and 8 columns before that are kept: 30 are cut off.
-class MarginSearchTest : public EngineTest {
-  protected:
+struct MarginSearchTest : EngineTest {
     static constexpr int kWidth = 100;
     static constexpr int kHeight = 80;
 

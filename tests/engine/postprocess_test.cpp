@@ -3,8 +3,7 @@
 
 namespace {
 
-class PostprocessTest : public EngineTest {
-  protected:
+struct PostprocessTest : EngineTest {
     // An engine whose region is the whole photograph.
     void startWhole(int width, int height) {
         startBlue(width, height);

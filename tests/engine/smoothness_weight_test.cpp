@@ -6,8 +6,7 @@
 
 namespace {
 
-class SmoothnessWeightTest : public EngineTest {
-  protected:
+struct SmoothnessWeightTest : EngineTest {
     // A flat square region: every object with an inside passes the contrast test.
     VORNSEHybrid& startFlat(int size, std::uint32_t word = kBlueWord) {
         VORNSEHybrid& engine = start(size, size, [=](int, int) { return word; });

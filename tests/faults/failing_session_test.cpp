@@ -2,7 +2,6 @@
 // either fails as a whole, with one error line and everything as it was, or gets by without; and
 // the session goes on as if nothing had happened.
 #include <gtest/gtest.h>
-
 #include <algorithm>
 #include <functional>
 #include <string>

@@ -1,6 +1,5 @@
 // The dense search against the plain one on the graph's records, bit for bit.
 #include <gtest/gtest.h>
-
 #include <limits>
 
 #include "graph/block_view.h"

@@ -1,6 +1,5 @@
 // What a graph stores, and the cheapest cut of it.
 #include <gtest/gtest.h>
-
 #include <limits>
 
 #include "graph/block_view.h"
@@ -10,14 +9,6 @@
 namespace {
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
-
-std::vector<int> labelsOf(const VORNSEGraph& graph) {
-    std::vector<int> labels;
-    for (const nodes* node = graph.m_nodes; node < graph.m_nodeLast; ++node) {
-        labels.push_back(node->treeLabel);
-    }
-    return labels;
-}
 
 void expectCut(Grid grid, const std::vector<float>& source, const std::vector<float>& sink,
                float flow, const std::vector<int>& labels) {

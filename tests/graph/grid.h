@@ -3,7 +3,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -18,8 +17,7 @@
 #include "support/timers.h"
 
 // Cancels and clocks of a test end with it.
-class FlowTest : public testing::Test {
-  protected:
+struct FlowTest : testing::Test {
     ~FlowTest() override {
         VORNSEMarker::m_exitApp = false;
         g_cancelTimer = nullptr;
@@ -141,6 +139,14 @@ inline std::vector<std::int64_t> contentOf(const VORNSEGraph& graph) {
     }
     addBits(graph.m_flow);
     return content;
+}
+
+inline std::vector<int> labelsOf(const VORNSEGraph& graph) {
+    std::vector<int> labels;
+    for (const nodes* node = graph.m_nodes; node < graph.m_nodeLast; ++node) {
+        labels.push_back(node->treeLabel);
+    }
+    return labels;
 }
 
 // What the imaging library's own solver says, in double precision.

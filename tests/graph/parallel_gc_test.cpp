@@ -64,11 +64,7 @@ TEST_F(ParallelCut, IsTheSameEveryTimeAlsoWhenThreadsCannotBeStarted) {
     const auto solve = [&grid] {
         const auto graph = grid.build(9);
         EXPECT_EQ(graph->maxFlow(), 0.0F);
-        std::vector<int> cut;
-        for (int node = 0; node < graph->m_nodeCount; ++node) {
-            cut.push_back(graph->getTreeofNode(node));
-        }
-        return cut;
+        return labelsOf(*graph);
     };
     const std::vector<int> cut = solve();
     EXPECT_EQ(solve(), cut);

@@ -1,7 +1,6 @@
 #include "history/undo_redo_history.h"
 
 #include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstring>
 #include <random>
@@ -29,8 +28,7 @@ Mask plain(std::uint8_t value) {
     return Mask(kWidth * kHeight, value);
 }
 
-class MaskHistory : public testing::Test {
-  protected:
+struct MaskHistory : testing::Test {
     MaskHistory() {
         Store::m_originalWidth = kWidth;
         Store::m_originalHeight = kHeight;

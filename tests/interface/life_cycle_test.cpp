@@ -1,11 +1,9 @@
 // The engine's life, made by hand, ended by an exit, and made by the one-call entry.
 #include <gtest/gtest.h>
-
 #include <chrono>
 #include <thread>
 
 #include "interface/engine_state.h"
-#include "interface/segmentation_core.h"
 #include "support/host_session.h"
 #include "support/log_capture.h"
 
@@ -82,8 +80,7 @@ TEST(LifeCycle, SecondThreadCancelsAtAnyTime) {
 
 using Mask = std::vector<std::uint8_t>;
 
-class BoundingBox : public testing::Test {
-  protected:
+struct BoundingBox : testing::Test {
     ~BoundingBox() override {
         EXPECT_EQ(takeErrors(), Log{});
         deinitSegmentation();

@@ -1,7 +1,6 @@
 // Calls that cannot be carried out: one error line each besides the size checks' own, and the
 // context as it was.
 #include <gtest/gtest.h>
-
 #include <cmath>
 
 #include "interface/context_snapshot.h"
@@ -30,8 +29,7 @@ void expectRefused(const std::string& name, Call call, const Log& sizeChecks = {
     EXPECT_TRUE(editingContext() == before);
 }
 
-class Misuse : public testing::Test {
-  protected:
+struct Misuse : testing::Test {
     ~Misuse() override {
         EXPECT_EQ(m_words, std::vector<std::uint32_t>(m_words.size(), 5));
         EXPECT_EQ(m_bytes, std::vector<std::uint8_t>(m_bytes.size(), 7));

@@ -1,6 +1,5 @@
 // The host's observer: what it is told, what it can end, and what it must not do.
 #include <gtest/gtest.h>
-
 #include <algorithm>
 #include <functional>
 #include <opencv2/core.hpp>
@@ -240,14 +239,14 @@ TEST(ObserverTest, EndsNoRequestAsIfNobodyHadCancelledIt) {
 }
 
 TEST(ObserverTest, CallsFromInsideAreRefused) {
-    Edit edit(200, 120);
+    Edit edit(340, 230);
     std::vector<std::uint32_t> words = edit.photo;
     Mask bytes(words.size());
     std::vector<int> ints(words.size());
     int* array = nullptr;
     int count = 0;
     const std::vector<std::function<void()>> calls{
-        [&] { setSourceImage(200, 120, words.data()); },
+        [&] { setSourceImage(340, 230, words.data()); },
         [] { initSegmentationEngine(0); },
         [&] { copySourceImage(words.data()); },
         [] { freeLocalBuffers(); },
@@ -255,7 +254,7 @@ TEST(ObserverTest, CallsFromInsideAreRefused) {
         [] { deinitSegmentation(); },
         [] { exitSegmentation(); },
         [&] { setCurrentMarkerVector(2, ints.data()); },
-        [&] { setMarkerImage(200, 120, ints.data(), 0); },
+        [&] { setMarkerImage(340, 230, ints.data(), 0); },
         [&] { processSegment(0, 0, 0, words.data(), bytes.data()); },
         [&] { loadMaskImageInfo(bytes.data()); },
         [&] { loadBlendedImageInfo(words.data()); },
@@ -265,7 +264,7 @@ TEST(ObserverTest, CallsFromInsideAreRefused) {
         [&] { redo(words.data(), bytes.data()); },
         [] { EXPECT_FALSE(canUndo()); },
         [] { EXPECT_FALSE(canRedo()); },
-        [&] { doSegmentationBB(200, 120, words.data(), 1, 1, 9, 9, bytes.data()); },
+        [&] { doSegmentationBB(340, 230, words.data(), 1, 1, 9, 9, bytes.data()); },
         [] { EXPECT_EQ(segcore_last_status(), SEGCORE_REFUSED); },
         [] { EXPECT_STREQ(segcore_last_reason(), ""); },
         [] { segcore_set_time_limit(1e-9); },

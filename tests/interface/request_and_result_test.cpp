@@ -3,7 +3,6 @@
 
 #include "history/undo_redo_history.h"
 #include "interface/engine_state.h"
-#include "interface/segmentation_core.h"
 #include "support/host_session.h"
 #include "support/image_bytes.h"
 #include "support/log_capture.h"

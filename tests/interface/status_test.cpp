@@ -1,6 +1,5 @@
 // The status of calls, the time limit and the log callback.
 #include <gtest/gtest.h>
-
 #include <chrono>
 #include <limits>
 #include <thread>
@@ -16,8 +15,7 @@ using namespace std::chrono_literals;
 
 constexpr std::int64_t kDayMicros = 86400000000;
 
-class StatusTest : public testing::Test {
-  protected:
+struct StatusTest : testing::Test {
     ~StatusTest() override {
         segcore_set_time_limit(-1.0);
         segcore_set_log(nullptr, nullptr, 0);

@@ -1,7 +1,6 @@
 #include "path/edge_path.h"
 
 #include <gtest/gtest.h>
-
 #include <cmath>
 #include <opencv2/core.hpp>
 #include <stdexcept>
@@ -71,23 +70,20 @@ void expectShortestPaths(Scene scene, cv::Point start, double alpha) {
     EXPECT_EQ(parents, scene.parents(start.y, start.x, alpha));
     ASSERT_EQ(parents.size(), found.total());
     const cv::Mat1d expected = shortestCosts(scene, start, alpha);
-    for (int n = 0; n < static_cast<int>(parents.size()); ++n) {
-        const auto at = [&](int node) { return cv::Point(node % found.cols, node / found.cols); };
-        const double best = expected(at(n));
-        if (std::isinf(best)) {
-            EXPECT_EQ(parents[static_cast<std::size_t>(n)], -1);
-            EXPECT_EQ(found(at(n)), kPathUnreached);
+    const auto at = [&](int node) { return cv::Point(node % found.cols, node / found.cols); };
+    for (std::size_t n = 0; n < parents.size(); ++n) {
+        const cv::Point pixel = at(static_cast<int>(n));
+        const double best = expected(pixel);
+        ASSERT_EQ(parents[n] == -1, std::isinf(best));
+        if (parents[n] == -1) {
+            EXPECT_EQ(found(pixel), kPathUnreached);
             continue;
         }
         const double tolerance = 1e-9 * (1.0 + best);
-        EXPECT_NEAR(found(at(n)), best, tolerance);
-        ASSERT_GE(parents[static_cast<std::size_t>(n)], 0);
-        const cv::Point parent = at(parents[static_cast<std::size_t>(n)]);
-        if (at(n) == start) {
-            EXPECT_EQ(parent, start);
-        } else {
-            EXPECT_NEAR(expected(parent) + stepCost(scene, parent, at(n), alpha), best, tolerance);
-        }
+        EXPECT_NEAR(found(pixel), best, tolerance);
+        const cv::Point parent = at(parents[n]);
+        EXPECT_EQ(parent == pixel, pixel == start);
+        EXPECT_NEAR(expected(parent) + stepCost(scene, parent, pixel, alpha), best, tolerance);
     }
 }
 

@@ -1,7 +1,6 @@
 #include "session/data_set.h"
 
 #include <gtest/gtest.h>
-
 #include <map>
 
 #include "session/errors.h"

@@ -1,7 +1,6 @@
 #include "session/mask_contours.h"
 
 #include <gtest/gtest.h>
-
 #include <opencv2/imgproc.hpp>
 #include <random>
 

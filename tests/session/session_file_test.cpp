@@ -1,7 +1,6 @@
 #include "session/session_file.h"
 
 #include <gtest/gtest.h>
-
 #include <nlohmann/json.hpp>
 
 #include "session/errors.h"

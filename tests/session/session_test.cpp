@@ -1,7 +1,6 @@
 #include "session/session.h"
 
 #include <gtest/gtest.h>
-
 #include <chrono>
 #include <functional>
 #include <thread>
@@ -37,8 +36,7 @@ class TestHost : public SessionHost {
     std::function<void()> onInterruptCheck = [] {};  // before each request and at the step's end
 };
 
-class SessionTest : public testing::Test {
-  protected:
+struct SessionTest : testing::Test {
     explicit SessionTest(const Scene& scene = discScene())
         : photo{scene.width, scene.height, scene.pixels} {}
 

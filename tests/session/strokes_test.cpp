@@ -1,7 +1,6 @@
 #include "session/strokes.h"
 
 #include <gtest/gtest.h>
-
 #include <algorithm>
 
 #include "interface/segmentation_core.h"

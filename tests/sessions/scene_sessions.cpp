@@ -1,7 +1,6 @@
-#include <functional>
+#include <opencv2/core.hpp>
 #include <random>
 
-#include "interface/segmentation_core.h"
 #include "recorder.h"
 
 namespace {
@@ -93,164 +92,148 @@ std::vector<int> outlineOf(int left, int top, int right, int bottom) {
     return {left, top, right, top, right, bottom, left, bottom};
 }
 
-class Sessions {
-  public:
-    explicit Sessions(Recorder& recorder) : m_recorder(recorder) {}
+// Box, brushes, loops, undo and redo, direct edits, in places that depend on the size alone.
+void everyKindOfStep(Recorder& recorder, const char* name, const Scene& scene) {
+    recorder.start(name);
+    HostSession host(scene);
+    const int w = scene.width;
+    const int h = scene.height;
+    const auto step = [&](const char* what) { recorder.step(what, host); };
+    const auto brush = [&](int x, int y, int code, int type) {
+        const int columns = std::max(w / 12, 1);
+        const int rows = std::max(h / 20, 1);
+        const int middle = y + rows / 2;
+        host.request({x, middle, x + columns - 1, middle},
+                     host.rectangle(x, y, columns, rows, code), type);
+    };
+    host.box(w / 6, h / 8, w - 1 - w / 6, h - 1 - h / 8);
+    step("box");
+    brush(w / 2, h / 2, SEGCORE_MARK_BACKGROUND, SEGCORE_BRUSH_REMOVE);
+    step("brush-remove");
+    brush(w / 5, h / 4, SEGCORE_MARK_OBJECT, SEGCORE_BRUSH_ADD);
+    step("brush-add");
+    host.undo();
+    step("undo");
+    host.redo();
+    step("redo");
+    const std::vector<int> removed = outlineOf(w / 2, h / 3, w * 3 / 4, h * 2 / 3);
+    host.request(removed, host.loopMarkers(removed), SEGCORE_LOOP_REMOVE);
+    step("loop-remove");
+    host.cutOut(host.rectangle(w / 3, h / 3, std::max(w / 9, 1), std::max(h / 9, 1),
+                               SEGCORE_MARK_BACKGROUND));
+    step("edit");
+    host.undo();
+    step("undo");
+    host.loop({w / 3, h / 10, w * 4 / 5, h / 5, w * 3 / 4, h * 4 / 5, w / 5, h * 3 / 4});
+    step("loop-add");
+    // Marks of every code in one request, with candidates at the photograph's edge.
+    std::vector<int> marks = host.rectangle(0, 0, w, h, SEGCORE_MARK_CANDIDATE);
+    cv::Mat rows(h, w, CV_32SC1, marks.data());
+    rows.row(0) = SEGCORE_MARK_BACKGROUND;
+    rows.row(h / 2) = SEGCORE_MARK_OBJECT;
+    rows.row(h - 1) = 3;
+    host.request(outlineOf(0, 0, w - 1, h - 1), marks, SEGCORE_LOOP_ADD);
+    step("all-marks");
+    recorder.history(host);
+}
 
-    void all() {
-        everyKindOfStep("disc", discScene());
-        everyKindOfStep("disc-reduced", makeDiscScene(480, 330));
-        everyKindOfStep("mixed", mixedScene(200, 150, 3));
-        everyKindOfStep("mixed-reduced", mixedScene(420, 300, 4));
-        everyKindOfStep("grey", paint(170, 130, 5, [](int x, int y, auto noise) {
-                            const int light =
-                                inDisc(x, y, 85, 65, 34) ? 150 + x % 3 * 20 : 60 + y / 2;
-                            const int level = light + noise(24);
-                            return Colour{level, level, level};
-                        }));
-        everyKindOfStep("letterbox", paint(180, 140, 6, [](int x, int y, auto noise) {
-                            if (y < 18 || y >= 122 || x < 12) {
-                                return Colour{noise(2), noise(2), noise(2)};
-                            }
-                            return inDisc(x, y, 90, 70, 34)
-                                       ? Colour{40 + noise(30), 120 + noise(20), 200}
-                                       : Colour{120 + noise(50), 90 + noise(40), 40 + x / 3};
-                        }));
-        everyKindOfStep("islands", paint(210, 150, 7, [](int x, int y, auto noise) {
-                            const bool object = inDisc(x, y, 70, 75, 24) ||
-                                                inDisc(x, y, 140, 75, 20) ||
-                                                (x / 9 % 4 == 0 && y / 9 % 5 == 0);
-                            return object ? Colour{30 + noise(20), 170 + noise(30), 190}
-                                          : Colour{150 + noise(60), 60 + y / 3, 60 + noise(40)};
-                        }));
-        everyKindOfStep("flat", flatScene(160, 120, 8));
-        everyKindOfStep("flat-reduced", flatScene(400, 260, 9));
-        wideBox("patch", patchScene(160, 120, 2));
-        wideBox("even", evenScene(160, 120, 8));
-        everyKindOfStep("column", makeDiscScene(1, 90));
-        everyKindOfStep("row", makeDiscScene(120, 2));
-        cancelled();
-        boxAtOnce();
-        longHistory();
+void wideBox(Recorder& recorder, const char* name, const Scene& scene) {
+    recorder.start(name);
+    HostSession host(scene);
+    host.box(14, 10, 148, 112);
+    recorder.step("box", host);
+    host.request({100, 60, 110, 60}, host.rectangle(98, 56, 14, 8, SEGCORE_MARK_BACKGROUND),
+                 SEGCORE_BRUSH_REMOVE);
+    recorder.step("brush-remove", host);
+}
+
+void cancelled(Recorder& recorder) {
+    recorder.start("cancelled");
+    HostSession host(makeDiscScene(330, 260));
+    host.box(60, 40, 270, 220);
+    recorder.step("box", host);
+    cancelSegmentation();
+    host.box(40, 30, 290, 230);
+    recorder.step("cancelled-box", host);
+    host.undo();
+    recorder.step("undo", host);
+    recorder.history(host);
+    resetSegmentationInterface();
+    host.box(40, 30, 290, 230);
+    recorder.step("box-after-reset", host);
+    recorder.history(host);
+}
+
+void boxAtOnce(Recorder& recorder) {
+    recorder.start("box-at-once");
+    const Scene scene = mixedScene(360, 250, 10);
+    HostSession host(discScene());
+    host.width = scene.width;
+    host.height = scene.height;
+    host.photo = scene.pixels;
+    host.blended = scene.pixels;
+    host.mask.assign(scene.pixels.size(), 255);
+    doSegmentationBB(scene.width, scene.height, scene.pixels.data(), 60, 30, 300, 220,
+                     host.mask.data());
+    recorder.step("box", host);
+    host.request({90, 60, 120, 60}, host.rectangle(85, 55, 40, 10, SEGCORE_MARK_BACKGROUND),
+                 SEGCORE_BRUSH_REMOVE);
+    recorder.step("brush-remove", host);
+    recorder.history(host);
+}
+
+// More masks than the history holds.
+void longHistory(Recorder& recorder) {
+    recorder.start("long-history");
+    HostSession host(makeDiscScene(70, 50));
+    host.box(10, 6, 60, 44);
+    for (int i = 0; i < 40; ++i) {
+        host.cutOut(host.rectangle(i, i % 40, 20, 9,
+                                   i % 3 == 0 ? SEGCORE_MARK_BACKGROUND : SEGCORE_MARK_OBJECT));
     }
-
-  private:
-    // Box, brushes, loops, undo and redo, direct edits, in places that depend on the size alone.
-    void everyKindOfStep(const char* name, const Scene& scene) {
-        m_recorder.start(name);
-        HostSession host(scene);
-        const int w = scene.width;
-        const int h = scene.height;
-        const auto step = [&](const char* what) { m_recorder.step(what, host); };
-        const auto brush = [&](int x, int y, int code, int type) {
-            const int columns = std::max(w / 12, 1);
-            const int rows = std::max(h / 20, 1);
-            const int middle = y + rows / 2;
-            host.request({x, middle, x + columns - 1, middle},
-                         host.rectangle(x, y, columns, rows, code), type);
-        };
-        host.box(w / 6, h / 8, w - 1 - w / 6, h - 1 - h / 8);
-        step("box");
-        brush(w / 2, h / 2, SEGCORE_MARK_BACKGROUND, SEGCORE_BRUSH_REMOVE);
-        step("brush-remove");
-        brush(w / 5, h / 4, SEGCORE_MARK_OBJECT, SEGCORE_BRUSH_ADD);
-        step("brush-add");
+    for (int i = 0; i < 5; ++i) {
         host.undo();
-        step("undo");
-        host.redo();
-        step("redo");
-        const std::vector<int> removed = outlineOf(w / 2, h / 3, w * 3 / 4, h * 2 / 3);
-        host.request(removed, host.loopMarkers(removed), SEGCORE_LOOP_REMOVE);
-        step("loop-remove");
-        host.cutOut(host.rectangle(w / 3, h / 3, std::max(w / 9, 1), std::max(h / 9, 1),
-                                   SEGCORE_MARK_BACKGROUND));
-        step("edit");
-        host.undo();
-        step("undo");
-        host.loop({w / 3, h / 10, w * 4 / 5, h / 5, w * 3 / 4, h * 4 / 5, w / 5, h * 3 / 4});
-        step("loop-add");
-        // Marks of every code in one request, with candidates at the photograph's edge.
-        std::vector<int> marks = host.rectangle(0, 0, w, h, SEGCORE_MARK_CANDIDATE);
-        const auto at = [&](int x, int y) -> int& {
-            return marks[static_cast<std::size_t>(y * w + x)];
-        };
-        for (int x = 0; x < w; ++x) {
-            at(x, 0) = SEGCORE_MARK_BACKGROUND;
-            at(x, h / 2) = SEGCORE_MARK_OBJECT;
-            at(x, h - 1) = 3;
-        }
-        host.request(outlineOf(0, 0, w - 1, h - 1), marks, SEGCORE_LOOP_ADD);
-        step("all-marks");
-        m_recorder.history(host);
     }
-
-    void wideBox(const char* name, const Scene& scene) {
-        m_recorder.start(name);
-        HostSession host(scene);
-        host.box(14, 10, 148, 112);
-        m_recorder.step("box", host);
-        host.request({100, 60, 110, 60}, host.rectangle(98, 56, 14, 8, SEGCORE_MARK_BACKGROUND),
-                     SEGCORE_BRUSH_REMOVE);
-        m_recorder.step("brush-remove", host);
-    }
-
-    void cancelled() {
-        m_recorder.start("cancelled");
-        HostSession host(makeDiscScene(330, 260));
-        host.box(60, 40, 270, 220);
-        m_recorder.step("box", host);
-        cancelSegmentation();
-        host.box(40, 30, 290, 230);
-        m_recorder.step("cancelled-box", host);
-        host.undo();
-        m_recorder.step("undo", host);
-        m_recorder.history(host);
-        resetSegmentationInterface();
-        host.box(40, 30, 290, 230);
-        m_recorder.step("box-after-reset", host);
-        m_recorder.history(host);
-    }
-
-    void boxAtOnce() {
-        m_recorder.start("box-at-once");
-        const Scene scene = mixedScene(360, 250, 10);
-        HostSession host(discScene());
-        host.width = scene.width;
-        host.height = scene.height;
-        host.photo = scene.pixels;
-        host.blended = scene.pixels;
-        host.mask.assign(scene.pixels.size(), 255);
-        doSegmentationBB(scene.width, scene.height, scene.pixels.data(), 60, 30, 300, 220,
-                         host.mask.data());
-        m_recorder.step("box", host);
-        host.request({90, 60, 120, 60}, host.rectangle(85, 55, 40, 10, SEGCORE_MARK_BACKGROUND),
-                     SEGCORE_BRUSH_REMOVE);
-        m_recorder.step("brush-remove", host);
-        m_recorder.history(host);
-    }
-
-    // More masks than the history holds.
-    void longHistory() {
-        m_recorder.start("long-history");
-        HostSession host(makeDiscScene(70, 50));
-        host.box(10, 6, 60, 44);
-        for (int i = 0; i < 40; ++i) {
-            host.cutOut(host.rectangle(i, i % 40, 20, 9,
-                                       i % 3 == 0 ? SEGCORE_MARK_BACKGROUND : SEGCORE_MARK_OBJECT));
-        }
-        for (int i = 0; i < 5; ++i) {
-            host.undo();
-        }
-        host.cutOut(host.rectangle(1, 1, 30, 3, SEGCORE_MARK_OBJECT));
-        m_recorder.step("edits", host);
-        m_recorder.history(host);
-    }
-
-    Recorder& m_recorder;
-};
+    host.cutOut(host.rectangle(1, 1, 30, 3, SEGCORE_MARK_OBJECT));
+    recorder.step("edits", host);
+    recorder.history(host);
+}
 
 }  // namespace
 
 void recordSceneSessions(Recorder& recorder) {
-    Sessions(recorder).all();
+    const auto steps = [&](const char* name, const Scene& scene) {
+        everyKindOfStep(recorder, name, scene);
+    };
+    steps("disc", discScene());
+    steps("disc-reduced", makeDiscScene(480, 330));
+    steps("mixed", mixedScene(200, 150, 3));
+    steps("mixed-reduced", mixedScene(420, 300, 4));
+    steps("grey", paint(170, 130, 5, [](int x, int y, auto noise) {
+              const int light = inDisc(x, y, 85, 65, 34) ? 150 + x % 3 * 20 : 60 + y / 2;
+              const int level = light + noise(24);
+              return Colour{level, level, level};
+          }));
+    steps("letterbox", paint(180, 140, 6, [](int x, int y, auto noise) {
+              if (y < 18 || y >= 122 || x < 12) {
+                  return Colour{noise(2), noise(2), noise(2)};
+              }
+              return inDisc(x, y, 90, 70, 34) ? Colour{40 + noise(30), 120 + noise(20), 200}
+                                              : Colour{120 + noise(50), 90 + noise(40), 40 + x / 3};
+          }));
+    steps("islands", paint(210, 150, 7, [](int x, int y, auto noise) {
+              const bool object = inDisc(x, y, 70, 75, 24) || inDisc(x, y, 140, 75, 20) ||
+                                  (x / 9 % 4 == 0 && y / 9 % 5 == 0);
+              return object ? Colour{30 + noise(20), 170 + noise(30), 190}
+                            : Colour{150 + noise(60), 60 + y / 3, 60 + noise(40)};
+          }));
+    steps("flat", flatScene(160, 120, 8));
+    steps("flat-reduced", flatScene(400, 260, 9));
+    wideBox(recorder, "patch", patchScene(160, 120, 2));
+    wideBox(recorder, "even", evenScene(160, 120, 8));
+    steps("column", makeDiscScene(1, 90));
+    steps("row", makeDiscScene(120, 2));
+    cancelled(recorder);
+    boxAtOnce(recorder);
+    longHistory(recorder);
 }

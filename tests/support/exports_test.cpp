@@ -1,6 +1,5 @@
 // The timers and the tracked memory that the library exports.
 #include <gtest/gtest.h>
-
 #include <cstdint>
 #include <sstream>
 

@@ -2,7 +2,6 @@
 
 #include <opencv2/core.hpp>
 
-#include "interface/segmentation_core.h"
 #include "session/strokes.h"
 
 HostSession::HostSession(const Scene& scene)
@@ -18,14 +17,6 @@ HostSession::HostSession(const Scene& scene)
 HostSession::~HostSession() {
     deinitSegmentation();
     freeLocalBuffers();
-}
-
-int HostSession::box(int left, int top, int right, int bottom) {
-    return loop({left, top, right, top, right, bottom, left, bottom});
-}
-
-int HostSession::loop(const std::vector<int>& points) {
-    return request(points, loopMarkers(points), SEGCORE_LOOP_ADD);
 }
 
 int HostSession::request(std::vector<int> points, const std::vector<int>& markers, int strokeType) {
@@ -58,10 +49,6 @@ std::vector<int> HostSession::fetchOutline() {
     std::vector<int> outline(array, array + count);
     release_path_array(array);
     return outline;
-}
-
-std::vector<int> HostSession::noMarkers() const {
-    return std::vector<int>(photo.size(), SEGCORE_MARK_NONE);
 }
 
 std::vector<int> HostSession::loopMarkers(const std::vector<int>& points) const {

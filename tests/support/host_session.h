@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "interface/segmentation_core.h"
 #include "support/scenes.h"
 
 class HostSession {
@@ -17,8 +18,12 @@ class HostSession {
 
     // Requests; each returns processSegment's result. Points are x, y pairs in photograph pixels.
     // Loops and boxes add their inside as candidate.
-    int box(int left, int top, int right, int bottom);
-    int loop(const std::vector<int>& points);
+    int box(int left, int top, int right, int bottom) {
+        return loop({left, top, right, top, right, bottom, left, bottom});
+    }
+    int loop(const std::vector<int>& points) {
+        return request(points, loopMarkers(points), SEGCORE_LOOP_ADD);
+    }
     int request(std::vector<int> points, const std::vector<int>& markers, int strokeType);
 
     void undo();
@@ -26,7 +31,7 @@ class HostSession {
     void cutOut(const std::vector<int>& markers);
     static std::vector<int> fetchOutline();
 
-    std::vector<int> noMarkers() const;
+    std::vector<int> noMarkers() const { return std::vector<int>(photo.size(), SEGCORE_MARK_NONE); }
     std::vector<int> loopMarkers(const std::vector<int>& points) const;
     std::vector<int> rectangle(int x, int y, int columns, int rows, int code) const;
 
