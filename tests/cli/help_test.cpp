@@ -27,28 +27,25 @@ TEST_P(HelpOf, IsInTheManPage) {
     EXPECT_EQ(m_place.run("comm -23 <(" + fromHelp() + ") <(" + manual + ")").out, "");
 }
 
-struct Shell {
-    const char* name;
-    const char* offered;  // what it offers for $command after a photograph
-};
-
+// What each shell offers for $command after a photograph.
 TEST_P(HelpOf, IsWhatEachShellOffers) {
-    for (const Shell& shell :
-         {Shell{"bash", R"(bash -c ". '$files/segcore.bash'; COMP_WORDS=(segcore $command p.png --)
+    for (const auto& [shell, offers] :
+         {std::pair{"bash",
+                    R"(bash -c ". '$files/segcore.bash'; COMP_WORDS=(segcore $command p.png --)
                 COMP_CWORD=3; _segcore; printf '%s\n' \"\${COMPREPLY[@]}\"")"},
           // The function that would show the options prints them.
-          Shell{"zsh", R"(zsh -fc "words=($command p.png --)
+          {"zsh", R"(zsh -fc "words=($command p.png --)
                 _arguments() { [[ \$* == *'->command'* ]] && state=command || print -rl -- \$@; }
                 () { . '$files/_segcore' }")"},
-          Shell{"fish", R"(fish -c ". '$files/segcore.fish'
+          {"fish", R"(fish -c ". '$files/segcore.fish'
                 complete --do-complete 'segcore $command p.png --'" | cut -f 1)"}}) {
-        if (m_place.run(std::string("command -v ") + shell.name).code != 0) {
+        if (m_place.run(std::string("command -v ") + shell).code != 0) {
             continue;  // scripts/setup.sh --tests installs them
         }
         const Outcome offered =
-            m_place.run("files='" SEGCORE_COMPLETIONS "' command=" + GetParam() + "\n" +
-                        shell.offered + kOptionsAlone);
-        EXPECT_EQ(offered.out, m_place.run(fromHelp()).out) << shell.name << ": " << offered.err;
+            m_place.run("files='" SEGCORE_COMPLETIONS "' command=" + GetParam() + "\n" + offers +
+                        kOptionsAlone);
+        EXPECT_EQ(offered.out, m_place.run(fromHelp()).out) << shell << ": " << offered.err;
     }
 }
 

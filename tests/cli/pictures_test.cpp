@@ -100,14 +100,10 @@ TEST(Names, DecideFormats) {
 TEST(Formats, AreReadAsTheMessageLists) {
     const Workplace place;
     const std::string message = place.run("segcore cut old.png --mask m.png --undo").err;
-    using Format = std::pair<const char*, const char*>;
-    for (const auto& [name, ending] : {Format{"PNG", ".png"},
-                                       {"JPEG", ".jpg"},
-                                       {"BMP", ".bmp"},
-                                       {"TIFF", ".tif"},
-                                       {"WebP", ".webp"},
-                                       {"JPEG 2000", ".jp2"},
-                                       {"PNM", ".ppm"}}) {
+    const char* const formats[][2] = {{"PNG", ".png"},  {"JPEG", ".jpg"},  {"BMP", ".bmp"},
+                                      {"TIFF", ".tif"}, {"WebP", ".webp"}, {"JPEG 2000", ".jp2"},
+                                      {"PNM", ".ppm"}};
+    for (const auto& [name, ending] : formats) {
         if (message.find(name) != std::string::npos) {
             place.write("photo", encoded(sceneOf(place), ending));
             EXPECT_EQ(place.run(std::string("segcore cut photo") + kCut).code, 0) << name;

@@ -1,9 +1,8 @@
-#include "colour/alternative_init.h"
-
 #include <gtest/gtest.h>
 #include <cmath>
 #include <opencv2/core.hpp>
 
+#include "colour/alternative_init.h"
 #include "colour/samples.h"
 #include "support/image_bytes.h"
 

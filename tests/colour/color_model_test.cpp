@@ -1,10 +1,9 @@
-#include "colour/color_model.h"
-
 #include <gtest/gtest.h>
 #include <cmath>
 #include <opencv2/core.hpp>
 
 #include "colour/alternative_init.h"
+#include "colour/color_model.h"
 #include "colour/samples.h"
 #include "graph/parallel_gc.h"
 

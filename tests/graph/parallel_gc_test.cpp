@@ -1,8 +1,7 @@
-#include "graph/parallel_gc.h"
-
 #include <gtest/gtest.h>
 
 #include "graph/grid.h"
+#include "graph/parallel_gc.h"
 #include "support/injected_faults.h"
 #include "support/log_capture.h"
 

@@ -1,11 +1,10 @@
-#include "history/undo_redo_history.h"
-
 #include <gtest/gtest.h>
 #include <algorithm>
 #include <cstring>
 #include <random>
 
 #include "history/marker.h"
+#include "history/undo_redo_history.h"
 #include "history_model.h"
 #include "interface/segmentation_core.h"
 #include "support/image_bytes.h"

@@ -68,18 +68,8 @@ struct Edit : HostSession {
         request({left, height / 2, left + side, height / 2},
                 rectangle(left, height / 2 - side / 2, side + 1, side, code), strokeType);
     }
-    void requestOf(int strokeType) {
-        switch (strokeType) {
-            case SEGCORE_LOOP_ADD:
-                return addDisc();
-            case SEGCORE_LOOP_REMOVE:
-                return removeHalf();
-            case SEGCORE_BRUSH_ADD:
-                return brush(width * 3 / 4, SEGCORE_MARK_OBJECT, strokeType);
-            default:
-                return brush(width / 4, SEGCORE_MARK_BACKGROUND, strokeType);
-        }
-    }
+    void addSquare() { brush(width * 3 / 4, SEGCORE_MARK_OBJECT, SEGCORE_BRUSH_ADD); }
+    void removeSquare() { brush(width / 4, SEGCORE_MARK_BACKGROUND, SEGCORE_BRUSH_REMOVE); }
 };
 
 TEST(ObserverTest, IsToldTheStagesInTheirOrder) {
@@ -104,12 +94,12 @@ TEST(ObserverTest, IsToldTheStagesInTheirOrder) {
 // one's discs are some 1250 pixels long.
 TEST(ObserverTest, PreviewsTheResultOfEveryStrokeType) {
     for (const auto& [columns, rows, mostWrong] : {std::tuple{200, 120, 0}, {640, 400, 2500}}) {
-        for (const int type :
-             {SEGCORE_LOOP_ADD, SEGCORE_LOOP_REMOVE, SEGCORE_BRUSH_ADD, SEGCORE_BRUSH_REMOVE}) {
+        for (const auto request :
+             {&Edit::addDisc, &Edit::removeHalf, &Edit::addSquare, &Edit::removeSquare}) {
             Edit edit(columns, rows);
             const Mask before = edit.mask;
             const Record record;
-            edit.requestOf(type);
+            (edit.*request)();
             EXPECT_EQ(record.masks, 1);
             const cv::Mat1b& preview = record.preview;
             EXPECT_EQ(preview.cols<columns, mostWrong> 0);
@@ -122,8 +112,8 @@ TEST(ObserverTest, PreviewsTheResultOfEveryStrokeType) {
                 wrong += preview(y, x) != edit.mask[pixel] ? 1 : 0;
                 changed += before[pixel] != edit.mask[pixel] ? 1 : 0;
             }
-            EXPECT_LE(wrong, mostWrong) << type;
-            EXPECT_GT(changed, std::max(5 * wrong, 200)) << type;
+            EXPECT_LE(wrong, mostWrong);
+            EXPECT_GT(changed, std::max(5 * wrong, 200));
         }
     }
 }

@@ -1,9 +1,8 @@
-#include "session/mask_contours.h"
-
 #include <gtest/gtest.h>
 #include <opencv2/imgproc.hpp>
 #include <random>
 
+#include "session/mask_contours.h"
 #include "support/filled_contours.h"
 
 namespace {

@@ -1,11 +1,10 @@
-#include "session/session.h"
-
 #include <gtest/gtest.h>
 #include <chrono>
 #include <functional>
 #include <thread>
 
 #include "session/errors.h"
+#include "session/session.h"
 #include "steps.h"
 #include "support/observer.h"
 #include "support/scenes.h"

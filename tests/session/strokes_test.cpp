@@ -1,10 +1,9 @@
-#include "session/strokes.h"
-
 #include <gtest/gtest.h>
 #include <algorithm>
 
 #include "interface/segmentation_core.h"
 #include "session/errors.h"
+#include "session/strokes.h"
 #include "steps.h"
 
 namespace {

@@ -4,34 +4,34 @@
 //
 // Exit 1 with the lines that differ. Results that are meant to change are renewed by
 // `segcore-session-digests > tests/sessions/digests.txt`.
+#include <algorithm>
 #include <fstream>
 #include <iostream>
-#include <set>
 
 #include "recorder.h"
 #include "support/fake_clock.h"
 
 namespace {
 
-int compare(const std::vector<std::string>& lines, const char* file) {
-    std::ifstream stream(file);
-    std::set<std::string> expected;
-    for (std::string line; std::getline(stream, line);) {
-        expected.insert(line);
-    }
-    std::size_t same = 0;
+using Lines = std::vector<std::string>;
+
+void printMissing(const Lines& lines, const Lines& from, const char* sign) {
     for (const std::string& line : lines) {
-        if (expected.erase(line) == 1) {
-            ++same;
-        } else {
-            std::cout << "> " << line << "\n";
+        if (std::find(from.begin(), from.end(), line) == from.end()) {
+            std::cout << sign << line << "\n";
         }
     }
-    for (const std::string& line : expected) {
-        std::cout << "< " << line << "\n";
+}
+
+int compare(const Lines& lines, const char* file) {
+    std::ifstream stream(file);
+    Lines expected;
+    for (std::string line; std::getline(stream, line);) {
+        expected.push_back(line);
     }
-    std::cout << same << " of " << lines.size() << " lines are as in " << file << "\n";
-    return same > 0 && same == lines.size() && expected.empty() ? 0 : 1;
+    printMissing(lines, expected, "> ");
+    printMissing(expected, lines, "< ");
+    return lines == expected && !lines.empty() ? 0 : 1;
 }
 
 }  // namespace

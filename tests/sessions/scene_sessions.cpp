@@ -88,10 +88,6 @@ Scene evenScene(int width, int height, unsigned seed) {
     });
 }
 
-std::vector<int> outlineOf(int left, int top, int right, int bottom) {
-    return {left, top, right, top, right, bottom, left, bottom};
-}
-
 // Box, brushes, loops, undo and redo, direct edits, in places that depend on the size alone.
 void everyKindOfStep(Recorder& recorder, const char* name, const Scene& scene) {
     recorder.start(name);
@@ -116,7 +112,8 @@ void everyKindOfStep(Recorder& recorder, const char* name, const Scene& scene) {
     step("undo");
     host.redo();
     step("redo");
-    const std::vector<int> removed = outlineOf(w / 2, h / 3, w * 3 / 4, h * 2 / 3);
+    const std::vector<int> removed{w / 2,     h / 3,     w * 3 / 4, h / 3,
+                                   w * 3 / 4, h * 2 / 3, w / 2,     h * 2 / 3};
     host.request(removed, host.loopMarkers(removed), SEGCORE_LOOP_REMOVE);
     step("loop-remove");
     host.cutOut(host.rectangle(w / 3, h / 3, std::max(w / 9, 1), std::max(h / 9, 1),
@@ -132,7 +129,7 @@ void everyKindOfStep(Recorder& recorder, const char* name, const Scene& scene) {
     rows.row(0) = SEGCORE_MARK_BACKGROUND;
     rows.row(h / 2) = SEGCORE_MARK_OBJECT;
     rows.row(h - 1) = 3;
-    host.request(outlineOf(0, 0, w - 1, h - 1), marks, SEGCORE_LOOP_ADD);
+    host.request({0, 0, w - 1, 0, w - 1, h - 1, 0, h - 1}, marks, SEGCORE_LOOP_ADD);
     step("all-marks");
     recorder.history(host);
 }

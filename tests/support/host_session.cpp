@@ -26,14 +26,9 @@ int HostSession::request(std::vector<int> points, const std::vector<int>& marker
     return processSegment(0, 0, 0, blended.data(), mask.data());
 }
 
-void HostSession::undo() {
+void HostSession::step(decltype(::undo) call) {
     blended = photo;
-    ::undo(blended.data(), mask.data());
-}
-
-void HostSession::redo() {
-    blended = photo;
-    ::redo(blended.data(), mask.data());
+    call(blended.data(), mask.data());
 }
 
 void HostSession::cutOut(const std::vector<int>& markers) {

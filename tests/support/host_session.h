@@ -26,8 +26,8 @@ class HostSession {
     }
     int request(std::vector<int> points, const std::vector<int>& markers, int strokeType);
 
-    void undo();
-    void redo();
+    void undo() { step(::undo); }
+    void redo() { step(::redo); }
     void cutOut(const std::vector<int>& markers);
     static std::vector<int> fetchOutline();
 
@@ -40,4 +40,7 @@ class HostSession {
     std::vector<std::uint32_t> photo;
     std::vector<std::uint32_t> blended;  // the photograph again before every call
     std::vector<std::uint8_t> mask;      // keeps the last mask delivered; 255 at the start
+
+  private:
+    void step(decltype(::undo) call);
 };
