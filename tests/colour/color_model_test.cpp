@@ -57,8 +57,9 @@ TEST_F(ColorModel, CompactMeansCloseColoursOrDegenerateHeavyComponents) {
     } const cases[] = {
         {{1.0, 0.0}, 255.0, {0.5, 0.0}, true},   // no pair
         {{0.5, 0.05}, 255.0, {9.0, 9.0}, true},  // one too light for a pair
-        {{0.5, 0.5}, 99.9, {9.0, 9.0}, true},    // close
-        {{0.5, 0.5}, 100.0, {0.5, 0.5}, true},   // apart, both degenerate
+        {{0.5, 0.1}, 255.0, {9.0, 9.0}, false},
+        {{0.5, 0.5}, 99.9, {9.0, 9.0}, true},   // close
+        {{0.5, 0.5}, 100.0, {0.5, 0.5}, true},  // apart, both degenerate
         {{0.5, 0.5}, 100.0, {0.5, 1.0}, false},
         {{0.5, 0.5}, 100.0, {nan, 0.5}, true},
         {{0.35, 0.35}, 100.0, {0.5, 0.5}, false},  // none is heavy
