@@ -1,5 +1,5 @@
-// The graph of one cut, its terminal weights read back from the residuals, and that of the band along
-// the outline, at photo size.
+// The graph of one cut, its terminal weights read back from the residuals, and that of the band
+// along the outline, at photo size.
 #include <cmath>
 #include <limits>
 

@@ -1,5 +1,5 @@
-// Choice of the smoothness weight from trial label images, and when the first pass of a request comes
-// back.
+// Choice of the smoothness weight from trial label images, and when the first pass of a request
+// comes back.
 #include <array>
 
 #include "engine/engine_test.h"

@@ -150,7 +150,7 @@ TEST_F(CancelledSession, IsAsItWasBefore) {
         EXPECT_TRUE(session.canUndo() && !session.canRedo());
     }
     {
-        // The limit passes while the mask is enlarged: an unfinished one is delivered, and taken back.
+        // The limit passes while the mask is enlarged: what is delivered unfinished is taken back.
         const ScopedObserver observer([](const segcore_progress& progress) {
             if (progress.stage == SEGCORE_STAGE_ENLARGEMENT) {
                 std::this_thread::sleep_for(400ms);
