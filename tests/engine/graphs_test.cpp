@@ -18,6 +18,16 @@ TEST_F(UpscalingTest, ImpossiblePhotographIsLogged) {
     EXPECT_EQ(takeErrors(), Log(3, {6, "Error", "MEMORY_CRASH : intelligentUpscaling 1460"}));
 }
 
+TEST_F(UpscalingTest, BandReachesThreeWorkingPixelsBeyondTheObject) {
+    VORNSEHybrid& engine = startBlue(640, 480);  // twice the working size
+    setLabels(imageWith(320, 240, {{100, 80, 40, 30}}, label::kObject));
+    engine.m_fgModel = engine.m_bgModel = unitModel(0.0, 0.0, 0.0);
+    const ImagePtr working = imageWith(320, 240, {{100, 80, 40, 30}}, 1);
+    const ImagePtr mask(engine.intelligentUpscaling(working.get()));
+    EXPECT_EQ(engine.m_boundWidthTrimap, 2 * (40 + 6));
+    EXPECT_EQ(engine.m_boundHeightTrimap, 2 * (30 + 6));
+}
+
 TEST_F(UpscalingTest, BandIsLinkedByContrastAndPixelsOutsideHaveNoEdges) {
     VORNSEHybrid& engine = startBlue(640, 480);
     // A short and a long stretch outside, the same in both rows.

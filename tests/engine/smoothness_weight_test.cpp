@@ -47,6 +47,14 @@ TEST_F(SmoothnessWeightTest, TrialsCutTheStartLabelsWithWholeWeights) {
     }
 }
 
+TEST_F(SmoothnessWeightTest, ChosenTrialComesBackAndItsWeightKeepsItsFraction) {
+    VORNSEHybrid& engine = startFlat(40);
+    setTrials({{{}, {{10, 10, 20, 20}}, {{10, 10, 20, 19}}}});
+    EXPECT_EQ(engine.parallelLamdaSwtich(3), 1);
+    EXPECT_EQ(engine.m_lambda, 13.512999534606934);
+    EXPECT_EQ(textOf(engine.m_cropLabel), textOf(engine.m_trialLabels[1]));
+}
+
 TEST_F(SmoothnessWeightTest, AreasAndTheFrameDecideInAFlatRegion) {
     startFlat(40);
     const std::vector<Area> large{{10, 10, 20, 20}};
