@@ -194,6 +194,19 @@ void readPhotograph(const Fields& fields, SessionFile& session) {
     }
 }
 
+// As a person writes it. A line break never stands inside a string of the JSON text.
+std::string onOneLine(const Json& value) {
+    std::string line;
+    for (const char letter : value.dump(0)) {
+        if (letter != '\n') {
+            line += letter;
+        } else if (line.back() == ',') {
+            line += ' ';
+        }
+    }
+    return line;
+}
+
 std::string asText(cv::Size size) {
     return std::to_string(size.width) + " x " + std::to_string(size.height) + " pixels";
 }
@@ -236,11 +249,17 @@ std::string formatSessionFile(const SessionFile& session, const FileNaming& name
     if (!session.digest.empty()) {
         document["digest"] = session.digest;
     }
-    document["steps"] = Json::array();
-    for (const Step& step : session.steps) {
-        document["steps"].push_back(asJson(step, nameInFile));
+    std::string text;
+    for (const auto& [key, value] : document.items()) {
+        text += (text.empty() ? "{" : " ") + Json(key).dump() + ": " + onOneLine(value) + ",\n";
     }
-    return document.dump(1) + "\n";
+    text += " \"steps\": [";
+    const char* between = "\n   ";
+    for (const Step& step : session.steps) {
+        text += between + onOneLine(asJson(step, nameInFile));
+        between = ",\n   ";
+    }
+    return text + "]}\n";
 }
 
 void notePhoto(SessionFile& session, const Photo& photo) {

@@ -1,7 +1,6 @@
 // Session files, and the folders of a data set.
 #include <gtest/gtest.h>
 #include <map>
-#include <nlohmann/json.hpp>
 
 #include "session/data_set.h"
 #include "session/errors.h"
@@ -9,13 +8,14 @@
 
 namespace {
 
-// As a person writes it; the program gives each value a line.
-const char* const kOldText = R"({"photo": "in/p.png", "steps": [
-    {"op": "box", "box": [1, 2, 30, 40]},
-    {"op": "brush-remove", "points": [[5, 6]], "radius": 3, "edit": true},
-    {"op": "snap-loop-add", "points": [[7, 8]], "alpha": 0.25},
-    {"op": "marks", "file": "in/m.png"},
-    {"op": "undo"}]})";
+const char* const kOldText = R"({"photo": "in/p.png",
+ "steps": [
+   {"op": "box", "box": [1, 2, 30, 40]},
+   {"op": "brush-remove", "points": [[5, 6], [7, 6]], "radius": 3, "edit": true},
+   {"op": "snap-loop-add", "points": [[7, 8]], "alpha": 0.25},
+   {"op": "marks", "file": "in/m,\n.png"},
+   {"op": "undo"}]}
+)";
 
 std::string enter(const std::string& name) {
     return "folder/" + name;
@@ -47,9 +47,8 @@ TEST(SessionFile, KeepsItsFormWithoutAPhotographNoted) {
     EXPECT_EQ(file.steps[1].radius, 3);
     EXPECT_TRUE(file.steps[1].edit);
     EXPECT_EQ(file.steps[2].alpha, 0.25);
-    EXPECT_EQ(file.steps[3].marksFile, "folder/in/m.png");
-    EXPECT_EQ(formatSessionFile(file, leave),
-              nlohmann::ordered_json::parse(kOldText).dump(1) + "\n");
+    EXPECT_EQ(file.steps[3].marksFile, "folder/in/m,\n.png");
+    EXPECT_EQ(formatSessionFile(file, leave), kOldText);
 }
 
 TEST(SessionFile, NotesThePhotographThatItWasMadeOn) {
@@ -58,7 +57,7 @@ TEST(SessionFile, NotesThePhotographThatItWasMadeOn) {
     notePhoto(file, twoPixels());
     const std::string text = formatSessionFile(file, leave);
     const std::string head =
-        "{\n \"version\": 1,\n \"photo\": \"p.png\",\n \"width\": 2,\n \"height\": 1,";
+        "{\"version\": 1,\n \"photo\": \"p.png\",\n \"width\": 2,\n \"height\": 1,";
     EXPECT_EQ(text.substr(0, head.size()), head);
     const SessionFile again = parseSessionFile(text, "s.json", enter);
     const auto complaintAbout = [&again](const Photo& photo) {
