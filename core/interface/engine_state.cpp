@@ -21,18 +21,14 @@ bool g_contoursReady = false;
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "pixel words are read as bytes");
 
-namespace {
-
-ImagePtr photoFromWords(int width, int height, const std::uint32_t* pixels) {
-    ImagePtr photo = createImage(width, height, kChannels);
+ImagePtr imageFromWords(int width, int height, const std::uint32_t* pixels) {
+    ImagePtr result = createImage(width, height, kChannels);
     // A little-endian word holds its channels in the byte order of a four-channel image.
     const cv::Mat words(height, width, CV_8UC4, const_cast<std::uint32_t*>(pixels));
-    cv::Mat image = cv::cvarrToMat(photo.get());
+    cv::Mat image = cv::cvarrToMat(result.get());
     cv::cvtColor(words, image, cv::COLOR_BGRA2BGR);
-    return photo;
+    return result;
 }
-
-}  // namespace
 
 void requireSize(int width, int height) {
     if (width < 1 || height < 1) {
@@ -86,7 +82,7 @@ void requireBuffer(const void* buffer, const char* name) {
 void storePhoto(int width, int height, const std::uint32_t* pixels) {
     requireSize(width, height);
     requireBuffer(pixels, "pixel buffer");
-    ImagePtr photo = photoFromWords(width, height, pixels);
+    ImagePtr photo = imageFromWords(width, height, pixels);
     const int oldWidth = VORNSEMarker::m_originalWidth;
     const int oldHeight = VORNSEMarker::m_originalHeight;
     VORNSEMarker::m_originalWidth = width;

@@ -28,6 +28,9 @@ void requireHistory();
 void requireMarkerSize();
 void requireBuffer(const void* buffer, const char* name);
 
+// Pixel words of a host as an image of three channels.
+ImagePtr imageFromWords(int width, int height, const std::uint32_t* pixels);
+
 // Whether the photograph may be written to a host's buffer.
 bool hasPhoto();
 

@@ -21,19 +21,6 @@ void requireInside(Pixel pixel, int width, int height) {
     }
 }
 
-ImagePtr colourImage(int width, int height, const std::uint32_t* pixels) {
-    ImagePtr image = createImage(width, height, 3);
-    for (int y = 0; y < height; ++y) {
-        std::uint8_t* out = rowOf(image.get(), y);
-        for (int x = 0; x < width; ++x, ++pixels) {
-            *out++ = static_cast<std::uint8_t>(*pixels);
-            *out++ = static_cast<std::uint8_t>(*pixels >> 8U);
-            *out++ = static_cast<std::uint8_t>(*pixels >> 16U);
-        }
-    }
-    return image;
-}
-
 // Node numbers from the end back to the start, which is its own parent.
 std::vector<int> nodesBackFrom(int node, const std::vector<int>& parents) {
     std::vector<int> nodes{node};
@@ -60,7 +47,7 @@ void segcore_snap_path(int width, int height, const std::uint32_t* pixels, int f
         if (!(alpha >= 0.0 && alpha <= 1.0)) {
             throw HostError("alpha is not 0 to 1");
         }
-        const ImagePtr image = colourImage(width, height, pixels);
+        const ImagePtr image = imageFromWords(width, height, pixels);
         const std::vector<int> parents =
             find_parent_info(image.get(), nullptr, from_y, from_x, alpha);
         if (parents.empty()) {
