@@ -1,28 +1,19 @@
 #include "engine/preview.h"
 
 #include <cstdint>
-#include <opencv2/core.hpp>
-#include <vector>
+#include <opencv2/imgproc.hpp>
 
 #include "engine/hybrid.h"
 #include "engine/stroke_rules.h"
 #include "history/marker.h"
-#include "support/nearest_sampling.h"
 
 namespace {
 
 // At the places that the label image samples, so that both show the same of the mask on display.
 ImagePtr reducedTo(const IplImage* mask, int width, int height) {
-    const std::vector<int> columns = nearestPositions(mask->width, width);
-    const std::vector<int> rows = nearestPositions(mask->height, height);
     ImagePtr small = createImage(width, height, 1);
-    for (int y = 0; y < height; ++y) {
-        const std::uint8_t* row = rowOf(mask, rows[static_cast<std::size_t>(y)]);
-        std::uint8_t* out = rowOf(small.get(), y);
-        for (int x = 0; x < width; ++x) {
-            out[x] = row[columns[static_cast<std::size_t>(x)]];
-        }
-    }
+    cv::Mat image = cv::cvarrToMat(small.get());
+    cv::resize(cv::cvarrToMat(mask), image, image.size(), 0.0, 0.0, cv::INTER_NEAREST);
     return small;
 }
 
