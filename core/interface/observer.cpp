@@ -1,7 +1,7 @@
 #include "interface/observer.h"
 
 #include <algorithm>
-#include <iterator>
+#include <opencv2/core.hpp>
 
 #include "engine/preview.h"
 #include "engine/segmentation_request.h"
@@ -125,14 +125,10 @@ void ObservedRequest::tell(int stage, const IplImage* preview) {
     segcore_progress progress = {};
     progress.stage = stage;
     progress.fraction = m_fraction;
+    cv::Mat hostMask;
     if (preview != nullptr) {
-        m_maskBytes.clear();
-        for (int y = 0; y < preview->height; ++y) {
-            const std::uint8_t* row = rowOf(preview, y);
-            std::transform(row, row + preview->width, std::back_inserter(m_maskBytes),
-                           [](std::uint8_t value) { return static_cast<std::uint8_t>(~value); });
-        }
-        progress.mask = m_maskBytes.data();
+        cv::bitwise_not(cv::cvarrToMat(preview), hostMask);
+        progress.mask = hostMask.data;
         progress.mask_width = preview->width;
         progress.mask_height = preview->height;
         progress.left = VORNSEMarker::m_xMinBBox;

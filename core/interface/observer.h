@@ -1,9 +1,6 @@
 // The host's observer: told the stages of a request as the public header says.
 #pragma once
 
-#include <cstdint>
-#include <vector>
-
 #include "engine/stage_watcher.h"
 
 // Thrown out of a request whose observer wants no more of it.
@@ -26,5 +23,4 @@ class ObservedRequest : public StageWatcher {
     bool m_isSet;
     int m_stageTold = -1;
     double m_fraction = 0.0;
-    std::vector<std::uint8_t> m_maskBytes;
 };
