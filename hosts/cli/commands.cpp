@@ -75,7 +75,7 @@ std::string endingFor(const std::string& path, PictureContent content) {
 }
 
 // The object on transparent black, so that nothing of the rest hides under full transparency.
-cv::Mat cutOut(Photo& photo, const cv::Mat& mask) {
+cv::Mat cutOut(const Photo& photo, const cv::Mat& mask) {
     cv::Mat image = cv::Mat::zeros(photo.size(), CV_8UC4);
     asImage(photo.words, photo.size()).copyTo(image, mask);
     return image;
@@ -114,7 +114,8 @@ void requireObject(const Session& session) {
     }
 }
 
-void addResults(Session& session, Photo& photo, const CutOutputs& outputs, OutputFiles& files) {
+void addResults(Session& session, const Photo& photo, const CutOutputs& outputs,
+                OutputFiles& files) {
     const auto add = [&files](const std::string& path, const cv::Mat& image,
                               PictureContent content) {
         files.add(path, encodePicture(image, endingFor(path, content)));
@@ -190,7 +191,7 @@ void runCut(const CutInput& input, const CutOutputs& outputs) {
     MemoryPeak memory;
     Stats stats(&memory);
     ProgramHost host;
-    Photo photo =
+    const Photo photo =
         stats.measure("read photograph", [&] { return readPhoto(file.photo, input.damaged); });
     requireSamePhoto(file, photo, input.sessionName);
     Session session(photo, host, stats);

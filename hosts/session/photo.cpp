@@ -26,21 +26,19 @@ cv::Mat asImage(std::vector<std::uint32_t>& words, cv::Size size) {
     return {size, CV_8UC4, words.data()};
 }
 
+cv::Mat asImage(const std::vector<std::uint32_t>& words, cv::Size size) {
+    return {size, CV_8UC4, const_cast<std::uint32_t*>(words.data())};
+}
+
 std::string digestOf(const Photo& photo) {
-    constexpr unsigned kByteBits = 8;
     constexpr const char* kHexDigits = "0123456789abcdef";
     XXH3_state_t state;
     XXH3_128bits_reset(&state);
-    const auto width = static_cast<std::size_t>(photo.width);
-    std::vector<std::uint8_t> row(3 * width);  // a photograph is not copied whole
-    for (std::size_t first = 0; first + width <= photo.words.size() && width > 0; first += width) {
-        for (std::size_t x = 0; x < width; ++x) {
-            const std::uint32_t word = photo.words[first + x];
-            row[3 * x] = static_cast<std::uint8_t>(word);
-            row[3 * x + 1] = static_cast<std::uint8_t>(word >> kByteBits);
-            row[3 * x + 2] = static_cast<std::uint8_t>(word >> 2 * kByteBits);
-        }
-        XXH3_128bits_update(&state, row.data(), row.size());
+    const cv::Mat image = asImage(photo.words, photo.size());
+    cv::Mat row;  // a photograph is not copied whole
+    for (int y = 0; y < image.rows; ++y) {
+        cv::cvtColor(image.row(y), row, cv::COLOR_BGRA2BGR);
+        XXH3_128bits_update(&state, row.data, row.total() * row.elemSize());
     }
     XXH128_canonical_t canonical;
     XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(&state));

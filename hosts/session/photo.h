@@ -20,6 +20,8 @@ Photo photoOf(const cv::Mat& image, const std::string& name);
 
 // Pixel words as a four-channel image (blue, green, red, alpha) over the same memory.
 cv::Mat asImage(std::vector<std::uint32_t>& words, cv::Size size);
+// To be read only.
+cv::Mat asImage(const std::vector<std::uint32_t>& words, cv::Size size);
 
 // 32 hexadecimal digits, XXH3 of 128 bits in its canonical order, over the blue, green and red bytes
 // of the pixels row by row, which is what the engine is given.

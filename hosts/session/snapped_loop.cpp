@@ -24,8 +24,7 @@ class EdgeMap {
   public:
     EdgeMap(const Photo& photo, double alpha, SessionHost& host)
         : m_photoSize(photo.size()), m_alpha(alpha), m_host(host) {
-        std::vector<std::uint32_t> words = photo.words;
-        cv::cvtColor(asImage(words, photo.size()), m_image, cv::COLOR_BGRA2BGR);
+        cv::cvtColor(asImage(photo.words, photo.size()), m_image, cv::COLOR_BGRA2BGR);
         const auto pixels = static_cast<double>(m_image.total());
         if (pixels > kSearchPixels) {
             const double shrink = std::sqrt(kSearchPixels / pixels);
