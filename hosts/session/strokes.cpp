@@ -65,16 +65,27 @@ std::vector<cv::Point> pathThereAndBack(const cv::Mat& image, const std::vector<
     return stroke;
 }
 
-// Who gives a box by where it starts and its size names the photograph's size for its far border.
+void requireUpTo(cv::Point last, const std::vector<cv::Point>& points, cv::Size photo) {
+    for (const cv::Point& point : points) {
+        if (point.x < 0 || point.y < 0 || point.x > last.x || point.y > last.y) {
+            throw UserError("point " + std::to_string(point.x) + "," + std::to_string(point.y) +
+                            " lies outside the photograph of " + std::to_string(photo.width) +
+                            " x " + std::to_string(photo.height) + " pixels; x must be 0 to " +
+                            std::to_string(last.x) + " and y 0 to " + std::to_string(last.y));
+        }
+    }
+}
+
 std::vector<cv::Point> pointsOf(const Step& step, cv::Size photo) {
     std::vector<cv::Point> points = step.points;
-    if (step.operation == Operation::kBox) {
-        for (cv::Point& corner : points) {
-            if (corner.x <= photo.width && corner.y <= photo.height) {
-                corner = {std::min(corner.x, photo.width - 1),
-                          std::min(corner.y, photo.height - 1)};
-            }
-        }
+    if (step.operation != Operation::kBox) {
+        requireInside(points, photo);
+        return points;
+    }
+    // Who gives a box by where it starts and its size names the photograph's size for its far border.
+    requireUpTo({photo.width, photo.height}, points, photo);
+    for (cv::Point& corner : points) {
+        corner = {std::min(corner.x, photo.width - 1), std::min(corner.y, photo.height - 1)};
     }
     return points;
 }
@@ -102,21 +113,12 @@ void fillLoop(cv::Mat& markers, const std::vector<cv::Point>& corners, int code)
 }
 
 void requireInside(const std::vector<cv::Point>& points, cv::Size photo) {
-    for (const cv::Point& point : points) {
-        if (!cv::Rect({0, 0}, photo).contains(point)) {
-            throw UserError("point " + std::to_string(point.x) + "," + std::to_string(point.y) +
-                            " lies outside the photograph of " + std::to_string(photo.width) +
-                            " x " + std::to_string(photo.height) + " pixels; x must be 0 to " +
-                            std::to_string(photo.width - 1) + " and y 0 to " +
-                            std::to_string(photo.height - 1));
-        }
-    }
+    requireUpTo({photo.width - 1, photo.height - 1}, points, photo);
 }
 
 Request requestFor(const Step& step, cv::Size photo) {
     requireShape(step);
     const std::vector<cv::Point> points = pointsOf(step, photo);
-    requireInside(points, photo);
     Request request;
     request.strokeType = strokeTypeOf(step.operation);
     request.markers = cv::Mat::zeros(photo, CV_32SC1);

@@ -14,9 +14,10 @@ struct Fault {
 const Fault kFaults[] = {
     {"segcore cut absent.png --box 30,10,130,110 --mask old.png", 1, "read absent.png"},
     {"segcore cut old.png --box 30,10,130,110 --mask m.png", 1, "JPEG"},
-    {"segcut --brush-add 20,20 160,20 --mask old.png", 1, "160,20 lies out"},
+    {"segcut --brush-add 20,20 160,20 --mask old.png", 1,
+     "160,20 lies outside the photograph of 160 x 120 pixels; x must be 0 to 159 and y 0 to 119"},
     {"segcut --box 20,20,161,120 --mask old.png", 1,
-     "161,120 lies outside the photograph of 160 x 120 pixels"},
+     "161,120 lies outside the photograph of 160 x 120 pixels; x must be 0 to 160 and y 0 to 120"},
     {"segcut --box 2,2,2,2 --mask old.png", 1, "the mask is empty"},
     {"boxed --undo --mask old.png", 1, "no result"},
     {"segcut --undo --box 30,10,130,110 --mask old.png", 1, "to undo"},
