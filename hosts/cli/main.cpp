@@ -1,7 +1,9 @@
 // segcore: cuts the object out of a photograph from the command line.
 //
 // Exit codes: 0 done, 1 failed, 2 wrong use, 128 plus the signal's number when interrupted (130 for
-// Ctrl-C). Failures say in one line what is wrong and what to do, and leave no output behind.
+// Ctrl-C). Failures say in one line what is wrong and what to do, and leave no output behind, with one
+// exception: statistics come last, since they time the writing of the outputs. Where only they cannot be
+// printed, the outputs are in place.
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -29,13 +31,6 @@ constexpr int kSignalBase = 128;
 int report(const std::string& what, int code) {
     std::cerr << "segcore: " << what << "\n";
     return code;
-}
-
-std::string oneLine(std::string text) {
-    for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n')) {
-        text.replace(at, 1, " ");
-    }
-    return text;
 }
 
 void parse(CLI::App& app, std::vector<std::string> words) {

@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <vector>
 
+#include "errors.h"
+
 namespace {
 
 using Words = std::vector<std::string>;
@@ -41,13 +43,6 @@ std::string aboutValues(const std::string& text) {
     }
     if (contains(text, " required ") && contains(text, " missing")) {
         return option + " needs a value";
-    }
-    return text;
-}
-
-std::string oneLine(std::string text) {
-    for (char& letter : text) {
-        letter = letter == '\n' ? ' ' : letter;
     }
     return text;
 }
