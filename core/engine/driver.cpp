@@ -79,9 +79,7 @@ bool VORNSEHybrid::cancelSegmentation() {
     stop_cpu_timer(g_cancelTimer);
     const bool cancelled = VORNSEMarker::m_exitApp;
     if (request_limit::isPassed(get_elapsed_time_in_millisec(g_cancelTimer))) {
-        if (!cancelled) {
-            request_limit::noteRanOut();
-        }
+        request_limit::noteRanOut(cancelled);
         return true;
     }
     return cancelled;
@@ -134,5 +132,4 @@ void VORNSEHybrid::clearMemory() {
     m_trimapGraph = nullptr;
     destroy_timer(g_cancelTimer);
     g_cancelTimer = nullptr;
-    request_limit::stop();
 }

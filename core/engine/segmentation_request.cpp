@@ -11,7 +11,6 @@
 #include "history/marker.h"
 #include "history/undo_redo_history.h"
 #include "support/log.h"
-#include "support/request_limit.h"
 #include "support/timers.h"
 
 namespace {
@@ -30,7 +29,6 @@ SegmentationRequest::SegmentationRequest(VORNSEHybrid& engine)
 void SegmentationRequest::begin() {
     g_cancelTimer = create_timer();
     start_cpu_timer(g_cancelTimer);
-    request_limit::start();
     {
         const StageScope stage(Stage::kWorkingRegion);
         m_engine.computeBoundingBox();

@@ -37,8 +37,8 @@ class TimeLimit {
         } else if (m_isRunning || !m_wasRead) {
             read();
         }
-        if (m_passed && !VORNSEMarker::m_exitApp.exchange(true)) {
-            request_limit::noteRanOut();
+        if (m_passed) {
+            request_limit::noteRanOut(VORNSEMarker::m_exitApp.exchange(true));
         }
         return VORNSEMarker::m_exitApp.load(std::memory_order_relaxed);
     }

@@ -103,17 +103,10 @@ void storeMarkers(int width, int height, const int* values, int strokeType) {
 
 namespace {
 
-// A cancel or the limit that ends a request, or comes too late to keep its mask from being delivered.
-int statusOfStopped() {
-    return request_limit::hasRanOut() ? SEGCORE_OUT_OF_TIME : SEGCORE_CANCELLED;
-}
-
-// Runs the engine and delivers its mask; false when there is none.
+// Runs the engine and delivers its mask; false when a cancel or the limit kept it from having one.
 bool deliverRequest(std::uint32_t* blended, std::uint8_t* mask) {
+    const request_limit::Running running;
     RequestTransaction transaction;
-    // segment() starts the limit again. But the observer may end the request before that, and nobody
-    // shall take the limit of an earlier request for this one's then.
-    request_limit::start();
     const ObservedRequest observed;
     {
         const StageScope stage(Stage::kLabelImage);
@@ -122,7 +115,6 @@ bool deliverRequest(std::uint32_t* blended, std::uint8_t* mask) {
     g_resultMask = pHybrid->segment();
     if (g_resultMask == nullptr) {
         transaction.commit();
-        call_status::set(statusOfStopped());
         return false;
     }
     // Everything that can fail comes before the first byte that the host sees.
@@ -155,16 +147,22 @@ void runRequest(std::uint32_t* blended, std::uint8_t* mask) {
         requireHistory();
         requireMarkerSize();
         const bool wasCancelled = VORNSEMarker::m_exitApp;
-        bool isDelivered = false;
+        int status = SEGCORE_DONE;
         try {
-            isDelivered = deliverRequest(blended, mask);
+            if (!deliverRequest(blended, mask)) {
+                status = SEGCORE_CANCELLED;
+            }
         } catch (const EndedByObserver&) {
-            call_status::set(SEGCORE_ENDED_BY_OBSERVER);
+            status = SEGCORE_ENDED_BY_OBSERVER;
         }
-        // Whatever else became of the request: a host has to know of a cancel that stays in force.
+        const bool isDelivered = status == SEGCORE_DONE;
+        // Whatever else became of the request: a host has to know of a cancel that stays in force, also
+        // when it came too late to keep the mask from being delivered.
         if (VORNSEMarker::m_exitApp && !wasCancelled) {
-            call_status::set(statusOfStopped());
+            status = SEGCORE_CANCELLED;
         }
+        const bool wasLimit = status == SEGCORE_CANCELLED && request_limit::hasRanOut();
+        call_status::set(wasLimit ? SEGCORE_OUT_OF_TIME : status);
         if (isDelivered) {
             return;
         }

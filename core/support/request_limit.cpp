@@ -30,7 +30,7 @@ void set(double seconds) {
     limitSeconds = std::min(seconds, kLongestSeconds);
 }
 
-void start() {
+Running::Running() {
     ranOut = false;
     isRunning = true;
     if (kind == Kind::kDeadline) {
@@ -39,7 +39,7 @@ void start() {
     }
 }
 
-void stop() {
+Running::~Running() {
     isRunning = false;
 }
 
@@ -59,8 +59,10 @@ bool needsTimer() {
     return kind == Kind::kTimer;
 }
 
-void noteRanOut() {
-    ranOut = true;
+void noteRanOut(bool wasCancelled) {
+    if (!wasCancelled) {
+        ranOut = true;
+    }
 }
 
 bool hasRanOut() {
