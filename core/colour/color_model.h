@@ -1,8 +1,8 @@
 // VORNSEColorModel: the colour statistic of one region, a mixture of five three-dimensional
 // Gaussians over colour samples.
 //
-// Whoever changes weights or covariances calls setDeterminant and then setInverseCovariance: densities
-// are computed from what these two derive. The builders call setDeterminant themselves.
+// Whoever changes weights or covariances calls setDeterminant and then setInverseCovariance:
+// densities are computed from what these two derive. The builders call setDeterminant themselves.
 //
 // Threads: a model may be read by several threads while none changes it.
 #pragma once
@@ -79,7 +79,7 @@ struct SEGCORE_API ClusterInfo {
 };
 
 // Sets weight, mean and covariance (divided by the count) of every component that has some of the
-// `sampleCount` samples, and calls setDeterminant. The other components keep what they held, so weights
-// need not sum to 1.
+// `sampleCount` samples, and calls setDeterminant. The other components keep what they held, so
+// weights need not sum to 1.
 void estimateComponents(const ClusterInfo& statistics, std::size_t sampleCount,
                         VORNSEColorModel& model);

@@ -1,10 +1,10 @@
 // Expectation-maximisation of the mixture model (A. Dempster, N. Laird and D. Rubin, "Maximum
 // Likelihood from Incomplete Data via the EM Algorithm", J. R. Stat. Soc. B 39, 1977).
 //
-// The first pass weighs the samples by the determinants and inverses that it finds. Every pass ends by
-// computing them anew, so that the next one goes by what this one estimated. That keeps the likelihood
-// of the samples from falling, unless a component has collapsed onto a point, a line or a plane of
-// colours and its diagonal is raised.
+// The first pass weighs the samples by the determinants and inverses that it finds. Every pass ends
+// by computing them anew, so that the next one goes by what this one estimated. That keeps the
+// likelihood of the samples from falling, unless a component has collapsed onto a point, a line or
+// a plane of colours and its diagonal is raised.
 //
 // A sample whose density is 0 under every component belongs to none: it takes no part in means and
 // covariances but counts in the weights, which then sum to less than 1.

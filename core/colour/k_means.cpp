@@ -30,8 +30,8 @@ double squaredDistance(const double* a, const double* b) {
     return sum;
 }
 
-// Converting a total of more than 32 bits directly would be undefined. This keeps its low bits, on every
-// platform.
+// Converting a total of more than 32 bits directly would be undefined. This keeps its low
+// bits, on every platform.
 unsigned int seedFrom(double total) {
     return static_cast<unsigned int>(static_cast<std::uint64_t>(total));
 }

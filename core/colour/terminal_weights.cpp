@@ -1,8 +1,9 @@
-// Terminal weights from two colour models, one thread per block of the parallel solver. Densities are
-// computed in single precision. Absent components need no test: their weight is zero.
+// Terminal weights from two colour models, one thread per block of the parallel solver. Densities
+// are computed in single precision. Absent components need no test: their weight is zero.
 //
-// Every thread fills in a block view of the graph. The views share the nodes. Flow that passes straight
-// from source to sink is counted by each view for itself, so that threads share no variable.
+// Every thread fills in a block view of the graph. The views share the nodes. Flow that
+// passes straight from source to sink is counted by each view for itself, so that
+// threads share no variable.
 #include <opencv2/core/mat.hpp>
 
 #include <cmath>

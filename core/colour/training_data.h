@@ -9,11 +9,11 @@
 #include "colour/color_model.h"
 #include "support/export.h"
 
-// Collects the pixels of `image` (3 channels) in raster order: those with an object code in `labels` (1
-// channel, same size) into `foreground`, those with a background code into `background`. Both vectors
-// are overwritten, and filled up to five samples with (10, 20, 30). A null label image collects nothing.
-// The second and third component of a grey photograph's samples come from the texture images of the
-// marker store, at the place that its bounding box gives.
+// Collects the pixels of `image` (3 channels) in raster order: those with an object code in
+// `labels` (1 channel, same size) into `foreground`, those with a background code into
+// `background`. Both vectors are overwritten, and filled up to five samples with (10, 20, 30). A
+// null label image collects nothing. The second and third component of a grey photograph's samples
+// come from the texture images of the marker store, at the place that its bounding box gives.
 SEGCORE_API void extractTrainingData(const IplImage* image, const IplImage* labels,
                                      std::vector<pixelVal>& foreground,
                                      std::vector<pixelVal>& background);

@@ -20,12 +20,12 @@ namespace {
 constexpr int kTableLine = 1905;
 constexpr int kTableFreeLine = 2011;
 
-// Shorter stretches outside the band are built like the band, because they share its pages of memory:
-// a page holds the records, or the slots, of 128 nodes.
+// Shorter stretches outside the band are built like the band, because they share its pages of
+// memory: a page holds the records, or the slots, of 128 nodes.
 constexpr int kPageOfNodes = 128;
 
-// Large pages halve the page faults, but skipped nodes then cost memory, too. A band that fills a third
-// of its rectangle is worth that: it costs three times the memory at most.
+// Large pages halve the page faults, but skipped nodes then cost memory, too. A band that fills a
+// third of its rectangle is worth that: it costs three times the memory at most.
 constexpr int kDenseDivisor = 3;
 
 // Calls inside(x0, x1) and outside(x0, x1) for the row's alternating stretches, left to right.

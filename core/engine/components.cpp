@@ -1,5 +1,5 @@
-// A run is joined to the runs that it touches in the row above (union-find). The root of a component is
-// its first run, so components come out in the order of their first pixels.
+// A run is joined to the runs that it touches in the row above (union-find). The root of a
+// component is its first run, so components come out in the order of their first pixels.
 #include "engine/components.h"
 
 #include <algorithm>

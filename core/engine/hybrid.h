@@ -63,8 +63,8 @@ class SEGCORE_API VORNSEHybrid {
     // Marks to labels. `markers` is the marker image at photo size (0 none, 1 background, 2 object,
     // 4 candidate object); brush strokes grow a probable band in it.
     void setLabelImage(IplImage* markers);
-    // The same labels without the band in `markers`, which at photo size takes many times longer: for
-    // callers that drop the marks after this.
+    // The same labels without the band in `markers`, which at photo size takes many times longer:
+    // for callers that drop the marks after this.
     void labelMarks(const IplImage* markers);
     // Frees the labels under the stroke's line.
     void addUnknownRegion();

@@ -23,8 +23,8 @@ constexpr double kBandFraction = 0.05;  // width of a brush's band, of the photo
 constexpr int kStrokeThickness = 3;
 constexpr int kEightConnected = 8;
 
-// The marker image at evenly spread positions. Labels depend on those that the working image samples,
-// and on no others.
+// The marker image at evenly spread positions. Labels depend on those that the working image
+// samples, and on no others.
 class SampledMarkers {
   public:
     SampledMarkers(const IplImage* markers, int width, int height)
@@ -51,8 +51,8 @@ class SampledMarkers {
 
     // What `radius` dilations by the 3 x 3 square leave there: the maximum of the square window.
     cv::Mat dilated(int radius) const {
-        // The maximum of 2 rows from each row on, then of 4, 8 and so on, as long as that fits into the
-        // window. Two of the last ones, overlapping, cover it.
+        // The maximum of 2 rows from each row on, then of 4, 8 and so on, as long as that fits into
+        // the window. Two of the last ones, overlapping, cover it.
         cv::Mat maxima = rowMaxima(radius);
         const int window = 2 * radius + 1;
         int covered = 1;
@@ -72,8 +72,8 @@ class SampledMarkers {
     }
 
   private:
-    // For every row of the photograph: the maxima around the sampled columns. `radius` rows of zeros
-    // come before the first row and after the last.
+    // For every row of the photograph: the maxima around the sampled columns. `radius` rows of
+    // zeros come before the first row and after the last.
     cv::Mat rowMaxima(int radius) const {
         cv::Mat maxima = cv::Mat::zeros(m_markers.rows + 2 * radius,
                                         static_cast<int>(m_columns.size()), CV_8UC1);

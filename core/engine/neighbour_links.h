@@ -1,5 +1,5 @@
-// Contrast weights of neighbouring pixels: exp(-beta |Ip - Iq|^2). That is the product of one factor a
-// channel, and a channel's difference is a byte, so an image needs only 256 exponentials.
+// Contrast weights of neighbouring pixels: exp(-beta |Ip - Iq|^2). That is the product of one
+// factor a channel, and a channel's difference is a byte, so an image needs only 256 exponentials.
 #pragma once
 
 #include <cmath>

@@ -1,7 +1,7 @@
-// What the user sees of a new mask. Loops lose small islands and holes. Strokes keep only those changed
-// regions that they touch. Then the mask is merged with the shown one: a mark that adds removes nothing,
-// one that removes adds nothing, and neither changes anything outside the working region. All masks are
-// of photo size with bytes 0 and 255.
+// What the user sees of a new mask. Loops lose small islands and holes. Strokes keep only those
+// changed regions that they touch. Then the mask is merged with the shown one: a mark that adds
+// removes nothing, one that removes adds nothing, and neither changes anything outside the working
+// region. All masks are of photo size with bytes 0 and 255.
 #include <algorithm>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
@@ -21,9 +21,9 @@ constexpr int kHolePixels = 5;        // holes below this size are filled
 constexpr std::uint8_t kObjectByte = 255;
 constexpr std::uint8_t kChanged = 255;
 
-// Components are numbered from 2 on, in bytes; later ones than fit are not looked at. The last number,
-// 255, is also the byte of the object. So its component counts all pixels of that byte that lie in its
-// bounding rectangle.
+// Components are numbered from 2 on, in bytes; later ones than fit are not looked at. The last
+// number, 255, is also the byte of the object. So its component counts all pixels of that byte that
+// lie in its bounding rectangle.
 constexpr int kLastComponent = 253;  // index of the component numbered 255
 
 std::uint8_t* pixelsOf(cv::Mat& mask, const PixelRun& run) {
@@ -116,8 +116,8 @@ struct Changes {
 Components changedRegions(const IplImage* mask, const IplImage* previous, int strokeType) {
     const std::uint8_t target = targetValue(strokeType);
     const std::uint8_t changedFrom = strokeType == stroke::kBrushRemove ? 255 : 0;
-    // A copy of the width, so that the compiler can vectorise the loop: for all that it knows, a store
-    // to a byte might change the image's header.
+    // A copy of the width, so that the compiler can vectorise the loop: for all that it knows, a
+    // store to a byte might change the image's header.
     const int width = mask->width;
     std::vector<std::uint8_t> changed(static_cast<std::size_t>(width));
     ComponentSearch search(kChanged);

@@ -1,6 +1,6 @@
 // Narrows the working region before the graph is built: black borders and flat margins become fixed
-// background and are cut off. Invariant: the region only shrinks. What is cut off is labelled 1, and so,
-// deliberately, is the outermost line of what stays.
+// background and are cut off. Invariant: the region only shrinks. What is cut off is labelled 1,
+// and so, deliberately, is the outermost line of what stays.
 #include <algorithm>
 
 #include "engine/gradient.h"

@@ -17,8 +17,8 @@ ImagePtr reducedTo(const IplImage* mask, int width, int height) {
     return small;
 }
 
-// To the pixels that stand for its points in the mask. Dividing by the resize factor would put points at
-// the right and the lower border outside of it, because the working size is rounded down.
+// To the pixels that stand for its points in the mask. Dividing by the resize factor would put
+// points at the right and the lower border outside of it, because the working size is rounded down.
 strokeInfo reducedStroke(const strokeInfo& stroke, const IplImage* mask) {
     const auto reduced = [](int coordinate, int small, int large) {
         return static_cast<int>(static_cast<std::int64_t>(coordinate) * small / large);

@@ -1,6 +1,6 @@
-// What a request is going to show, long before it does where the photograph is large (at 12 megapixels
-// after about an eighth of the request's time): the working mask with the stroke's rules and the mask on
-// display already applied, all at working size.
+// What a request is going to show, long before it does where the photograph is large (at 12
+// megapixels after about an eighth of the request's time): the working mask with the stroke's rules
+// and the mask on display already applied, all at working size.
 #pragma once
 
 #include <opencv2/core/core_c.h>

@@ -1,6 +1,7 @@
 // One request as its named steps: begin, then for each pass the models, the graph and the cut, then
-// choose, upscale and finish. VORNSEHybrid::segment makes them all; benchmarks and pictures make them
-// one by one and look at the engine in between. Every step tells the stage watcher what it does.
+// choose, upscale and finish. VORNSEHybrid::segment makes them all; benchmarks and pictures
+// make them one by one and look at the engine in between. Every step tells the stage
+// watcher what it does.
 //
 // What the steps leave in the engine (crops, trial labels, graph, timer) is released by
 // VORNSEHybrid::clearMemory, also after an exception.
@@ -34,10 +35,11 @@ class SEGCORE_API SegmentationRequest {
     // The labels of the first pass or the last, on flat backgrounds. Releases the graph.
     void choose();
 
-    // The labels as a mask of working size: 0 and 1 when it is going to be enlarged, else 0 and 255.
+    // The labels as a mask of working size: 0 and 1 when it is going to be enlarged,
+    // else 0 and 255.
     ImagePtr workingMask();
-    // The mask at photo size, 0 and 255, by a second cut along its outline; a mask that has this size
-    // already comes back as it is.
+    // The mask at photo size, 0 and 255, by a second cut along its outline; a mask that has this
+    // size already comes back as it is.
     ImagePtr upscale(ImagePtr workingMask);
     // Cleans the mask by the kind of the marks, merges it with the one on display and records it.
     void finish(IplImage* mask);

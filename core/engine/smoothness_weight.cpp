@@ -1,6 +1,7 @@
-// The smoothness weight is found by trial: three cuts are made with falling weights, and judged by the
-// shape of their objects and by the contrast along their outlines. The best weight is kept. Notation: a
-// trial's "kept" pixels are those of its large components, above 70 percent of the largest one's size.
+// The smoothness weight is found by trial: three cuts are made with falling weights, and judged
+// by the shape of their objects and by the contrast along their outlines. The best weight is
+// kept. Notation: a trial's "kept" pixels are those of its large components, above 70 percent of
+// the largest one's size.
 #include <algorithm>
 #include <climits>
 #include <cmath>

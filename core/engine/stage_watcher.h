@@ -1,5 +1,5 @@
-// The stages of a request, told one by one to whoever watches: benchmarks time them, the pictures of
-// the documentation stop between them, and hosts show progress.
+// The stages of a request, told one by one to whoever watches: benchmarks time them, the pictures
+// of the documentation stop between them, and hosts show progress.
 //
 // Threads: the watcher is set and told on the thread that makes the request.
 #pragma once
@@ -48,7 +48,8 @@ class SEGCORE_API StageWatcher {
     virtual void seesWorkingMask(const IplImage* mask, int object);
 };
 
-// From here on `watcher` is told; null for nobody. The one before it is handed back, to be set again.
+// From here on `watcher` is told; null for nobody. The one before it is handed back,
+// to be set again.
 SEGCORE_API StageWatcher* watchStages(StageWatcher* watcher);
 // Null when nobody watches.
 StageWatcher* stageWatcher();

@@ -30,8 +30,8 @@ struct TerminalCapacities {
     float sink;
 };
 
-// Remembers the capacities of samples for as long as the models stay the same: a photograph repeats its
-// colours.
+// Remembers the capacities of samples for as long as the models stay the same: a
+// photograph repeats its colours.
 class TerminalWeightCache {
   public:
     using Rule = TerminalWeights (*)(const VORNSEColorModel& foreground,

@@ -27,8 +27,8 @@ constexpr int kWide = 3;  // dilations and erosions that bound the band
 constexpr int kNarrow = 1;
 
 constexpr int kSizeLine = 1460;
-// The enlarged band, the enlarged labels and the result: the size check logs a line for each, though the
-// first two are never made in full.
+// The enlarged band, the enlarged labels and the result: the size check logs a line for each,
+// though the first two are never made in full.
 constexpr int kPhotoSizedImages = 3;
 constexpr int kCropSizeLine = 1820;
 
@@ -37,8 +37,8 @@ ImagePtr createChecked(int width, int height) {
     return createImage(width, height, 1);
 }
 
-// The code of a pixel of the band depends on how many of four images it is set in: the mask dilated and
-// eroded by the wide and by the narrow step.
+// The code of a pixel of the band depends on how many of four images it is set in: the mask dilated
+// and eroded by the wide and by the narrow step.
 void codeTrimap(const IplImage* mask, IplImage* trimap) {
     const ImagePtr owner = createChecked(mask->width, mask->height);
     IplImage* const scratch = owner.get();

@@ -1,6 +1,7 @@
-// The graph of the working region for one cut. Fixed pixels are tied to their terminal with a large but
-// finite weight; the others carry minus the log-likelihood under the opposite model. Links between
-// neighbours have their contrast weight times the smoothness weight. The source is the object.
+// The graph of the working region for one cut. Fixed pixels are tied to their terminal with a
+// large but finite weight; the others carry minus the log-likelihood under the opposite
+// model. Links between neighbours have their contrast weight times the smoothness weight. The
+// source is the object.
 #include <cmath>
 
 #include "engine/hybrid.h"

@@ -12,10 +12,11 @@
 // The sister of slot s, which leads back, is s XOR 1. Heads and sisters are computed, so an edge
 // costs only the four bytes of its capacity. A slot that holds -2.0 has no edge.
 //
-// Building: addNode(width * height) once, then addEdge exactly four times for each node in node order,
-// for its left, up-left, up and up-right neighbours, and addtWeights for each node. Then maxFlow, and
-// getTreeofNode for each node. No argument is checked: node numbers beyond the grid and negative
-// capacities are the caller's fault. Only addEdge's `absent` makes a slot without an edge.
+// Building: addNode(width * height) once, then addEdge exactly four times for each node in
+// node order, for its left, up-left, up and up-right neighbours, and addtWeights for each
+// node. Then maxFlow, and getTreeofNode for each node. No argument is checked: node numbers
+// beyond the grid and negative capacities are the caller's fault. Only addEdge's `absent`
+// makes a slot without an edge.
 //
 // Threads: one graph is built and solved by one thread; VORNSEMarker::m_exitApp may stop a running
 // maxFlow from another.
@@ -132,9 +133,9 @@ class SEGCORE_API VORNSEGraph {
     // maxflowInit for the nodes of this block view.
     void InitBlock();
 
-    // First-in-first-out queues through the node records. Taking a node from the active queue leaves
-    // its link as it was, for the caller to clear; taking an orphan clears it. A node that is added
-    // to the orphans loses its parent.
+    // First-in-first-out queues through the node records. Taking a node from the active queue
+    // leaves its link as it was, for the caller to clear; taking an orphan clears it. A node that
+    // is added to the orphans loses its parent.
     void AddToActiveQueue(nodes* node);
     nodes* GetTopActiveQueueNode();
     void AddToOrphanQueue(nodes* node);

@@ -1,9 +1,10 @@
-// The serial maximum flow. Two search trees, one from the source and one from the sink, grow through
-// edges that can carry flow. Where they touch, flow is pushed along the path from root to root. Nodes
-// whose parent edge is full afterwards are orphans; a neighbour of their tree adopts them, or they are
-// set free (Y. Boykov and V. Kolmogorov, "An Experimental Comparison of Min-Cut/Max-Flow Algorithms
-// for Energy Minimization in Vision", IEEE PAMI 26(9), 2004). This variant keeps no distance marks: an
-// orphan walks from each candidate parent to the root, and takes the nearest.
+// The serial maximum flow. Two search trees, one from the source and one from the sink, grow
+// through edges that can carry flow. Where they touch, flow is pushed along the path from root
+// to root. Nodes whose parent edge is full afterwards are orphans; a neighbour of their tree
+// adopts them, or they are set free (Y. Boykov and V. Kolmogorov, "An Experimental Comparison
+// of Min-Cut/Max-Flow Algorithms for Energy Minimization in Vision", IEEE PAMI 26(9), 2004).
+// This variant keeps no distance marks: an orphan walks from each candidate parent to the root,
+// and takes the nearest.
 //
 // This file is the plain form, on the graph's own records. Whole graphs are searched in the same
 // order by dense/, which is faster; block views are searched here.
@@ -12,12 +13,13 @@
 // runs from parent to child, along the sister of the child's parent edge. In the sink tree it runs
 // from child to parent, along the parent edge itself.
 //
-// The tree labels at the end are a minimum cut, or very nearly. The exception: a node that is set free
-// wakes its neighbours, but not those that are orphans themselves. If such an orphan then finds
-// another parent, its edge to the free node stays open. That takes paths on which several edges fill
-// at once. Grids of a few small whole capacities end up to a thousandth above the minimum,
-// photographs hardly ever. The order of the queues and of every scan decides which cut is found and
-// how capacities are rounded. So that order is part of the result, and so is this exception.
+// The tree labels at the end are a minimum cut, or very nearly. The exception: a node that is
+// set free wakes its neighbours, but not those that are orphans themselves. If such an orphan
+// then finds another parent, its edge to the free node stays open. That takes paths on which
+// several edges fill at once. Grids of a few small whole capacities end up to a thousandth
+// above the minimum, photographs hardly ever. The order of the queues and of every scan decides
+// which cut is found and how capacities are rounded. So that order is part of the result, and
+// so is this exception.
 #include <cassert>
 #include <limits>
 

@@ -7,8 +7,8 @@
 //
 // From the partition to the last merge, unless a step is called by itself:
 //
-//  1. An edge between two unmerged blocks is out of the graph and in exactly one listed record. So a
-//     search never leaves its block, and threads never meet.
+//  1. An edge between two unmerged blocks is out of the graph and in exactly one listed record. So
+//     a search never leaves its block, and threads never meet.
 //  2. A listed record has at least one edge, until its blocks are merged.
 //  3. After a block's search no active node is left, unless it was cancelled. So the edges that a
 //     merge puts back disturb the trees at their own ends only.
@@ -137,8 +137,8 @@ ParallelGC::~ParallelGC() {
     }
 }
 
-// The number of columns is a divisor of the count near its root. So the grid is about square and not
-// taller than wide, except that a prime above three makes one column.
+// The number of columns is a divisor of the count near its root. So the grid is about square and
+// not taller than wide, except that a prime above three makes one column.
 void ParallelGC::chooseBlockGrid() {
     int columns = static_cast<int>(std::ceil(std::sqrt(static_cast<float>(m_numBlocks)))) + 1;
     while (columns < m_numBlocks && m_numBlocks % columns == 0) {
@@ -242,9 +242,9 @@ bool ParallelGC::blocksAreApart() const {
     return true;
 }
 
-// The search may leave an edge into the sink tree open (see max_flow.cpp), more often so when it goes
-// on from merged trees. It is continued from the sink ends of such edges until there are none; then
-// the cut is a minimum one.
+// The search may leave an edge into the sink tree open (see max_flow.cpp), more often so when it
+// goes on from merged trees. It is continued from the sink ends of such edges until there are none;
+// then the cut is a minimum one.
 void ParallelGC::closeSinkTree() {
     VORNSEGraph& view = *m_blockGraphs.front();
     while (!VORNSEMarker::m_exitApp) {

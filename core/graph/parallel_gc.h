@@ -1,8 +1,8 @@
 // ParallelGC: the maximum flow of one VORNSEGraph on several threads. The grid is cut into one
-// block for each thread, and the edges between blocks are taken out. Every block is solved by itself.
-// Then blocks are merged in pairs, by putting their edges back and going on with the search, until
-// one remains. All trees live in the graph's own node array, so the cut is read from the graph.
-// ComputeGMMProbsParallely sets terminal weights over the same blocks.
+// block for each thread, and the edges between blocks are taken out. Every block is solved by
+// itself. Then blocks are merged in pairs, by putting their edges back and going on with the
+// search, until one remains. All trees live in the graph's own node array, so the cut is read from
+// the graph. ComputeGMMProbsParallely sets terminal weights over the same blocks.
 //
 // Conventions: blocks are numbered row by row, block = row * m_blocksX + column. Blocks at the
 // right and at the bottom may reach over the edge of the grid or lie outside it altogether.

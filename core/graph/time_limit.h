@@ -7,9 +7,9 @@
 #include "support/request_limit.h"
 #include "support/timers.h"
 
-// Compares the request's timer with its limit. Reading a timer also writes its fields, and the searches
-// of blocks share the timer between threads. So each search reads a copy and puts the copy's fields
-// back when it ends.
+// Compares the request's timer with its limit. Reading a timer also writes its fields, and the
+// searches of blocks share the timer between threads. So each search reads a copy and puts the
+// copy's fields back when it ends.
 class TimeLimit {
   public:
     TimeLimit() : m_shared(g_cancelTimer) {
@@ -29,8 +29,8 @@ class TimeLimit {
     TimeLimit(const TimeLimit&) = delete;
     TimeLimit& operator=(const TimeLimit&) = delete;
 
-    // True when the search has to stop. A passed limit becomes a cancel, so that the engine ends its
-    // iterations too.
+    // True when the search has to stop. A passed limit becomes a cancel, so that the engine
+    // ends its iterations too.
     bool mustStop() {
         if (!request_limit::needsTimer()) {
             m_passed = request_limit::isPassed(0.0);

@@ -1,5 +1,5 @@
-// All columns of planes that are made here lie in one block. It comes zeroed, and the system hands out
-// its pages only when a mask is written.
+// All columns of planes that are made here lie in one block. It comes zeroed, and the system hands
+// out its pages only when a mask is written.
 #include "history/bit_planes.h"
 
 #include <algorithm>
@@ -22,8 +22,8 @@ struct MadePlanes {
     MadePlanes* next;
 };
 
-// A list, because a call that may fail keeps the old planes beside the new ones. A plain pointer leads
-// to it, so that hosts may still release planes while the program's objects are destroyed.
+// A list, because a call that may fail keeps the old planes beside the new ones. A plain pointer
+// leads to it, so that hosts may still release planes while the program's objects are destroyed.
 MadePlanes* newest = nullptr;
 
 // The link that leads to the planes, or the null one at the end of the list.

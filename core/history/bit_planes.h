@@ -1,8 +1,9 @@
-// The memory of the history's bit planes: the words, and what is known of them without reading them.
+// The memory of the history's bit planes: the words, and what is known of them without
+// reading them.
 //
 // Most tiles of a mask are all object or all background. Which they are is remembered, so that only
-// tiles on an outline are read and written word by word. That is right as long as nobody else writes
-// words, and the planes are public: see BitPlanes.
+// tiles on an outline are read and written word by word. That is right as long as nobody else
+// writes words, and the planes are public: see BitPlanes.
 //
 // Threads: one.
 #pragma once
@@ -14,10 +15,11 @@
 
 constexpr int kTile = 32;  // pixels along a side
 
-// The pointer to the planes, as callers of the history see it: planes[x][y] is the word of pixel (x, y).
+// The pointer to the planes, as callers of the history see it: planes[x][y] is the word
+// of pixel (x, y).
 //
-// Whoever holds the plain pointer may write words at any time, so giving it out is remembered. From then
-// on words count, and nothing that is remembered of them.
+// Whoever holds the plain pointer may write words at any time, so giving it out is remembered. From
+// then on words count, and nothing that is remembered of them.
 class BitPlanes {
   public:
     // Planes of somebody else, or none.
@@ -82,6 +84,6 @@ class TileMap {
 BitPlanes makePlanes(int columns, int rows);
 // What is remembered of planes that makePlanes made; null for planes of somebody else.
 TileMap* rememberedTiles(const BitPlanes& planes);
-// Releases planes, if any: those of makePlanes, or an array of `columns` pointers to arrays, each made
-// with new. Nulls the pointer.
+// Releases planes, if any: those of makePlanes, or an array of `columns` pointers to arrays, each
+// made with new. Nulls the pointer.
 void releasePlanes(BitPlanes& planes, int columns);

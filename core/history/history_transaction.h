@@ -5,8 +5,8 @@
 
 #include "history/slot_store.h"
 
-// Remembers the ring's position and, if a redo could still reach it, the mask that a recorded one will
-// overwrite. Unless committed, the destructor puts both back.
+// Remembers the ring's position and, if a redo could still reach it, the mask that a recorded one
+// will overwrite. Unless committed, the destructor puts both back.
 class HistoryTransaction {
   public:
     enum class Step { kMove, kRecord };

@@ -1,5 +1,5 @@
-// A tile's words lie in columns, as the planes do; its bytes lie in rows, as images do. Tiles at the
-// right and the lower border may be smaller than the others.
+// A tile's words lie in columns, as the planes do; its bytes lie in rows, as images do. Tiles at
+// the right and the lower border may be smaller than the others.
 //
 // Invariant: a tile that is not marked mixed for a slot has the slot's bit alike in all its words.
 #include "history/slot_store.h"
@@ -80,8 +80,8 @@ void writeWords(const SlotView& view, const Tile& tile, const TileBytes& bytes) 
     }
 }
 
-// Notes what all of a tile's words have of the bit, and what any has. A tile that is only seen in part
-// counts as mixed.
+// Notes what all of a tile's words have of the bit, and what any has. A tile that is only seen in
+// part counts as mixed.
 void setContents(SlotView& view, const Tile& tile, TileContents& contents, std::uint32_t all,
                  std::uint32_t any) {
     const bool alike = all == any && isWhole(tile, view.tiles());
@@ -133,8 +133,8 @@ void examine(SlotView& view) {
 
 enum class Content { kEmpty, kFull, kMixed };
 
-// What the tiles of an image hold, asked for in the order of forEachTile. Neighbouring tiles are looked
-// at together, row after row: memory is read fastest in its own order.
+// What the tiles of an image hold, asked for in the order of forEachTile. Neighbouring tiles are
+// looked at together, row after row: memory is read fastest in its own order.
 class ImageTiles {
   public:
     explicit ImageTiles(const IplImage* image) : m_image(image) {}
@@ -157,8 +157,8 @@ class ImageTiles {
   private:
     static constexpr int kStretch = 64 * kTile;
 
-    // For every column of the stretch that begins with `tile`: the bits that all of its rows have, and
-    // those that any row has.
+    // For every column of the stretch that begins with `tile`: the bits that all of its rows have,
+    // and those that any row has.
     void look(const Tile& tile) {
         const auto columns =
             static_cast<std::size_t>(std::min(kStretch, VORNSEMarker::m_originalWidth - tile.x0));
@@ -254,8 +254,8 @@ SavedSlot::SavedSlot(int slot) : m_view(slot, Source::kRemembered) {
     });
 }
 
-// Every tile is written: what the view holds of planes of somebody else was found before the slot was
-// overwritten.
+// Every tile is written: what the view holds of planes of somebody else was found before
+// the slot was overwritten.
 void SavedSlot::putBack() {
     auto before = m_contents.begin();
     auto mixedTile = m_mixedTiles.begin();

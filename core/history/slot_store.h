@@ -1,5 +1,5 @@
-// One slot of the history's bit planes, to and from masks. A mask has the size of the photograph in the
-// marker store. The planes may have been made for a larger one.
+// One slot of the history's bit planes, to and from masks. A mask has the size of the photograph in
+// the marker store. The planes may have been made for a larger one.
 #pragma once
 
 #include <opencv2/core/core_c.h>
@@ -13,8 +13,8 @@
 
 namespace slot_store {
 
-// How a call finds out which tiles are all alike. kRemembered: from what is remembered of them, or from
-// the words if others may have written to the planes. kWords: from the words in any case.
+// How a call finds out which tiles are all alike. kRemembered: from what is remembered of them, or
+// from the words if others may have written to the planes. kWords: from the words in any case.
 enum class Source { kRemembered, kWords };
 
 // The planes and what their tiles hold of one slot.

@@ -13,8 +13,8 @@
 
 class SEGCORE_DATA_API VORNSEManageUndoRedo {
   public:
-    // An array of columns: word [x][y] holds pixel (x, y) of every mask, bit k that of slot k. A host
-    // may put planes of its own here, the array and each column made with new.
+    // An array of columns: word [x][y] holds pixel (x, y) of every mask, bit k that of slot k. A
+    // host may put planes of its own here, the array and each column made with new.
     static BitPlanes m_bitPlane;
     static int m_maxSize;  // slots of the ring
     static int m_bottom;   // oldest boundary; nothing to show when m_current equals it
@@ -46,9 +46,9 @@ class SEGCORE_DATA_API VORNSEManageUndoRedo {
     static bool canUndo();
     static bool canRedo();
 
-    // updateBitPlane, prevMask, undo and redo as host calls make them. Unless m_bitPlane was read or
-    // replaced from outside, they skip the words of tiles that are known to be all alike, and take a
-    // fraction of the time. Otherwise the words are read here, too, until the next allocate.
+    // updateBitPlane, prevMask, undo and redo as host calls make them. Unless m_bitPlane was read
+    // or replaced from outside, they skip the words of tiles that are known to be all alike, and
+    // take a fraction of the time. Otherwise the words are read here, too, until the next allocate.
     static void record(const IplImage* image);
     static IplImage* shown();
     static IplImage* stepBack();

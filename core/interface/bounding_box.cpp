@@ -23,8 +23,8 @@ Box clampToPhoto(const Box& box, int width, int height) {
 }
 
 // The rectangle's outline, clockwise from the upper left corner, each side without its last corner.
-// An inverted rectangle has the sides of its upright direction only, and of them as many points as both
-// its extents add up to, the negative one included.
+// An inverted rectangle has the sides of its upright direction only, and of them as many points as
+// both its extents add up to, the negative one included.
 std::vector<int> outlineOf(const Box& box) {
     std::vector<int> points;
     const auto add = [&points](int x, int y) {

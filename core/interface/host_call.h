@@ -1,5 +1,5 @@
-// The guard that every exported call runs in: no exception leaves, a call that cannot be carried out
-// logs one line, and what became of it is kept for segcore_last_status.
+// The guard that every exported call runs in: no exception leaves, a call that cannot be carried
+// out logs one line, and what became of it is kept for segcore_last_status.
 #pragma once
 
 #include <cstdio>
@@ -40,8 +40,8 @@ inline void reportFailure(const char* name, int status, const char* reason) noex
     call_status::set(status, reason);
 }
 
-// Runs `body` and reports what it throws; then `after`, whatever became of it. Nothing of a call that
-// is not admitted.
+// Runs `body` and reports what it throws; then `after`, whatever became of it. Nothing of a call
+// that is not admitted.
 template <typename Body, typename After>
 void guardedCall(const char* name, Body&& body, After&& after) noexcept {
     if (!admitsCall(name)) {

@@ -21,8 +21,8 @@ struct Inside {
     ~Inside() { isInside = false; }
 };
 
-// Shares of a request's time, measured at 0.2 to 12 megapixels. The cut at photo size takes more of a
-// larger photograph; a bar that is in doubt should rather hurry at its end.
+// Shares of a request's time, measured at 0.2 to 12 megapixels. The cut at photo size takes more of
+// a larger photograph; a bar that is in doubt should rather hurry at its end.
 constexpr double kBeforePasses = 0.05;
 constexpr double kPassesWithoutEnlargement = 0.85;
 constexpr double kPassesWithEnlargement = 0.35;
@@ -36,8 +36,8 @@ double inPass(int pass, double share) {
     return kBeforePasses + passesShare() * (pass + share) / SegmentationRequest::kPasses;
 }
 
-// A stage as hosts know it, with the share of the request that lies before it. Several of the engine's
-// stages are one to a host.
+// A stage as hosts know it, with the share of the request that lies before it. Several of the
+// engine's stages are one to a host.
 struct Progress {
     int stage;
     double fraction;

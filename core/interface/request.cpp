@@ -156,8 +156,8 @@ void runRequest(std::uint32_t* blended, std::uint8_t* mask) {
             status = SEGCORE_ENDED_BY_OBSERVER;
         }
         const bool isDelivered = status == SEGCORE_DONE;
-        // Whatever else became of the request: a host has to know of a cancel that stays in force, also
-        // when it came too late to keep the mask from being delivered.
+        // Whatever else became of the request: a host has to know of a cancel that stays in force,
+        // also when it came too late to keep the mask from being delivered.
         if (VORNSEMarker::m_exitApp && !wasCancelled) {
             status = SEGCORE_CANCELLED;
         }

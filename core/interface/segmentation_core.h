@@ -273,8 +273,8 @@ SEGCORE_API int doSegmentationBB(int width, int height, const uint32_t* pixels, 
  *   from_x, from_y the pixel to start at
  *   to_x, to_y     the pixel to end at
  *   alpha          0 (colours alone lead the path) to 1 (the shortest path)
- *   array          receives the address of the path's ints: x, y, x, y, ..., both ends included. They
- *                  are the host's until it gives them to release_path_array. Null when refused
+ *   array          receives the address of the path's ints: x, y, x, y, ..., both ends included.
+ *                  They are the host's until it gives them to release_path_array. Null when refused
  *   count          receives the number of ints, two a pixel of the path; 0 when refused
  * Refused: a bad size, null, a pixel outside the image, an alpha outside 0 to 1, no memory.
  */

@@ -1,9 +1,9 @@
 // Live-wire search: Dijkstra's algorithm over the pixel grid (E. Mortensen and W. Barrett,
 // "Intelligent Scissors for Image Composition", SIGGRAPH 1995).
 //
-// A pixel's record is filled when the search reaches the pixel, and forgotten right after. While a pixel
-// waits, its cost is that of its queue entry. Records of the whole grid would take some 150 bytes a
-// pixel, more than a phone has for a photograph.
+// A pixel's record is filled when the search reaches the pixel, and forgotten right after. While a
+// pixel waits, its cost is that of its queue entry. Records of the whole grid would take some 150
+// bytes a pixel, more than a phone has for a photograph.
 //
 // Invariant: a pixel that has left the queue has its final cost and parent.
 #include "path/edge_path.h"

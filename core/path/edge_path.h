@@ -2,9 +2,9 @@
 // 8-connected grid, where a step between like colours is cheap and one across a colour edge dear.
 //
 // Conventions: images are 8-bit, `image` with 3 channels, `labels` with 1 channel of label codes
-// and the same size, or null where no label forbids a step. A pixel is given as row y, column x; its node
-// number is y * width + x. `alpha`, 0 to 1, is the share of the step's length in its weight; the rest is
-// the share of the colour difference.
+// and the same size, or null where no label forbids a step. A pixel is given as row y, column x;
+// its node number is y * width + x. `alpha`, 0 to 1, is the share of the step's length in its
+// weight; the rest is the share of the colour difference.
 //
 // Threads: calls that share no image may run at the same time; images are only read, except the
 // cost map.
@@ -54,12 +54,12 @@ SEGCORE_API void assign_weight(IplImage* image, IplImage* labels, Node_& node, i
 // permitted step reaches has parent -1. Of several parents that offer the same cost the first
 // offer stands. The whole grid is searched on each call.
 //
-// A null image, images that do not fit together and a start outside give an empty vector and one error
-// line, as does a lack of memory.
+// A null image, images that do not fit together and a start outside give an empty vector and one
+// error line, as does a lack of memory.
 SEGCORE_API std::vector<int> find_parent_info(IplImage* image, IplImage* labels, int y, int x,
                                               double alpha);
 // The same, and writes the cost of every pixel (kPathUnreached for those with parent -1) into
-// `costMap` once all are known. The map is at least as large as the image; any depth, values saturate
-// as the imaging library does, so 64-bit floats hold them exactly.
+// `costMap` once all are known. The map is at least as large as the image; any depth, values
+// saturate as the imaging library does, so 64-bit floats hold them exactly.
 SEGCORE_API std::vector<int> find_parent_info(IplImage* image, IplImage* labels, int y, int x,
                                               double alpha, IplImage* costMap);

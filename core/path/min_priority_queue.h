@@ -1,9 +1,9 @@
 // MinPriorityQueue: a binary min-heap that knows the place of every entry, so that the cost of one
 // that is still queued can be lowered in place.
 //
-// The k-th entry ever pushed must carry the index k, because positions are kept in the order of pushes
-// and looked up by index. Other indices raise std::out_of_range. To lower a cost, write it into
-// m_heap[m_position[index]] and call prelocate_up on that slot.
+// The k-th entry ever pushed must carry the index k, because positions are kept in the order of
+// pushes and looked up by index. Other indices raise std::out_of_range. To lower a cost, write it
+// into m_heap[m_position[index]] and call prelocate_up on that slot.
 //
 // Threads: a queue belongs to one thread.
 #pragma once

@@ -1,5 +1,5 @@
-// The codes that images and strokes are made of. The public header has the marks and the stroke types a
-// second time for hosts in C; interface/request.cpp checks that they agree.
+// The codes that images and strokes are made of. The public header has the marks and the stroke
+// types a second time for hosts in C; interface/request.cpp checks that they agree.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Large pages for large blocks. A photograph's images are written whole right after they are made, and
-// most of that time is spent by the system on handing out small pages one by one.
+// Large pages for large blocks. A photograph's images are written whole right after they are made,
+// and most of that time is spent by the system on handing out small pages one by one.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,6 @@
-// Nearest-neighbour resizing as the imaging library does it, without an image: the row or column of the
-// source that each row or column of the target takes its values from. Rows do not depend on columns.
+// Nearest-neighbour resizing as the imaging library does it, without an image: the row or
+// column of the source that each row or column of the target takes its values from. Rows do
+// not depend on columns.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,5 @@
-// Augmentation: the walks from the edge where the trees meet to both roots, and the push along them.
+// Augmentation: the walks from the edge where the trees meet to both roots, and the
+// push along them.
 #include "graph/dense/dense_solver.h"
 
 using namespace node_state;

@@ -1,7 +1,7 @@
 // The search of max_flow.cpp on a denser store, for graphs that are searched whole. It owns seven
-// bytes for each node, in tiles, where the plain search reads the records and capacities of the graph;
-// four more are touched where paths lie. Queues, scans and roundings come in the same order as in
-// the plain search, so the result is the same bit for bit.
+// bytes for each node, in tiles, where the plain search reads the records and capacities of the
+// graph; four more are touched where paths lie. Queues, scans and roundings come in the same order
+// as in the plain search, so the result is the same bit for bit.
 //
 // `node` is a number in the graph, which its records and capacities go by; `tiled` is a number in
 // tiles (tiled_grid.h), which everything here goes by.
@@ -10,13 +10,14 @@
 //
 //  1. The open bits of a node tell which of its edges can carry flow, away from it and towards it.
 //     Scans therefore read no capacities.
-//  2. A node of a tree has a parent: the terminal, or a neighbour in the same tree over an edge that
-//     can carry flow, from the parent in the source tree and to it in the sink tree. m_parent tells
-//     the neighbour's number. Chains of parents end at the terminal. There are no orphans.
+//  2. A node of a tree has a parent: the terminal, or a neighbour in the same tree over an edge
+//     that can carry flow, from the parent in the source tree and to it in the sink tree. m_parent
+//     tells the neighbour's number. Chains of parents end at the terminal. There are no orphans.
 //  3. A node is marked active when it waits in the active queue, and then it waits there once.
 //  4. The capacities of the edges of a kept path are on the path, all others in the graph.
-//  5. A node that is marked as on a path is at step m_step of the path of its tree. The steps before
-//     the path's first orphan and behind its last one are all marked, and each leads to its parent.
+//  5. A node that is marked as on a path is at step m_step of the path of its tree. The
+//     steps before the path's first orphan and behind its last one are all marked, and each
+//     leads to its parent.
 //
 // After a cancel in the middle of a stage orphans may be left (2), the others hold.
 #pragma once

@@ -17,8 +17,8 @@ namespace flow_lanes {
 
 constexpr int kLanes = 4;
 
-// Of a node's edges to its four earlier neighbours, bit d for direction d: which can carry flow away
-// from the node, which towards it, and which exist and have a capacity below 0.
+// Of a node's edges to its four earlier neighbours, bit d for direction d: which can carry flow
+// away from the node, which towards it, and which exist and have a capacity below 0.
 struct OpenEdges {
     unsigned out;
     unsigned in;

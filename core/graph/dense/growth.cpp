@@ -1,8 +1,9 @@
 // Growth of the trees and adoption of orphans.
 //
-// Distances are known along the kept paths, because within a stage only orphans change their parent,
-// and only children of a node that is set free become orphans. Above its last orphan a path stays as
-// it is, and so does every chain that reaches it there. Up to its first orphan it stays as well.
+// Distances are known along the kept paths, because within a stage only orphans change their
+// parent, and only children of a node that is set free become orphans. Above its last orphan a
+// path stays as it is, and so does every chain that reaches it there. Up to its first orphan
+// it stays as well.
 #include <limits>
 
 #include "graph/dense/dense_solver.h"
@@ -162,8 +163,8 @@ int DenseSolver::nearest(int tiled, const NeighbourStates& near, unsigned candid
     return best;
 }
 
-// The number of edges from an orphan to the terminal by way of its neighbour `tiled`. When the chain
-// is broken or not shorter than `limit`, some number that is not below `limit`.
+// The number of edges from an orphan to the terminal by way of its neighbour `tiled`. When the
+// chain is broken or not shorter than `limit`, some number that is not below `limit`.
 template <int kTree>
 int DenseSolver::distance(int tiled, int limit) const {
     const KeptPath& path = pathOf<kTree>();

@@ -144,7 +144,8 @@ bool DenseSolver::invariantsHold() {
     return Check(*this, m_checks).holds();
 }
 
-// Looks after the first, 16th, 256th augmentation and so on: requests have to end within their time.
+// Looks after the first, 16th, 256th augmentation and so on: requests have to end
+// within their time.
 bool DenseSolver::invariantsHoldAfterAugmentation() {
     const unsigned count = ++m_augmentations;
     const bool isPowerOf16 = (count & (count - 1)) == 0 && (count & 0x11111111U) != 0;

@@ -1,7 +1,7 @@
 // A path from one end of the edge where the trees met to the root of one tree, kept for the next
-// augmentation. The capacities of its edges lie side by side, so that pushing flow along the path reads
-// memory in order. While a step lies on the path its capacities are here, and those in the graph are
-// out of date.
+// augmentation. The capacities of its edges lie side by side, so that pushing flow along the path
+// reads memory in order. While a step lies on the path its capacities are here, and those in the
+// graph are out of date.
 //
 //     begin()          firstOrphan()           lastOrphan()                end()
 //       o ---- o ---- o ---- x ---- o ---- o ---- x ---- o ---- o ---- o ---- root

@@ -5,8 +5,8 @@
 //     bit 6         whether it waits in the active queue
 //     bit 7         whether it is a step of its tree's kept path
 //
-// A node of a tree without a parent is an orphan. Zero is a free node, so that neither the nodes that
-// the graph skipped nor the border around the grid have to be written.
+// A node of a tree without a parent is an orphan. Zero is a free node, so that neither the nodes
+// that the graph skipped nor the border around the grid have to be written.
 #pragma once
 
 #include <cstdint>

@@ -1,9 +1,10 @@
-// Numbers the pixels of a grid tile by tile, so that a pixel and its neighbours mostly share a cache
-// line, however wide the grid is. A border of one pixel surrounds the grid, so that every neighbour
-// of a pixel has a number too.
+// Numbers the pixels of a grid tile by tile, so that a pixel and its neighbours mostly share a
+// cache line, however wide the grid is. A border of one pixel surrounds the grid, so that every
+// neighbour of a pixel has a number too.
 //
 // In this folder `tiled` is a pixel's number in this order, and `node` is its number in the graph,
-// y * width + x. The upper left corner of a grid that is ten pixels wide, with its border in brackets:
+// y * width + x. The upper left corner of a grid that is ten pixels wide, with its
+// border in brackets:
 //
 //                       tile 0                    |              tile 1
 //      [0]  [1]  [2]  [3]  [4]  [5]  [6]  [7]     |    [64] [65] [66] [67]  68 .. 71 unused
