@@ -76,6 +76,12 @@ cv::Mat programMask(const std::vector<std::uint8_t>& hostMask, cv::Size size) {
     return 255 - cv::Mat(size, CV_8UC1, bytes.data());
 }
 
+std::string encoded(const cv::Mat& image, const char* ending) {
+    std::vector<std::uint8_t> bytes;
+    cv::imencode(ending, image, bytes);
+    return {bytes.begin(), bytes.end()};
+}
+
 bool same(const cv::Mat& a, const cv::Mat& b) {
     return a.size() == b.size() && a.type() == b.type() && cv::norm(a, b, cv::NORM_INF) == 0.0;
 }

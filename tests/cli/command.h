@@ -39,4 +39,6 @@ class Workplace {
 
 // The library's result as the program writes masks: 255 object.
 cv::Mat programMask(const std::vector<std::uint8_t>& hostMask, cv::Size size);
+// The bytes of an image file.
+std::string encoded(const cv::Mat& image, const char* ending);
 bool same(const cv::Mat& a, const cv::Mat& b);

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 #include <algorithm>
-#include <opencv2/imgcodecs.hpp>
 
 #include "command.h"
 
@@ -55,9 +54,7 @@ TEST(ManPage, ShowsASessionThatReplays) {
     const Workplace place;
     cv::Mat scribbles = cv::Mat::zeros(400, 600, CV_8UC1);
     scribbles(cv::Rect(300, 150, 20, 20)) = 2;
-    std::vector<std::uint8_t> png;
-    cv::imencode(".png", scribbles, png);
-    place.write("scribbles.png", {png.begin(), png.end()});
+    place.write("scribbles.png", encoded(scribbles, ".png"));
     const Outcome outcome = place.run("cp '" SEGCORE_SAMPLES
                                       "/coffee.png' .\n"
                                       "sed -n '/^.SH SESSION FILES/,/^.EE/p' '" SEGCORE_MAN_PAGE

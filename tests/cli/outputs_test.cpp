@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <sstream>
 
@@ -104,9 +103,7 @@ TEST(PaintedMarks, AreRequestsOfTheirCodes) {
     paint({70, 50, 20, 20}, {0, 255, 0, 255}, SEGCORE_MARK_OBJECT);
     paint({32, 12, 90, 4}, {0, 0, 255, 255}, SEGCORE_MARK_BACKGROUND);
     for (const auto& [name, image] : {std::pair{"colours.png", colours}, {"codes.png", codes}}) {
-        std::vector<std::uint8_t> png;
-        cv::imencode(".png", image, png);
-        place.write(name, {png.begin(), png.end()});
+        place.write(name, encoded(image, ".png"));
         place.run(std::string("segcore cut - <photo.png --marks ") + name + " --mask - >m-" + name);
     }
     const cv::Mat mask = place.image("m-colours.png");

@@ -1,16 +1,9 @@
 #include <gtest/gtest.h>
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include "command.h"
 
 namespace {
-
-std::string encoded(const cv::Mat& image, const char* ending) {
-    std::vector<std::uint8_t> bytes;
-    cv::imencode(ending, image, bytes);
-    return {bytes.begin(), bytes.end()};
-}
 
 cv::Mat sceneOf(const Workplace& place) {
     cv::Mat scene;
