@@ -1,6 +1,5 @@
 #include "session/session.h"
 
-#include <algorithm>
 #include <opencv2/imgproc.hpp>
 #include <utility>
 
@@ -8,34 +7,7 @@
 #include "session/errors.h"
 #include "session/painted_marks.h"
 #include "session/snapped_loop.h"
-
-namespace {
-
-// Host masks hold 0 and 255 only: a call that delivers no mask leaves this byte standing.
-constexpr std::uint8_t kUntouched = 1;
-
-void passMarks(const Request& request) {
-    std::vector<int> coordinates;
-    coordinates.reserve(2 * request.stroke.size());
-    for (const cv::Point& point : request.stroke) {
-        coordinates.push_back(point.x);
-        coordinates.push_back(point.y);
-    }
-    setCurrentMarkerVector(static_cast<int>(coordinates.size()), coordinates.data());
-    setMarkerImage(request.markers.cols, request.markers.rows, request.markers.ptr<int>(),
-                   request.strokeType);
-}
-
-// Marks that make any mask this one: every pixel is said to be object or background.
-Request asMarks(const cv::Mat& mask) {
-    Request request;
-    request.strokeType = SEGCORE_BRUSH_ADD;
-    request.markers = cv::Mat(mask.size(), CV_32SC1, cv::Scalar(SEGCORE_MARK_BACKGROUND));
-    request.markers.setTo(SEGCORE_MARK_OBJECT, mask);
-    return request;
-}
-
-}  // namespace
+#include "session/whole_object.h"
 
 void Session::Host::throwIfInterrupted() {
     m_program.throwIfInterrupted();
@@ -79,27 +51,12 @@ bool Session::Host::abandonStep() {
 Session::Session(const Photo& photo, SessionHost& host, Stats& stats)
     : m_photo(photo),
       m_host(host),
+      m_engine(m_host),
       m_stats(stats),
-      m_blended(photo.words),
-      m_delivered(photo.words.size()),
-      m_result(cv::Mat::zeros(photo.size(), CV_8UC1)) {
+      m_result(cv::Mat::zeros(photo.size(), CV_8UC1)),
+      m_marks(photo.size()) {
     setTimeLimit(0.0);
-    m_stats.measure("set photograph",
-                    [&] { setSourceImage(m_photo.width, m_photo.height, m_photo.words.data()); });
-    if (segcore_last_status() == SEGCORE_DONE) {
-        m_stats.measure("prepare engine", [] { initSegmentationEngine(0); });
-    }
-    const bool taken = segcore_last_status() == SEGCORE_DONE;
-    m_host.throwIfInterrupted();
-    if (!taken) {
-        throw UserError(std::string("the photograph cannot be segmented (") +
-                            segcore_last_reason() + "); reduce the photograph",
-                        UserError::Reason::kEngine);
-    }
-}
-
-Session::~Session() {
-    deinitSegmentation();
+    m_stats.measure("take photograph", [&] { m_engine.take(m_photo); });
 }
 
 void Session::setTimeLimit(double seconds) {
@@ -109,20 +66,34 @@ void Session::setTimeLimit(double seconds) {
     segcore_set_time_limit(seconds);
 }
 
-void Session::apply(const Step& step) {
+void Session::setTimeBudget(double seconds) {
+    if (!(seconds >= 0.0)) {
+        throw UserError("a time budget is 0 seconds, for none, or more");
+    }
+    m_budget = seconds;
+}
+
+bool Session::hasTime() const {
+    const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - m_stepStart;
+    return m_budget == 0.0 || spent.count() < m_budget;
+}
+
+Step Session::apply(const Step& step) {
     const std::string number = "step " + std::to_string(m_stepsApplied + 1);
     m_stage = number + ", " + (step.edit ? "edit " : "") + nameOf(step.operation);
+    m_stepStart = std::chrono::steady_clock::now();
+    Step made = step;
     try {
-        take(step);
+        take(made);
     } catch (const UserError& error) {
         throw UserError(number + " (" + nameOf(step.operation) + "): " + error.what(),
                         error.reason);
     }
     ++m_stepsApplied;
+    return made;
 }
 
-void Session::take(const Step& step) {
-    requireEngineAtShown();
+void Session::take(Step& step) {
     const std::size_t shownBefore = m_shown;
     m_requestsMade = 0;
     m_host.beginStep();
@@ -132,21 +103,20 @@ void Session::take(const Step& step) {
         m_engineIsElsewhere = m_host.abandonStep() || m_engineIsElsewhere || m_requestsMade > 0 ||
                               m_shown != shownBefore;
         m_shown = shownBefore;
-        if (m_engineIsElsewhere) {
-            bringEngineToShown();
-        }
+        showKept();
         throw;
     }
 }
 
-void Session::make(const Step& step) {
+void Session::make(Step& step) {
     if (step.operation == Operation::kUndo || step.operation == Operation::kRedo) {
         step.operation == Operation::kUndo ? stepBack() : stepForward();
         m_host.throwIfInterrupted();
-        return m_host.endStep();
+        m_host.endStep();
+        return showKept();
     }
     applyMarks(step);
-    ShownStep made{m_requestsMade, m_hasResult, KeptMask(m_result)};
+    ShownStep made{m_requestsMade, m_hasResult, KeptMask(m_result), m_marks.kept()};
     m_steps.reserve(m_shown + 1);
     m_host.throwIfInterrupted();
     m_host.endStep();
@@ -156,107 +126,182 @@ void Session::make(const Step& step) {
     m_newest = ++m_shown;
 }
 
-void Session::applyMarks(const Step& step) {
+void Session::applyMarks(Step& step) {
     if (removes(step.operation) && !m_hasResult) {
         throw UserError(std::string(nameOf(step.operation)) +
                         " has nothing to remove from; mark the object first, for example by a box");
     }
     if (step.operation == Operation::kMarks) {
-        applyPaintedMarks(step);
-    } else if (isSnappedLoop(step.operation)) {
-        request(requestFor(snapLoop(step, m_photo, m_host, m_stats), m_photo.size()), false);
+        m_painted =
+            paintedMarks(m_host.marksPicture(step.marksFile), step.marksFile, m_photo.size());
+    }
+    if (isSnappedLoop(step.operation)) {
+        return applyDrawn(snapLoop(step, m_photo, m_host, m_stats), step);
+    }
+    applyDrawn(step, step);
+}
+
+// `drawn` is what the engine is asked for, which for a loop that snaps is the plain loop found.
+void Session::applyDrawn(const Step& drawn, Step& step) {
+    const bool whole = step.correction == Correction::kWholeObject && !step.edit;
+    if (whole && !isSingleRequest(step)) {
+        return findWhole(drawn, step);
+    }
+    const cv::Mat before = m_result;
+    if (step.correction) {
+        startAfresh();
     } else {
-        request(requestFor(step, m_photo.size()), step.edit);
+        requireEngineAtShown();
+    }
+    askEngine(drawn);
+    if (step.correction) {
+        leaveEngineBehind();
+    }
+    noteMarks(drawn, before);
+}
+
+bool Session::isSingleRequest(const Step& step) const {
+    return !m_hasResult && step.passes == 1 && step.start.empty() && isRegion(step.operation);
+}
+
+void Session::startAfresh() {
+    m_engineIsElsewhere = true;
+    holdPhoto();
+    m_engine.reset();
+    if (m_hasResult) {
+        m_engine.edit(editTo(m_result));
     }
 }
 
-void Session::applyPaintedMarks(const Step& step) {
-    const cv::Mat codes =
-        paintedMarks(m_host.marksPicture(step.marksFile), step.marksFile, m_photo.size());
+// The engine's history holds nothing of the steps before.
+void Session::leaveEngineBehind() {
+    m_engineIsElsewhere = true;
+    m_requestsMade = 0;
+}
+
+void Session::holdPhoto() {
+    if (!m_engine.holds(m_photo)) {
+        m_engine.take(m_photo);
+    }
+}
+
+void Session::askEngine(const Step& drawn) {
+    if (drawn.operation != Operation::kMarks) {
+        return request(requestFor(drawn, m_photo.size()), drawn.edit);
+    }
     if (!m_hasResult) {
-        request(firstPaintedRequest(codes), false);
-        return;
+        return request(firstPaintedRequest(m_painted), false);
     }
     for (const int code : {SEGCORE_MARK_CANDIDATE, SEGCORE_MARK_OBJECT, SEGCORE_MARK_BACKGROUND}) {
-        if (const auto painted = paintedRequest(codes, code, m_result)) {
+        if (const auto painted = paintedRequest(m_painted, code, m_result)) {
             request(*painted, false);
         }
     }
 }
 
-template <typename Call>
-bool Session::deliver(Call&& call) {
-    std::copy(m_photo.words.begin(), m_photo.words.end(), m_blended.begin());
-    m_delivered.front() = kUntouched;
-    call(m_blended.data(), m_delivered.data());
-    m_hasResult = m_delivered.front() != kUntouched;
-    if (m_hasResult) {
-        cv::compare(cv::Mat(m_photo.size(), CV_8UC1, m_delivered.data()), 0, m_result, cv::CMP_EQ);
-    } else {
-        m_result.setTo(0);
-    }
-    return m_hasResult;
-}
-
-bool Session::edit(const Request& request) {
-    passMarks(request);
-    return deliver(
-        [](std::uint32_t* blended, std::uint8_t* mask) { cutOutImage(0, 0, 0, blended, mask); });
-}
-
 void Session::request(const Request& request, bool edits) {
     m_host.throwIfInterrupted();
-    m_stats.measure(m_stage, [&] {
-        if (edits) {
-            edit(request);
-        } else {
-            passMarks(request);
-            deliver([](std::uint32_t* blended, std::uint8_t* mask) {
-                processSegment(0, 0, 0, blended, mask);
-            });
-        }
-    });
-    requireDone();
+    m_engineIsElsewhere = true;
+    m_stats.measure(m_stage, [&] { edits ? m_engine.edit(request) : m_engine.segment(request); });
+    m_engineIsElsewhere = false;
+    m_result = m_engine.mask();
+    m_hasResult = m_engine.hasMask();
     ++m_requestsMade;
 }
 
-// A request that ended early may have delivered an unfinished mask all the same.
-void Session::requireDone() {
-    const int status = segcore_last_status();
-    if (status == SEGCORE_DONE) {
+void Session::noteMarks(const Step& drawn, const cv::Mat& before) {
+    if (cv::countNonZero(before) > 0) {
+        m_marks.markChanges(before, m_result);
+    }
+    noteSaid(m_marks, drawn);
+}
+
+// What a mark says by itself, whatever became of it.
+void Session::noteSaid(UserMarks& marks, const Step& drawn) {
+    if (drawn.operation == Operation::kMarks) {
+        const cv::Mat region = m_painted == SEGCORE_MARK_CANDIDATE;
+        if (cv::countNonZero(region) > 0) {
+            marks.addRegion(region);
+        }
+        marks.mark(m_painted == SEGCORE_MARK_OBJECT, SEGCORE_MARK_OBJECT);
+        marks.mark(m_painted == SEGCORE_MARK_BACKGROUND, SEGCORE_MARK_BACKGROUND);
         return;
     }
-    m_engineIsElsewhere = true;
-    const std::string why = segcore_last_reason();
-    m_host.throwIfInterrupted();
-    switch (status) {
-        case SEGCORE_OUT_OF_TIME:
-            throw UserError(
-                "the segmentation reached its time limit and was given up; allow more time, reduce "
-                "the photograph or mark a smaller region",
-                UserError::Reason::kOutOfTime);
-        case SEGCORE_CANCELLED:
-            throw UserError("cancelled; the session is as it was before",
-                            UserError::Reason::kCancelled);
-        case SEGCORE_ENDED_BY_OBSERVER:
-            throw UserError("ended by the program; the session is as it was before",
-                            UserError::Reason::kEndedByObserver);
-        case SEGCORE_OUT_OF_MEMORY:
-            throw UserError("memory ran out (" + why + "); reduce the photograph",
-                            UserError::Reason::kOutOfMemory);
-        default:
-            throw UserError("the segmentation failed (" + why + "); mark the photograph otherwise",
-                            UserError::Reason::kEngine);
+    const cv::Mat drawing = requestFor(drawn, m_photo.size()).markers != SEGCORE_MARK_NONE;
+    if (isBrush(drawn.operation) || drawn.edit) {
+        marks.mark(drawing,
+                   removes(drawn.operation) ? SEGCORE_MARK_BACKGROUND : SEGCORE_MARK_OBJECT);
+    } else if (!removes(drawn.operation)) {
+        marks.addRegion(drawing);
     }
+}
+
+void Session::findWhole(const Step& drawn, Step& step) {
+    m_engineIsElsewhere = true;
+    UserMarks marks = m_marks;
+    noteSaid(marks, drawn);
+    const cv::Mat candidates = candidatesFor(drawn, step, marks);
+    holdPhoto();
+    const bool exact = step.passes.has_value();
+    const FoundObject found = m_stats.measure(m_stage, [&] {
+        return findObject(m_engine, {marks, candidates, step.passes.value_or(kUsualPasses),
+                                     [&] { return exact || hasTime(); }});
+    });
+    step.passes = found.passes;
+    m_marks = marks;
+    m_result = found.mask;
+    m_hasResult = true;
+    leaveEngineBehind();
+}
+
+// Where the object is looked for first: the last result as the mark changes it.
+cv::Mat Session::candidatesFor(const Step& drawn, Step& step, const UserMarks& marks) {
+    if (!m_hasResult) {
+        return firstCandidates(step, marks);
+    }
+    cv::Mat candidates = m_result.clone();
+    if (drawn.operation == Operation::kMarks) {
+        candidates.setTo(255, m_painted == SEGCORE_MARK_CANDIDATE);
+        return candidates;
+    }
+    Step around = drawn;
+    if (isBrush(drawn.operation)) {
+        around.radius = spreadRadius(drawn, m_photo.size());
+    }
+    candidates.setTo(removes(drawn.operation) ? 0 : 255,
+                     requestFor(around, m_photo.size()).markers != SEGCORE_MARK_NONE);
+    return candidates;
+}
+
+cv::Mat Session::firstCandidates(Step& step, const UserMarks& marks) {
+    if (!isRegion(step.operation)) {
+        return marks.firstCandidates();
+    }
+    const RegionStart* named = regionStartNamed(step.start);
+    if (!step.start.empty() && named == nullptr) {
+        throw UserError("there is no start \"" + step.start + "\"; leave it out for the best one");
+    }
+    const ChosenStart chosen = m_stats.measure(m_stage + ", start", [&] {
+        return chooseStart(m_engine, m_photo, marks.region(), named, [this] { return hasTime(); });
+    });
+    step.start = chosen.start->name;
+    return chosen.candidates;
 }
 
 void Session::stepBack() {
     if (!canUndo()) {
         throw UserError("there is nothing to undo; remove the undo or put a mark before it");
     }
+    const int requests = m_steps[m_shown - 1].requests;
+    if (requests == 0) {
+        --m_shown;
+        m_engineIsElsewhere = true;
+        return;
+    }
+    requireEngineAtShown();
     --m_shown;
-    for (int left = m_steps[m_shown].requests; left > 0; --left) {
-        m_stats.measure(m_stage, [&] { return deliver(undo); });
+    for (int left = requests; left > 0; --left) {
+        m_stats.measure(m_stage, [&] { m_engine.stepBack(); });
     }
     requireEngineAtShown();
 }
@@ -265,10 +310,17 @@ void Session::stepForward() {
     if (!canRedo()) {
         throw UserError("there is nothing to redo; remove the redo or put an undo before it");
     }
+    const int requests = m_steps[m_shown].requests;
+    if (requests == 0) {
+        ++m_shown;
+        m_engineIsElsewhere = true;
+        return;
+    }
+    requireEngineAtShown();
     ++m_shown;
     m_engineIsElsewhere = m_shown > m_newest;
-    for (int left = m_steps[m_shown - 1].requests; left > 0 && !m_engineIsElsewhere; --left) {
-        m_stats.measure(m_stage, [&] { return deliver(redo); });
+    for (int left = requests; left > 0 && !m_engineIsElsewhere; --left) {
+        m_stats.measure(m_stage, [&] { m_engine.stepForward(); });
     }
     requireEngineAtShown();
 }
@@ -277,37 +329,41 @@ bool Session::shownHasResult() const {
     return m_shown > 0 && m_steps[m_shown - 1].hasResult;
 }
 
+void Session::showKept() {
+    m_hasResult = shownHasResult();
+    m_result = m_hasResult ? m_steps[m_shown - 1].mask.unpacked(m_photo.size())
+                           : cv::Mat::zeros(m_photo.size(), CV_8UC1);
+    m_marks = m_shown > 0 ? UserMarks(m_steps[m_shown - 1].marks, m_photo.size())
+                          : UserMarks(m_photo.size());
+}
+
 void Session::requireEngineAtShown() {
     // The engine shows none where its history ends: after 31 masks, or after the last reset.
-    if (m_engineIsElsewhere || m_hasResult != shownHasResult()) {
+    if (!m_engineIsElsewhere && m_engine.hasMask() == shownHasResult()) {
+        return;
+    }
+    try {
         m_stats.measure(m_stage, [&] { bringEngineToShown(); });
-        if (m_engineIsElsewhere) {
-            throw UserError(std::string("the mask could not be put back (") +
-                                segcore_last_reason() + "); free some memory and try again",
-                            UserError::Reason::kOutOfMemory);
-        }
+    } catch (const UserError& error) {
+        throw UserError(std::string("the mask could not be put back (") + error.what() +
+                            "); free some memory and try again",
+                        UserError::Reason::kOutOfMemory);
     }
 }
 
 // The reset also takes down the flag of a cancel or of the time limit, which refuses every request.
 void Session::bringEngineToShown() {
     m_engineIsElsewhere = true;  // until all of this has worked; else it is tried again next time
-    resetSegmentationInterface();
+    holdPhoto();
+    m_engine.reset();
     m_newest = m_shown;
-    const cv::Mat shown = shownHasResult() ? m_steps[m_shown - 1].mask.unpacked(m_photo.size())
-                                           : cv::Mat::zeros(m_photo.size(), CV_8UC1);
     if (shownHasResult()) {
-        m_engineIsElsewhere = !edit(asMarks(shown));
-    } else {
-        std::copy(m_photo.words.begin(), m_photo.words.end(), m_blended.begin());
-        m_engineIsElsewhere = false;
+        m_engine.edit(editTo(m_steps[m_shown - 1].mask.unpacked(m_photo.size())));
     }
-    m_result = shown;
-    m_hasResult = shownHasResult();
+    m_engineIsElsewhere = false;
 }
 
 cv::Mat Session::preview() {
-    cv::Mat image;
-    cv::cvtColor(asImage(m_blended, m_photo.size()), image, cv::COLOR_BGRA2BGR);
-    return image;
+    requireEngineAtShown();
+    return m_engine.blended();
 }

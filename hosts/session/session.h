@@ -5,38 +5,47 @@
 // runs out of time leaves the session as it was before it. Threads: one makes all calls; cancel()
 // alone may come from any.
 //
-// The engine's own history serves undo and redo as long as it reaches. It holds 31 masks and is lost
-// with the reset that a cancelled request needs, so the session keeps the mask of every step, too,
-// and writes it back where the engine has forgotten it.
+// The session keeps the mask of every step and what the user had said by then. Steps with a kind of
+// correction need nothing else: each starts from a fresh engine, into which what they build on is
+// written. For steps without one the engine's own history serves undo and redo as long as it reaches.
+// It holds 31 masks and is lost with each reset, so the mask is written back where it has forgotten.
 #pragma once
 
-#include <cstdint>
+#include <chrono>
 #include <mutex>
 #include <opencv2/core.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "session/engine_calls.h"
 #include "session/kept_mask.h"
 #include "session/photo.h"
 #include "session/session_host.h"
 #include "session/stats.h"
 #include "session/step.h"
 #include "session/strokes.h"
+#include "session/user_marks.h"
 
 class Session {
   public:
     // All three outlive the session. Throws UserError for a photograph that the engine refuses.
     Session(const Photo& photo, SessionHost& host, Stats& stats);
-    ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    // Throws UserError naming the step, "step 3 (brush-add): ...", and what the host throws.
-    void apply(const Step& step);
+    // The step as it was made, with all that was left to the session filled in, so that applying it
+    // to the same session gives the same mask. Throws UserError naming the step, "step 3 (brush-add):
+    // ...", and what the host throws.
+    Step apply(const Step& step);
 
     // How long each request of a later step may take; 0, as at the start, for no limit. Throws
     // UserError for less than that.
     void setTimeLimit(double seconds);
+
+    // After how long a later step makes do with the passes that it has made; 0, as at the start, for no
+    // limit. Choices that a step brings along are followed all the same. Throws as above.
+    void setTimeBudget(double seconds);
 
     // Ends the step that is being applied; it then throws UserError for the reason kCancelled.
     // Without one nothing happens. From any thread.
@@ -58,6 +67,9 @@ class Session {
       public:
         explicit Host(SessionHost& program) : m_program(program) {}
         void throwIfInterrupted() override;
+        bool onProgress(const RequestProgress& progress) override {
+            return m_program.onProgress(progress);
+        }
         cv::Mat marksPicture(const std::string& name) override {
             return m_program.marksPicture(name);
         }
@@ -79,38 +91,50 @@ class Session {
     };
 
     struct ShownStep {
-        int requests = 0;
+        int requests = 0;       // that the engine's history holds of it, as its last
         bool hasResult = false;
         KeptMask mask;
+        UserMarks::Kept marks;
     };
 
-    void take(const Step& step);
-    void make(const Step& step);
-    void applyMarks(const Step& step);
-    void applyPaintedMarks(const Step& step);
+    void take(Step& step);
+    void make(Step& step);
+    void applyMarks(Step& step);
+    void applyDrawn(const Step& drawn, Step& step);
+    bool isSingleRequest(const Step& step) const;
+    void startAfresh();
+    void leaveEngineBehind();
+    void holdPhoto();
+    void askEngine(const Step& drawn);
     void request(const Request& request, bool edit);
+    void noteMarks(const Step& drawn, const cv::Mat& before);
+    void noteSaid(UserMarks& marks, const Step& drawn);
+    void findWhole(const Step& drawn, Step& step);
+    cv::Mat candidatesFor(const Step& drawn, Step& step, const UserMarks& marks);
+    cv::Mat firstCandidates(Step& step, const UserMarks& marks);
     void stepBack();
     void stepForward();
-    template <typename Call>
-    bool deliver(Call&& call);
-    bool edit(const Request& request);
-    void requireDone();
+    void showKept();
     bool shownHasResult() const;
     void requireEngineAtShown();
     void bringEngineToShown();
+    bool hasTime() const;
 
     const Photo& m_photo;
     Host m_host;
+    EngineCalls m_engine;
     Stats& m_stats;
-    std::vector<std::uint32_t> m_blended;
-    std::vector<std::uint8_t> m_delivered;
     cv::Mat m_result;
     bool m_hasResult = false;
+    UserMarks m_marks;
+    cv::Mat m_painted;                 // marker codes of the painted marks being applied
     std::vector<ShownStep> m_steps;    // every step that can be undone or redone
     std::size_t m_shown = 0;           // of them, from the first
     std::size_t m_newest = 0;          // steps up to which the engine can redo
     bool m_engineIsElsewhere = false;  // than at the steps shown
-    int m_requestsMade = 0;            // by the step being applied
+    int m_requestsMade = 0;            // by the step being applied, into the engine's history
     std::size_t m_stepsApplied = 0;    // undo and redo count, too
     std::string m_stage;               // of the step being applied, in the statistics
+    double m_budget = 0.0;             // seconds
+    std::chrono::steady_clock::time_point m_stepStart;
 };

@@ -7,6 +7,14 @@
 
 #include "session/errors.h"
 
+// Where a request is. A step makes several of them, one after the other.
+struct RequestProgress {
+    double fraction = 0.0;  // of the request's time, 0 to 1, estimated
+    // The result as it is found, some hundreds of pixels wide, CV_8UC1, 255 object; empty but once in
+    // a request. A working pixel (x, y) lies at photograph pixel (x * width / its width, y likewise).
+    cv::Mat workingMask;
+};
+
 class SessionHost {
   public:
     SessionHost() = default;
@@ -16,6 +24,11 @@ class SessionHost {
 
     // Called between the parts of a step; an exception of any type ends the step.
     virtual void throwIfInterrupted() {}
+
+    // Called from inside a request, some dozens of times; a step's first working mask is what a host
+    // shows at once. False ends the step, which then throws UserError for the reason
+    // kEndedByObserver; an exception ends it, too, and is what the step throws.
+    virtual bool onProgress(const RequestProgress& /*progress*/) { return true; }
 
     // The decoded picture that a marks step names, 8 bits a channel, with all channels as stored
     // (blue, green, red, alpha). Throws UserError when there is none.

@@ -12,6 +12,8 @@ namespace {
 // A brush as thick as a finger on a photograph shown on a phone.
 constexpr double kDefaultRadiusShare = 0.01;  // of the photograph's mean side
 constexpr int kSmallestDefaultRadius = 2;
+// What is wrong is seldom as thin as the stroke through it.
+constexpr double kSpreadShare = 0.03;  // of the photograph's mean side
 // The imaging library draws lines of up to 32767 pixels.
 constexpr int kLargestRadius = 16383;
 
@@ -114,6 +116,11 @@ void fillLoop(cv::Mat& markers, const std::vector<cv::Point>& corners, int code)
 
 void requireInside(const std::vector<cv::Point>& points, cv::Size photo) {
     requireUpTo({photo.width - 1, photo.height - 1}, points, photo);
+}
+
+int spreadRadius(const Step& step, cv::Size photo) {
+    const double spread = std::sqrt(static_cast<double>(photo.area())) * kSpreadShare;
+    return std::min(radiusOf(step, photo) + static_cast<int>(spread), kLargestRadius);
 }
 
 Request requestFor(const Step& step, cv::Size photo) {

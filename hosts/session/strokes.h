@@ -30,6 +30,10 @@ struct Request {
 // errors.
 Request requestFor(const Step& step, cv::Size photo);
 
+// The radius, around a brush's own, in which a whole object's search takes the brush for the better
+// guess than the last result.
+int spreadRadius(const Step& step, cv::Size photo);
+
 // The two shapes alone, on CV_32SC1 or CV_8UC1: the discs along a path, and a loop's inside with its
 // border.
 void drawBrush(cv::Mat& markers, const std::vector<cv::Point>& path, int radius, int code);

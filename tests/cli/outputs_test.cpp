@@ -48,7 +48,7 @@ TEST(Outputs, AreWhatTheLibraryDelivers) {
         stages.push_back(stage["stage"]);
     }
     EXPECT_EQ(stages,
-              (std::vector<std::string>{"read photograph", "set photograph", "prepare engine",
+              (std::vector<std::string>{"read photograph", "take photograph",
                                         "step 1, loop-add", "write outputs"}));
     HostSession session(discScene());
     session.loop({30, 10, 130, 20, 120, 110, 25, 100});

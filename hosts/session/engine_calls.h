@@ -1,0 +1,66 @@
+// The library's calls as a session makes them: on one photograph at a time, masks as images, and
+// failures as UserError. The library has one context per process, so there is one object of this
+// class at a time. Threads: one.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "session/photo.h"
+#include "session/session_host.h"
+#include "session/strokes.h"
+
+class EngineCalls {
+  public:
+    // The host outlives the object. It is told of the progress of all requests.
+    explicit EngineCalls(SessionHost& host);
+    ~EngineCalls();
+    EngineCalls(const EngineCalls&) = delete;
+    EngineCalls& operator=(const EngineCalls&) = delete;
+
+    // Has the engine work on `photo`, which outlives that, with an empty history. Throws UserError for
+    // a photograph that the engine refuses.
+    void take(const Photo& photo);
+    bool holds(const Photo& photo) const { return m_photo == &photo; }
+
+    // As a fresh engine on the photograph: no history, no verdict of earlier requests, no cancel.
+    void reset();
+
+    // Each leaves what is on display afterwards in hasMask() and mask(). The first two throw UserError
+    // when they did not come to their end; the engine is then in no known state until reset().
+    void segment(const Request& request);
+    void edit(const Request& request);
+    void stepBack();
+    void stepForward();
+
+    // What `segment` would find, at the size that the engine works at, without the time for the rest.
+    // Nothing is recorded or put on display. CV_8UC1, 255 object. Throws as `segment` does.
+    cv::Mat workingMask(const Request& request);
+
+    bool hasMask() const { return m_hasMask; }
+    const cv::Mat& mask() const { return m_mask; }  // CV_8UC1, 255 object; all 0 when there is none
+
+    // The photograph with the outline of what is on display painted in, CV_8UC3.
+    cv::Mat blended();
+
+  private:
+    static int onProgress(const struct segcore_progress* progress, void* self);
+
+    template <typename Call>
+    void deliver(Call&& call);
+    void requireDone();
+
+    SessionHost& m_host;
+    const Photo* m_photo = nullptr;
+    std::vector<std::uint32_t> m_blended;
+    std::vector<std::uint8_t> m_delivered;
+    cv::Mat m_mask;
+    bool m_hasMask = false;
+    std::exception_ptr m_thrown;  // by the host while it was told of progress
+    cv::Mat* m_wanted = nullptr;  // where the working mask goes that ends the running request
+};
+
+// An edit that makes any mask this one: every pixel is said to be object or background.
+Request editTo(const cv::Mat& mask);

@@ -1,0 +1,53 @@
+// What the user has said of a photograph's pixels so far: where the object may be, and what is object
+// or background for certain. The whole object is found from these marks, however they came about.
+#pragma once
+
+#include <opencv2/core.hpp>
+
+#include "session/kept_mask.h"
+#include "session/strokes.h"
+
+class UserMarks {
+  public:
+    explicit UserMarks(cv::Size photo);
+
+    // CV_8UC1, 255 inside a box or loop. Until there is one, the region is the whole photograph.
+    void addRegion(const cv::Mat& inside);
+    bool hasRegion() const { return m_hasRegion; }
+    // CV_8UC1, 255 in the region, which holds all marks.
+    cv::Mat region() const;
+
+    // Marks where `where` (CV_8UC1) is not 0, over earlier ones; `code` is SEGCORE_MARK_OBJECT or
+    // SEGCORE_MARK_BACKGROUND.
+    void mark(const cv::Mat& where, int code);
+    // The pixels in which two masks differ are what the later one says.
+    void markChanges(const cv::Mat& before, const cv::Mat& after);
+    // Where to look for the object first when there is no result yet, CV_8UC1, 255. Painted background
+    // alone says that the object is elsewhere; anything else says where it is.
+    cv::Mat firstCandidates() const;
+
+    // Finds the whole object on an empty base. `candidates` (CV_8UC1, 255) start as probable object
+    // and the rest of the region as probable background; marks are certain.
+    Request request(const cv::Mat& candidates) const;
+
+    // A result as the marks have it: marked pixels are what they are marked as, and nothing outside
+    // the region is object. The engine decides anew along the line of a request's points, which can
+    // lie outside the region or, at the photograph's border, on marks.
+    cv::Mat honouredBy(const cv::Mat& mask) const;
+
+    struct Kept {
+        bool hasRegion = false;
+        KeptMask region;
+        KeptMask object;
+        KeptMask background;
+    };
+    Kept kept() const;
+    UserMarks(const Kept& kept, cv::Size photo);
+
+  private:
+    cv::Rect around() const;
+
+    cv::Mat m_region;  // CV_8UC1, 255 inside of boxes and loops
+    cv::Mat m_codes;   // CV_8UC1, marker codes
+    bool m_hasRegion = false;
+};
