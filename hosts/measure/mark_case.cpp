@@ -25,6 +25,24 @@ std::string faultOf(const std::string& markCase) {
                : "a case joins box, lasso, s1 and s2 by +";
 }
 
+std::optional<Step> boxStepOf(const DataPhoto& photo, cv::Size size, cv::Point shift) {
+    const cv::Rect box = (photo.box() + shift) & cv::Rect({0, 0}, size);
+    if (box.empty()) {
+        return std::nullopt;
+    }
+    Step step;
+    step.operation = Operation::kBox;
+    step.points = {box.tl(), box.br() - cv::Point(1, 1)};
+    return step;
+}
+
+std::optional<Step> loopStepOf(const DataPhoto& photo) {
+    Step step;
+    step.operation = Operation::kLoopAdd;
+    step.points = photo.lasso();
+    return step.points.empty() ? std::nullopt : std::optional(step);
+}
+
 CaseSession::CaseSession(const DataPhoto& photo, const cv::Mat& image, double timeLimit)
     : m_data(photo),
       m_host(photo),
@@ -40,27 +58,18 @@ bool CaseSession::apply(const std::string& markCase) {
 }
 
 bool CaseSession::applyMark(const std::string& mark) {
-    Step step;
+    std::optional<Step> step;
     if (mark == "box") {
-        const cv::Rect box = m_data.box() & cv::Rect({0, 0}, m_photo.size());
-        if (box.empty()) {
-            return false;
-        }
-        step.operation = Operation::kBox;
-        step.points = {box.tl(), box.br() - cv::Point(1, 1)};
+        step = boxStepOf(m_data, m_photo.size());
     } else if (mark == "lasso") {
-        step.operation = Operation::kLoopAdd;
-        step.points = m_data.lasso();
-        if (step.points.empty()) {
-            return false;
-        }
-    } else {
-        if (m_data.scribbles(mark).empty()) {
-            return false;
-        }
-        step.operation = Operation::kMarks;
-        step.marksFile = mark;
+        step = loopStepOf(m_data);
+    } else if (!m_data.scribbles(mark).empty()) {
+        step.emplace();
+        step->operation = Operation::kMarks;
+        step->marksFile = mark;
     }
-    m_session.apply(step);
-    return true;
+    if (step) {
+        m_session.apply(*step);
+    }
+    return step.has_value();
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <opencv2/core.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,11 @@ std::vector<std::string> marksOf(const std::string& markCase);
 
 // What is wrong with a case as a user gave it; empty for a good one.
 std::string faultOf(const std::string& markCase);
+
+// The photograph's box, moved and then cut off at the edges of a photograph of this size, or its loop
+// as a step; none without one.
+std::optional<Step> boxStepOf(const DataPhoto& photo, cv::Size size, cv::Point shift = {});
+std::optional<Step> loopStepOf(const DataPhoto& photo);
 
 // Leads the session of a case on a photograph. A scribble set is one step, painted marks as the
 // command line's --marks takes them.

@@ -1,0 +1,40 @@
+// Photographs cut from the marks that their folder holds, a result for each case.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "contact_sheet.h"
+#include "measure/score.h"
+#include "session/data_set.h"
+
+struct CaseOptions {
+    std::vector<std::string> cases{"box", "lasso", "box+s2"};
+    std::string maskFolder;  // empty: masks are not written
+    double timeLimit = 0.0;  // of each request in seconds, 0 for none
+};
+
+struct CaseResult {
+    std::string photo;
+    std::string markCase;
+    bool large = false;
+    std::optional<Score> score;  // none without a true mask
+    double milliseconds = 0.0;
+};
+
+// One result for each case whose marks the photograph has; they are a row of the sheet, too.
+std::vector<CaseResult> cutCases(const DataPhoto& photo, const CaseOptions& options,
+                                 ContactSheet& sheet);
+
+struct CaseMean {
+    int count = 0;
+    double errorRate = 0.0;
+    double iou = 0.0;
+    double milliseconds = 0.0;
+};
+
+// Of the results with a score, by case and whether the photographs are large.
+std::map<std::pair<std::string, bool>, CaseMean> meansOf(const std::vector<CaseResult>& results);
