@@ -1,6 +1,6 @@
 // The engine beside what a user would take instead, in one program and one run:
 // - OpenCV's grabCut from the same box, on the full photograph and on a working image of about the
-//   engine's size whose mask is enlarged by nearest neighbour;
+//   engine's size whose mask is enlarged;
 // - Boost's Boykov-Kolmogorov maximum flow on the engine's own graphs.
 // Runs alternate between the contestants, so that a slow moment of the machine hits all of them.
 //
@@ -9,12 +9,12 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
 #include "engine/hybrid.h"
 #include "interface/engine_state.h"
 #include "interface/segmentation_core.h"
+#include "measure/grab_cut.h"
 #include "peer_max_flow.h"
 #include "support/arguments.h"
 #include "support/marks.h"
@@ -24,7 +24,6 @@
 
 namespace {
 
-constexpr int kWorkingPixels = 76800;
 // Flows in single precision leave cuts that differ slightly, and the engine's search may miss an edge
 // that adoption has opened again.
 constexpr double kCutTolerance = 5e-3;
@@ -44,35 +43,13 @@ struct Options {
 // Photograph words in, mask bytes out, as the engine's call.
 std::vector<std::uint8_t> grabCutMask(const Photograph& photo, const cv::Size& size,
                                       int iterations) {
-    cv::Mat image = imageOf(photo);
-    const double scaleX = static_cast<double>(size.width) / photo.width;
-    const double scaleY = static_cast<double>(size.height) / photo.height;
-    const cv::Point corner(static_cast<int>(photo.box.left * scaleX),
-                           static_cast<int>(photo.box.top * scaleY));
-    const cv::Point end(static_cast<int>((photo.box.right + 1) * scaleX),
-                        static_cast<int>((photo.box.bottom + 1) * scaleY));
-    if (size != image.size()) {
-        cv::resize(image, image, size, 0.0, 0.0, cv::INTER_AREA);
-    }
-    cv::Mat labels;
-    cv::Mat backgroundModel;
-    cv::Mat foregroundModel;
-    cv::grabCut(image, labels, cv::Rect(corner, end), backgroundModel, foregroundModel, iterations,
-                cv::GC_INIT_WITH_RECT);
-    labels &= 1;  // fixed and probable object have the low bit
-    if (size != cv::Size(photo.width, photo.height)) {
-        cv::resize(labels, labels, cv::Size(photo.width, photo.height), 0.0, 0.0,
-                   cv::INTER_NEAREST);
-    }
-    std::vector<std::uint8_t> mask(photo.pixels());
-    std::transform(labels.begin<std::uint8_t>(), labels.end<std::uint8_t>(), mask.begin(),
-                   [](std::uint8_t object) { return object != 0 ? 0 : 255; });
-    return mask;
-}
-
-cv::Size workingSize(const Photograph& photo) {
-    const double scale = std::sqrt(kWorkingPixels / static_cast<double>(photo.pixels()));
-    return {static_cast<int>(photo.width * scale), static_cast<int>(photo.height * scale)};
+    Step box;
+    box.operation = Operation::kBox;
+    box.points = {{photo.box.left, photo.box.top}, {photo.box.right, photo.box.bottom}};
+    GrabCut grabCut(imageOf(photo), size, iterations);
+    grabCut.apply(box);
+    const cv::Mat mask = ~grabCut.mask();
+    return {mask.begin<std::uint8_t>(), mask.end<std::uint8_t>()};
 }
 
 std::vector<std::uint8_t> engineMask(const Photograph& photo) {
@@ -107,10 +84,10 @@ void compareBoxRequests(const Options& options, ResultFile& results) {
     const auto timeOf = [](auto call) { return durationOf(call).wall; };
     for (int run = 0; run < options.runs; ++run) {
         engine.push_back(timeOf([&] { engineMask(photo); }));
-        small.push_back(
-            timeOf([&] { grabCutMask(photo, workingSize(photo), options.iterations); }));
+        const cv::Size size(photo.width, photo.height);
+        small.push_back(timeOf(
+            [&] { grabCutMask(photo, reducedSize(size, kGrabCutPixels), options.iterations); }));
         if (run < options.fullRuns) {
-            const cv::Size size(photo.width, photo.height);
             full.push_back(timeOf([&] { grabCutMask(photo, size, options.iterations); }));
         }
     }
@@ -246,7 +223,7 @@ int main(int count, char** list) {
         options.megapixels = arguments.number("--megapixels", 12.0);
         options.runs = static_cast<int>(arguments.number("--runs", 5));
         options.fullRuns = static_cast<int>(arguments.number("--full-runs", options.runs));
-        options.iterations = static_cast<int>(arguments.number("--iterations", 5));
+        options.iterations = static_cast<int>(arguments.number("--iterations", kGrabCutIterations));
         options.csv = arguments.text("--csv", "");
         arguments.requireAllTaken();
         run(options);

@@ -3,6 +3,8 @@
 //
 // Without --robot the marks are those of a case, joined by "+": box, lasso, s1 and s2. A scribble set
 // is one step of painted marks. With --robot strokes on the largest mistakes follow, one by one.
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
@@ -36,6 +38,14 @@ void requireAny(const std::vector<Result>& results, const Options& options) {
     }
 }
 
+// The robot takes a second or more for each photograph. The next line written to the terminal covers
+// the number.
+void showProgress(std::size_t photo, std::size_t photos) {
+    if (isatty(STDERR_FILENO) != 0) {
+        std::fprintf(stderr, "%zu of %zu photographs\r", photo, photos);
+    }
+}
+
 void runCases(const Options& options) {
     ContactSheet sheet;
     std::vector<CaseResult> results;
@@ -56,7 +66,9 @@ void runRobot(const Options& options) {
     csv.write(csvHeading());
     std::vector<RobotResult> results;
     const FolderOnDisk folder(options.folder);
-    for (const DataPhoto& photo : chosenPhotos(folder, options.only)) {
+    const std::vector<DataPhoto> photos = chosenPhotos(folder, options.only);
+    for (const DataPhoto& photo : photos) {
+        showProgress(static_cast<std::size_t>(&photo - photos.data()) + 1, photos.size());
         const std::vector<RobotResult> some = runRobot(photo, options.robot);
         csv.write(csvOf(some, options.robot.start));
         append(results, some);

@@ -26,7 +26,8 @@ std::string faultOf(const std::string& markCase) {
 }
 
 std::optional<Step> boxStepOf(const DataPhoto& photo, cv::Size size, cv::Point shift) {
-    const cv::Rect box = (photo.box() + shift) & cv::Rect({0, 0}, size);
+    const cv::Rect frame({0, 0}, size);
+    const cv::Rect box = ((photo.box() & frame) + shift) & frame;
     if (box.empty()) {
         return std::nullopt;
     }

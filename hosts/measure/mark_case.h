@@ -14,7 +14,7 @@ std::vector<std::string> marksOf(const std::string& markCase);
 // What is wrong with a case as a user gave it; empty for a good one.
 std::string faultOf(const std::string& markCase);
 
-// The photograph's box, moved and then cut off at the edges of a photograph of this size, or its loop
+// The photograph's box, moved and cut off at the edges of a photograph of this size, or its loop
 // as a step; none without one.
 std::optional<Step> boxStepOf(const DataPhoto& photo, cv::Size size, cv::Point shift = {});
 std::optional<Step> loopStepOf(const DataPhoto& photo);

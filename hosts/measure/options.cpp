@@ -2,7 +2,9 @@
 
 #include <CLI/CLI.hpp>
 #include <map>
+#include <optional>
 
+#include "interface/segmentation_core.h"
 #include "measure/mark_case.h"
 #include "pictures/picture_error.h"
 #include "pictures/picture_format.h"
@@ -10,10 +12,10 @@
 
 namespace {
 
-const char* const kCases = "Marks that the folder holds";
-const char* const kRobot = "A robot that corrects";
 // A person gives up long before; it bounds the time that a mistyped number takes.
 constexpr int kMostStrokes = 100;
+// Pixels. No photograph that the library takes has a longer side.
+constexpr int kLargestShift = SEGCORE_MAX_PIXELS;
 
 std::string notAnSvg(const std::string& file) {
     const std::string ending = ".svg";
@@ -32,70 +34,103 @@ std::string notAPicture(const std::string& file) {
     }
 }
 
-void declareCases(CLI::App& app, Options& options, CLI::Option* robot) {
-    const auto declare = [&](CLI::Option* option) { option->excludes(robot)->group(kCases); };
-    declare(app.add_option("--case", options.cases.cases, "Marks of a session, e.g. box+s1")
-                ->delimiter(',')
-                ->check(CLI::Validator(faultOf, "MARK[+MARK...]"))
-                ->capture_default_str());
-    declare(app.add_option("--contact-sheet", options.contactSheet, "Picture of all results")
-                ->check(CLI::Validator(notAPicture, "FILE")));
-    declare(app.add_option("--masks", options.cases.maskFolder, "Folder to write the masks to")
-                ->check(CLI::ExistingDirectory));
+bool isBetween(int number, int least, int most) {
+    return least <= number && number <= most;
 }
 
-void declareRobot(CLI::App& app, Options& options, CLI::Option* robot) {
-    const auto declare = [&](CLI::Option* option) {
-        option->needs(robot)->group(kRobot);
-        return option;
-    };
-    declare(app.add_option("--strokes", options.robot.strokes, "How many strokes it paints")
-                ->check(CLI::Range(0, kMostStrokes))
-                ->capture_default_str());
+std::optional<cv::Point> shiftOf(const std::string& text) {
+    const std::vector<std::string> parts = CLI::detail::split(text, ',');
+    cv::Point shift;
+    const bool good = parts.size() == 2 && CLI::detail::lexical_cast(parts[0], shift.x) &&
+                      CLI::detail::lexical_cast(parts[1], shift.y) &&
+                      isBetween(shift.x, -kLargestShift, kLargestShift) &&
+                      isBetween(shift.y, -kLargestShift, kLargestShift);
+    return good ? std::optional(shift) : std::nullopt;
+}
 
+std::string notAShift(const std::string& text) {
+    return shiftOf(text) ? ""
+                         : "'" + text + "' moves no box; give two numbers of pixels, e.g. 3,-2";
+}
+
+std::map<std::string, RobotStart> startsByName() {
     std::map<std::string, RobotStart> starts;
     for (const RobotStartName& entry : kRobotStartNames) {
         starts[entry.name] = entry.start;
     }
-    declare(app.add_option("--from", options.robot.start,
-                           "What it starts from: box, the default, loop or nothing")
-                ->transform(CLI::CheckedTransformer(starts).description(""))
-                ->option_text("START"));
+    return starts;
+}
 
-    std::vector<std::string> methods;
+void declareCases(CLI::App& app, Options& options) {
+    app.add_option("--case", options.cases.cases, "Marks of a session, e.g. box+s1")
+        ->delimiter(',')
+        ->check(CLI::Validator(faultOf, "MARK[+MARK...]"))
+        ->capture_default_str();
+    app.add_option("--contact-sheet", options.contactSheet, "Picture of all results")
+        ->check(CLI::Validator(notAPicture, ""))
+        ->option_text("FILE");
+    app.add_option("--masks", options.cases.maskFolder, "Folder to write the masks to")
+        ->check(CLI::ExistingDirectory);
+}
+
+void declareRobotStart(CLI::App& app, RobotOptions& robot) {
+    const std::map<std::string, RobotStart> starts = startsByName();
+    app.add_option_function<std::string>(
+           "--from", [&robot, starts](const std::string& name) { robot.start = starts.at(name); },
+           "What it starts from; the box unless given")
+        ->check(CLI::IsMember(starts))
+        ->option_text("box|loop|nothing");
+    app.add_option_function<std::string>(
+           "--box-shift", [&robot](const std::string& shift) { robot.boxShift = *shiftOf(shift); },
+           "Pixels to move all boxes by, to see how much a figure depends on them")
+        ->check(CLI::Validator(notAShift, ""))
+        ->option_text("DX,DY");
+}
+
+void declareRobot(CLI::App& app, Options& options) {
+    RobotOptions& robot = options.robot;
     for (const RobotMethod& method : robotMethods()) {
-        methods.emplace_back(method.name);
+        robot.methods.emplace_back(method.name);
     }
-    options.robot.methods = methods;
-    declare(app.add_option("--method", options.robot.methods, "Who answers its strokes")
-                ->delimiter(',')
-                ->check(CLI::IsMember(methods))
-                ->capture_default_str());
+    app.add_flag("--robot", options.useRobot,
+                 "Paint strokes over the largest mistakes, and measure after each");
+    app.add_option("--strokes", robot.strokes, "How many strokes it paints, 6 unless given")
+        ->check(CLI::Range(0, kMostStrokes))
+        ->option_text("N");
+    declareRobotStart(app, robot);
+    app.add_option("--method", robot.methods, "Who answers its strokes")
+        ->delimiter(',')
+        ->check(CLI::IsMember(robot.methods))
+        ->capture_default_str();
+    app.add_option("--csv", options.csv,
+                   "All results: photograph, method, start, strokes, error and IoU as shares, "
+                   "milliseconds")
+        ->option_text("FILE");
+    app.add_option("--curves", options.curves,
+                   "Picture of error, IoU and time by number of strokes")
+        ->check(CLI::Validator(notAnSvg, ""))
+        ->option_text("FILE.svg");
+}
 
-    declare(app.add_option_function<std::vector<int>>(
-                   "--box-shift",
-                   [&options](const std::vector<int>& shift) {
-                       options.robot.boxShift = {shift[0], shift[1]};
-                   },
-                   "Pixels to move all boxes by, to see how much a figure depends on them")
-                ->delimiter(',')
-                ->expected(2)
-                ->option_text("DX,DY"));
-    app.callback([&options, &app] {
-        options.robot.timeLimit = options.cases.timeLimit;
-        if (app.count("--box-shift") > 0 && options.robot.start != RobotStart::kBox) {
-            throw CLI::ValidationError("--box-shift",
-                                       "moves boxes; leave it out or use --from box");
-        }
-    });
+// Runs declare, and puts the options that it adds in a group of the help.
+template <typename Declare>
+std::vector<CLI::Option*> declareGroup(CLI::App& app, const std::string& name, Declare declare) {
+    const auto before = static_cast<std::ptrdiff_t>(app.get_options().size());
+    declare();
+    std::vector<CLI::Option*> options = app.get_options();
+    options.erase(options.begin(), options.begin() + before);
+    for (CLI::Option* option : options) {
+        option->group(name);
+    }
+    return options;
+}
 
-    declare(app.add_option("--csv", options.csv,
-                           "Table of all results: photograph, method, start, strokes, error and "
-                           "iou as shares, milliseconds")
-                ->option_text("FILE"));
-    declare(app.add_option("--curves", options.curves,
-                           "Picture of error, IoU and time by number of strokes")
-                ->check(CLI::Validator(notAnSvg, "FILE.svg")));
+// What concerns several options.
+void finish(Options& options, const CLI::App& app) {
+    options.robot.timeLimit = options.cases.timeLimit;
+    if (app.count("--box-shift") > 0 && options.robot.start != RobotStart::kBox) {
+        throw CLI::ValidationError("--box-shift", "moves boxes; leave it out or use --from box");
+    }
 }
 
 }  // namespace
@@ -108,10 +143,16 @@ void declareOptions(CLI::App& app, Options& options) {
     declareTimeLimit(app, options.cases.timeLimit);
     app.add_flag("--json", options.json, "Print JSON instead of a table");
     declareVerbose(app);
-    CLI::Option* const robot =
-        app.add_flag("--robot", options.useRobot,
-                     "Let a robot paint strokes over the largest mistakes, and measure after each")
-            ->group(kRobot);
-    declareCases(app, options, robot);
-    declareRobot(app, options, robot);
+    const std::vector<CLI::Option*> cases =
+        declareGroup(app, "Marks that the folder holds", [&] { declareCases(app, options); });
+    const std::vector<CLI::Option*> robot =
+        declareGroup(app, "A robot that corrects", [&] { declareRobot(app, options); });
+    CLI::Option* const useRobot = robot.front();
+    for (CLI::Option* option : cases) {
+        option->excludes(useRobot);
+    }
+    for (auto option = robot.begin() + 1; option != robot.end(); ++option) {
+        (*option)->needs(useRobot);
+    }
+    app.callback([&options, &app] { finish(options, app); });
 }
