@@ -1,13 +1,10 @@
 #include "cases.h"
 
 #include <chrono>
-#include <filesystem>
-#include <sstream>
 #include <stdexcept>
 
 #include "measure/mark_case.h"
 #include "measure/photo_choice.h"
-#include "picture_on_disk.h"
 
 namespace {
 
@@ -27,29 +24,13 @@ cv::Mat scribblesOf(const DataPhoto& photo, const std::string& markCase) {
     return last == "s1" || last == "s2" ? photo.scribbles(last) : cv::Mat();
 }
 
-std::string captionOf(const CaseResult& result) {
-    std::ostringstream caption;
-    caption.precision(3);
-    caption << result.photo << ' ' << result.markCase;
-    if (result.score) {
-        caption << ' ' << 100.0 * result.score->errorRate << '%';
-    }
-    return caption.str();
-}
-
-void writeMask(const std::string& folder, const CaseResult& result, const cv::Mat& mask) {
-    const std::string file = result.photo + "." + result.markCase + ".png";
-    writePicture((std::filesystem::path(folder) / file).string(), mask, PictureContent::kMask);
-}
-
 }  // namespace
 
 std::vector<CaseResult> cutCases(const DataPhoto& photo, const CaseOptions& options,
-                                 ContactSheet& sheet) {
+                                 ResultPictures& pictures) {
     std::vector<CaseResult> results;
     const cv::Mat image = photo.image();
     const cv::Mat truth = photo.truth();
-    sheet.startRow();
     for (const std::string& markCase : options.cases) {
         const auto start = std::chrono::steady_clock::now();
         const cv::Mat mask = cut(photo, image, markCase, options.timeLimit);
@@ -66,10 +47,8 @@ std::vector<CaseResult> cutCases(const DataPhoto& photo, const CaseOptions& opti
         if (!truth.empty()) {
             result.score = scoreOf(mask, truth);
         }
-        sheet.add(image, mask, scribblesOf(photo, markCase), captionOf(result));
-        if (!options.maskFolder.empty()) {
-            writeMask(options.maskFolder, result, mask);
-        }
+        pictures.add(
+            {result.photo, markCase, result.score, image, mask, scribblesOf(photo, markCase)});
         results.push_back(std::move(result));
     }
     return results;

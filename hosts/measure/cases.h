@@ -7,13 +7,12 @@
 #include <utility>
 #include <vector>
 
-#include "contact_sheet.h"
 #include "measure/score.h"
+#include "result_pictures.h"
 #include "session/data_set.h"
 
 struct CaseOptions {
     std::vector<std::string> cases{"box", "lasso", "box+s2"};
-    std::string maskFolder;  // empty: masks are not written
     double timeLimit = 0.0;  // of each request in seconds, 0 for none
 };
 
@@ -25,9 +24,9 @@ struct CaseResult {
     double milliseconds = 0.0;
 };
 
-// One result for each case whose marks the photograph has; they are a row of the sheet, too.
+// One result for each case whose marks the photograph has.
 std::vector<CaseResult> cutCases(const DataPhoto& photo, const CaseOptions& options,
-                                 ContactSheet& sheet);
+                                 ResultPictures& pictures);
 
 struct CaseMean {
     int count = 0;

@@ -11,7 +11,6 @@
 #include <stdexcept>
 
 #include "cases.h"
-#include "contact_sheet.h"
 #include "csv.h"
 #include "curves.h"
 #include "json.h"
@@ -19,6 +18,7 @@
 #include "measure/photo_choice.h"
 #include "options.h"
 #include "output_file.h"
+#include "result_pictures.h"
 #include "table.h"
 #include "terminal/engine_log.h"
 
@@ -47,29 +47,29 @@ void showProgress(std::size_t photo, std::size_t photos) {
 }
 
 void runCases(const Options& options) {
-    ContactSheet sheet;
+    ResultPictures pictures(options.pictures);
     std::vector<CaseResult> results;
     const FolderOnDisk folder(options.folder);
     for (const DataPhoto& photo : chosenPhotos(folder, options.only)) {
-        append(results, cutCases(photo, options.cases, sheet));
+        append(results, cutCases(photo, options.cases, pictures));
     }
     requireAny(results, options);
     options.json ? printJson(results) : printTable(results);
-    if (!options.contactSheet.empty()) {
-        sheet.write(options.contactSheet);
-    }
+    pictures.finish();
 }
 
 void runRobot(const Options& options) {
     OutputFile csv(options.csv);
     OutputFile curves(options.curves);
+    ResultPictures pictures(options.pictures);
+    const RobotWatcher watch = [&](const RobotView& view) { pictures.add(view); };
     csv.write(csvHeading());
     std::vector<RobotResult> results;
     const FolderOnDisk folder(options.folder);
     const std::vector<DataPhoto> photos = chosenPhotos(folder, options.only);
     for (const DataPhoto& photo : photos) {
         showProgress(static_cast<std::size_t>(&photo - photos.data()) + 1, photos.size());
-        const std::vector<RobotResult> some = runRobot(photo, options.robot);
+        const std::vector<RobotResult> some = runRobot(photo, options.robot, watch);
         csv.write(csvOf(some, options.robot.start));
         append(results, some);
     }
@@ -78,6 +78,7 @@ void runRobot(const Options& options) {
     options.json ? printJson(results, summaries, options.robot)
                  : printTable(summaries, options.robot);
     curves.write(curvesOf(summaries, options.robot));
+    pictures.finish();
 }
 
 }  // namespace

@@ -61,68 +61,58 @@ std::map<std::string, RobotStart> startsByName() {
     return starts;
 }
 
-void declareCases(CLI::App& app, Options& options) {
-    app.add_option("--case", options.cases.cases, "Marks of a session, e.g. box+s1")
-        ->delimiter(',')
-        ->check(CLI::Validator(faultOf, "MARK[+MARK...]"))
-        ->capture_default_str();
-    app.add_option("--contact-sheet", options.contactSheet, "Picture of all results")
+void declarePictures(CLI::App& app, PictureOptions& pictures) {
+    app.add_option("--contact-sheet", pictures.contactSheet, "Picture of all results")
         ->check(CLI::Validator(notAPicture, ""))
         ->option_text("FILE");
-    app.add_option("--masks", options.cases.maskFolder, "Folder to write the masks to")
+    app.add_option("--masks", pictures.maskFolder, "Folder to write the masks to")
         ->check(CLI::ExistingDirectory);
 }
 
-void declareRobotStart(CLI::App& app, RobotOptions& robot) {
+CLI::Option* declareFrom(CLI::App& app, RobotOptions& robot) {
     const std::map<std::string, RobotStart> starts = startsByName();
-    app.add_option_function<std::string>(
-           "--from", [&robot, starts](const std::string& name) { robot.start = starts.at(name); },
-           "What it starts from; the box unless given")
+    return app
+        .add_option_function<std::string>(
+            "--from", [&robot, starts](const std::string& name) { robot.start = starts.at(name); },
+            "What it starts from; the box unless given")
         ->check(CLI::IsMember(starts))
         ->option_text("box|loop|nothing");
-    app.add_option_function<std::string>(
-           "--box-shift", [&robot](const std::string& shift) { robot.boxShift = *shiftOf(shift); },
-           "Pixels to move all boxes by, to see how much a figure depends on them")
+}
+
+CLI::Option* declareBoxShift(CLI::App& app, RobotOptions& robot) {
+    return app
+        .add_option_function<std::string>(
+            "--box-shift", [&robot](const std::string& shift) { robot.boxShift = *shiftOf(shift); },
+            "Pixels to move all boxes by, to see how much a figure depends on them")
         ->check(CLI::Validator(notAShift, ""))
         ->option_text("DX,DY");
 }
 
-void declareRobot(CLI::App& app, Options& options) {
+// All of them, first the one that the others need.
+std::vector<CLI::Option*> declareRobot(CLI::App& app, Options& options) {
     RobotOptions& robot = options.robot;
     for (const RobotMethod& method : robotMethods()) {
         robot.methods.emplace_back(method.name);
     }
-    app.add_flag("--robot", options.useRobot,
-                 "Paint strokes over the largest mistakes, and measure after each");
-    app.add_option("--strokes", robot.strokes, "How many strokes it paints, 6 unless given")
-        ->check(CLI::Range(0, kMostStrokes))
-        ->option_text("N");
-    declareRobotStart(app, robot);
-    app.add_option("--method", robot.methods, "Who answers its strokes")
-        ->delimiter(',')
-        ->check(CLI::IsMember(robot.methods))
-        ->capture_default_str();
-    app.add_option("--csv", options.csv,
-                   "All results: photograph, method, start, strokes, error and IoU as shares, "
-                   "milliseconds")
-        ->option_text("FILE");
-    app.add_option("--curves", options.curves,
-                   "Picture of error, IoU and time by number of strokes")
-        ->check(CLI::Validator(notAnSvg, ""))
-        ->option_text("FILE.svg");
-}
-
-// Runs declare, and puts the options that it adds in a group of the help.
-template <typename Declare>
-std::vector<CLI::Option*> declareGroup(CLI::App& app, const std::string& name, Declare declare) {
-    const auto before = static_cast<std::ptrdiff_t>(app.get_options().size());
-    declare();
-    std::vector<CLI::Option*> options = app.get_options();
-    options.erase(options.begin(), options.begin() + before);
-    for (CLI::Option* option : options) {
-        option->group(name);
-    }
-    return options;
+    return {app.add_flag("--robot", options.useRobot,
+                         "Paint strokes over the largest mistakes, and measure after each"),
+            app.add_option("--strokes", robot.strokes, "How many strokes it paints, 6 unless given")
+                ->check(CLI::Range(0, kMostStrokes))
+                ->option_text("N"),
+            declareFrom(app, robot),
+            declareBoxShift(app, robot),
+            app.add_option("--method", robot.methods, "Who answers its strokes")
+                ->delimiter(',')
+                ->check(CLI::IsMember(robot.methods))
+                ->capture_default_str(),
+            app.add_option("--csv", options.csv,
+                           "All results: photograph, method, start, strokes, error and IoU as "
+                           "shares, milliseconds")
+                ->option_text("FILE"),
+            app.add_option("--curves", options.curves,
+                           "Picture of error, IoU and time by number of strokes")
+                ->check(CLI::Validator(notAnSvg, ""))
+                ->option_text("FILE.svg")};
 }
 
 // What concerns several options.
@@ -142,17 +132,20 @@ void declareOptions(CLI::App& app, Options& options) {
     app.add_option("--only", options.only, "Names of the photographs to measure")->delimiter(',');
     declareTimeLimit(app, options.cases.timeLimit);
     app.add_flag("--json", options.json, "Print JSON instead of a table");
+    declarePictures(app, options.pictures);
     declareVerbose(app);
-    const std::vector<CLI::Option*> cases =
-        declareGroup(app, "Marks that the folder holds", [&] { declareCases(app, options); });
-    const std::vector<CLI::Option*> robot =
-        declareGroup(app, "A robot that corrects", [&] { declareRobot(app, options); });
-    CLI::Option* const useRobot = robot.front();
-    for (CLI::Option* option : cases) {
-        option->excludes(useRobot);
-    }
-    for (auto option = robot.begin() + 1; option != robot.end(); ++option) {
-        (*option)->needs(useRobot);
+    CLI::Option* const cases =
+        app.add_option("--case", options.cases.cases, "Marks of a session, e.g. box+s1")
+            ->delimiter(',')
+            ->check(CLI::Validator(faultOf, "MARK[+MARK...]"))
+            ->capture_default_str();
+    const std::vector<CLI::Option*> robot = declareRobot(app, options);
+    robot.front()->excludes(cases);
+    for (CLI::Option* option : robot) {
+        option->group("A robot that corrects");
+        if (option != robot.front()) {
+            option->needs(robot.front());
+        }
     }
     app.callback([&options, &app] { finish(options, app); });
 }

@@ -6,6 +6,7 @@
 
 #include "cases.h"
 #include "measure/robot_run.h"
+#include "result_pictures.h"
 
 namespace CLI {
 class App;
@@ -16,13 +17,14 @@ struct Options {
     std::vector<std::string> only;  // names of photographs; all for none
     bool json = false;
 
+    PictureOptions pictures;
+
     CaseOptions cases;
-    std::string contactSheet;  // no file for an empty name; so below
 
     bool useRobot = false;
     RobotOptions robot;
-    std::string csv;
-    std::string curves;
+    std::string csv;     // file; empty for none
+    std::string curves;  // so, too
 };
 
 // Both outlive the parsing.

@@ -69,8 +69,9 @@ double timeOf(Method& method, const Step& mark, const RobotResult& result) {
     return elapsed.count();
 }
 
-void correct(Method& method, const Task& task, RobotResult result, int strokes,
-             std::vector<RobotResult>& results) {
+std::vector<RobotResult> correct(Method& method, const Task& task, RobotResult result, int strokes,
+                                 const RobotWatcher& watch) {
+    std::vector<RobotResult> results;
     std::optional<Step> mark = task.start;
     for (result.strokes = 0; result.strokes <= strokes; ++result.strokes) {
         if (result.strokes > 0) {
@@ -80,9 +81,12 @@ void correct(Method& method, const Task& task, RobotResult result, int strokes,
         if (mark) {
             result.milliseconds = timeOf(method, *mark, result);
         }
-        result.score = scoreOf(method.mask(), task.truth);
+        const cv::Mat mask = method.mask();
+        result.score = scoreOf(mask, task.truth);
+        watch({result, task.image, mask, mark});
         results.push_back(result);
     }
+    return results;
 }
 
 }  // namespace
@@ -100,7 +104,8 @@ const std::vector<RobotMethod>& robotMethods() {
     return methods;
 }
 
-std::vector<RobotResult> runRobot(const DataPhoto& photo, const RobotOptions& options) {
+std::vector<RobotResult> runRobot(const DataPhoto& photo, const RobotOptions& options,
+                                  const RobotWatcher& watch) {
     std::vector<RobotResult> results;
     const std::optional<Task> task = taskOf(photo, options);
     if (!task) {
@@ -115,7 +120,9 @@ std::vector<RobotResult> runRobot(const DataPhoto& photo, const RobotOptions& op
             result.large = isLarge(task->image);
             const std::unique_ptr<Method> method =
                 kind.make(task->image, task->photo, options.timeLimit);
-            correct(*method, *task, result, options.strokes, results);
+            const std::vector<RobotResult> some =
+                correct(*method, *task, result, options.strokes, watch);
+            results.insert(results.end(), some.begin(), some.end());
         }
     }
     return results;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <opencv2/core.hpp>
 #include <optional>
@@ -54,7 +55,17 @@ struct RobotResult {
     std::optional<double> milliseconds;
 };
 
-// One result for each count of strokes from 0 on, for each of the methods. A mark that a method refuses is
-// told on standard error and leaves the mask. Empty, with a line on standard error, for a photograph
-// without a true mask or without the marks to start from.
-std::vector<RobotResult> runRobot(const DataPhoto& photo, const RobotOptions& options);
+// What there is to see after a mark.
+struct RobotView {
+    const RobotResult& result;
+    const cv::Mat& image;
+    const cv::Mat& mask;
+    const std::optional<Step>& mark;  // none where none was made
+};
+using RobotWatcher = std::function<void(const RobotView&)>;
+
+// One result for each count of strokes from 0 on, for each of the methods; `watch` is shown each. A
+// mark that a method refuses is told on standard error and leaves the mask. Empty, with a line on
+// standard error, for a photograph without a true mask or without the marks to start from.
+std::vector<RobotResult> runRobot(const DataPhoto& photo, const RobotOptions& options,
+                                  const RobotWatcher& watch);

@@ -28,7 +28,7 @@ TEST(MeasureProgram, LetsTheRobotCorrectEachMethod) {
     place.write("bare.png", place.read("photo.png"));
     const std::string robot =
         "segcore . --only photo,bare --robot --strokes 2 --csv all.csv --curves all.svg";
-    const Outcome outcome = place.run(robot + " --json");
+    const Outcome outcome = place.run(robot + " --json --contact-sheet sheet.png --masks .");
     ASSERT_EQ(outcome.code, 0) << outcome.err;
     EXPECT_EQ(outcome.err, "segcore-measure: bare: skipped, as it has no true mask\n");
     const nlohmann::json document = nlohmann::json::parse(outcome.out);
@@ -51,6 +51,8 @@ TEST(MeasureProgram, LetsTheRobotCorrectEachMethod) {
                        " >table; cut -d, -f-6 all.csv | cmp - first")
                   .code,
               0);
+    EXPECT_EQ(place.image("sheet.png").size(), cv::Size(6 * 240, 256));
+    EXPECT_EQ(place.image("photo.grab-cut+2.png").size(), cv::Size(160, 120));
     EXPECT_EQ(place.run("grep -c '<polyline' all.svg").out, "6\n");
     EXPECT_EQ(place.run("grep -c 'mean of 1 .* [012] ' table").out, "6\n");
 }
@@ -58,10 +60,10 @@ TEST(MeasureProgram, LetsTheRobotCorrectEachMethod) {
 TEST(MeasureProgram, RefusesWrongUse) {
     const Workplace place;
     for (const char* options :
-         {"--strokes 2", "--robot --masks .", "--robot --from elsewhere", "--robot --strokes -1",
+         {"--strokes 2", "--robot --case box", "--robot --from elsewhere", "--robot --strokes -1",
           "--robot --curves all.gif", "--robot --box-shift 3", "--robot --method guess",
           "--robot --from loop --box-shift 3,-3", "--robot --box-shift -2147483648,0"}) {
-        EXPECT_EQ(place.run("segcore . " + std::string(options)).code, 2) << options;
+        EXPECT_EQ(place.run("segcore " + std::string(options) + " .").code, 2) << options;
     }
     EXPECT_TRUE(place.isUntouched());
 }
