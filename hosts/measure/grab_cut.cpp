@@ -77,7 +77,7 @@ void GrabCut::apply(const Step& mark) {
 }
 
 cv::Mat GrabCut::mask() const {
-    const cv::Mat object = objectOf(m_labels);
+    cv::Mat object = objectOf(m_labels);
     if (object.size() == m_size) {
         return object;
     }

@@ -4,6 +4,7 @@
 #include <opencv2/core.hpp>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "contact_sheet.h"
 #include "measure/robot_run.h"
@@ -16,7 +17,7 @@ struct PictureOptions {
 
 class ResultPictures {
   public:
-    explicit ResultPictures(const PictureOptions& options) : m_options(options) {}
+    explicit ResultPictures(PictureOptions options) : m_options(std::move(options)) {}
 
     struct Result {
         std::string photo;

@@ -53,6 +53,9 @@ TEST(MeasureProgram, LetsTheRobotCorrectEachMethod) {
               0);
     EXPECT_EQ(place.image("sheet.png").size(), cv::Size(6 * 240, 256));
     EXPECT_EQ(place.image("photo.grab-cut+2.png").size(), cv::Size(160, 120));
+    // Moved away from the photograph, nothing of the box is left.
+    EXPECT_EQ(place.run("segcore . --only photo --robot --box-shift 0,-120").err.substr(0, 45),
+              "segcore-measure: photo: skipped, as it has no");
     EXPECT_EQ(place.run("grep -c '<polyline' all.svg").out, "6\n");
     EXPECT_EQ(place.run("grep -c 'mean of 1 .* [012] ' table").out, "6\n");
 }

@@ -48,6 +48,8 @@ TEST(Robot, PaintsOverTheLargestWrongRegion) {
              Case{{"xxxxx", "x.-xx", "xx-xx"}, Operation::kBrushRemove, {{2, 2}, {2, 1}}},
              // Corners join no region.
              Case{{"+...", ".+..", "..+.", "--.."}, Operation::kBrushRemove, {{1, 3}, {0, 3}}},
+             // Of equally far ends the first is where the stroke begins.
+             Case{{".+.", "+++"}, Operation::kBrushAdd, {{0, 1}, {1, 0}, {2, 1}}},
              // Of equals the first.
              Case{{"...--", "+....", "+...."}, Operation::kBrushRemove, {{4, 0}, {3, 0}}},
          }) {
