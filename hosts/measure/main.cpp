@@ -1,8 +1,9 @@
 // segcore-measure: cuts the photographs of a folder from their marks and says how far the masks are
 // from the true ones.
 //
-// Without --robot the marks are those of a case, joined by "+": box, lasso, s1 and s2. A scribble set
-// is one step of painted marks. With --robot strokes on the largest mistakes follow, one by one.
+// Without --robot the marks are those of a case, joined by "+": box, lasso, s1 and s2. A scribble
+// set is one step of painted marks. With --robot strokes on the largest mistakes follow, one by
+// one.
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -38,8 +39,8 @@ void requireAny(const std::vector<Result>& results, const Options& options) {
     }
 }
 
-// The robot takes a second or more for each photograph. The next line written to the terminal covers
-// the number.
+// The robot takes a second or more for each photograph. The next line written to the terminal
+// covers the number.
 void showProgress(std::size_t photo, std::size_t photos) {
     if (isatty(STDERR_FILENO) != 0) {
         std::fprintf(stderr, "%zu of %zu photographs\r", photo, photos);

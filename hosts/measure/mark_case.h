@@ -1,4 +1,5 @@
-// A case of the measurements: the marks of a session in order, joined by "+": box, lasso, s1 and s2.
+// A case of the measurements: the marks of a session in order, joined by "+": box, lasso, s1 and
+// s2.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -1,5 +1,5 @@
-// A text file that the program writes. It is opened before the work, which may take an hour, so that
-// a name that cannot be written is told at once.
+// A text file that the program writes. It is opened before the work, which may take an hour, so
+// that a name that cannot be written is told at once.
 #pragma once
 
 #include <fstream>

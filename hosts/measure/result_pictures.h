@@ -28,7 +28,8 @@ class ResultPictures {
         cv::Mat scribbles;  // CV_8UC1: 1 background, 2 object; may be empty
     };
 
-    // The results of a photograph, one after another, are a row of the sheet. Throws std::runtime_error for a mask that cannot be written.
+    // The results of a photograph, one after another, are a row of the sheet. Throws
+    // std::runtime_error for a mask that cannot be written.
     void add(const Result& result);
     // With all strokes so far painted in.
     void add(const RobotView& view);

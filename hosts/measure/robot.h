@@ -1,12 +1,13 @@
 // A robot in the place of a person who corrects a mask: it looks for the largest mistake and paints
 // over the middle of it.
 //
-// A wrong region is one of pixels that miss in the mask, or of pixels that are too many, whose pixels
-// hang together at their sides. Of equally large ones it takes the one that comes first, row by row.
-// The photograph's border counts as an edge of the region. The stroke goes through the pixel deepest
-// inside (again the first one) and along the core around it, which is where the region's edge is at
-// least half as far away. Its radius is at most 1 % of the photograph's mean side, the brush that
-// people use, and at most half the depth, and so small that nothing is painted outside the region.
+// A wrong region is one of pixels that miss in the mask, or of pixels that are too many, whose
+// pixels hang together at their sides. Of equally large ones it takes the one that comes first, row
+// by row. The photograph's border counts as an edge of the region. The stroke goes through the
+// pixel deepest inside (again the first one) and along the core around it, which is where the
+// region's edge is at least half as far away. Its radius is at most 1 % of the photograph's mean
+// side, the brush that people use, and at most half the depth, and so small that nothing is painted
+// outside the region.
 //
 // Measuring with such a robot follows Nickisch, Rother, Kohli and Rhemann, Learning an interactive
 // segmentation system, 2010.

@@ -50,8 +50,8 @@ struct RobotResult {
     bool large = false;
     int strokes = 0;
     Score score{};
-    // From the mark to the mask; what happens once for each photograph does not count. None where no
-    // mark was made: at the start from nothing, and once the robot finds nothing wrong.
+    // From the mark to the mask; what happens once for each photograph does not count. None where
+    // no mark was made: at the start from nothing, and once the robot finds nothing wrong.
     std::optional<double> milliseconds;
 };
 

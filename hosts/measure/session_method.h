@@ -12,9 +12,9 @@ class SessionMethod : public Method {
     // Says in a step how its mark is to be understood, where a session knows several ways.
     using Ask = std::function<void(Step& step)>;
 
-    // `image` is CV_8UC3, blue green red, and `name` the photograph's in messages. The limit is that
-    // of each request in seconds, 0 for none. Throws UserError for a photograph that the library
-    // refuses. One at a time, as sessions are.
+    // `image` is CV_8UC3, blue green red, and `name` the photograph's in messages. The limit is
+    // that of each request in seconds, 0 for none. Throws UserError for a photograph that the
+    // library refuses. One at a time, as sessions are.
     SessionMethod(const cv::Mat& image, const std::string& name, double timeLimit, Ask ask);
 
     void apply(const Step& mark) override;
