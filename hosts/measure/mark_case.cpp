@@ -70,6 +70,7 @@ bool CaseSession::applyMark(const std::string& mark) {
         step->marksFile = mark;
     }
     if (step) {
+        step->correction = usualCorrection(step->operation, !m_session.hasResult());
         m_session.apply(*step);
     }
     return step.has_value();

@@ -14,9 +14,16 @@
 
 namespace {
 
+std::unique_ptr<Method> makeWholeObject(const cv::Mat& image, const std::string& name,
+                                        double timeLimit) {
+    return std::make_unique<SessionMethod>(
+        image, name, timeLimit, [](Step& step) { step.correction = Correction::kWholeObject; });
+}
+
 std::unique_ptr<Method> makeTouchUp(const cv::Mat& image, const std::string& name,
                                     double timeLimit) {
-    return std::make_unique<SessionMethod>(image, name, timeLimit, [](Step&) {});
+    return std::make_unique<SessionMethod>(
+        image, name, timeLimit, [](Step& step) { step.correction = Correction::kTouchUp; });
 }
 
 std::unique_ptr<Method> makeGrabCut(const cv::Mat& image, const std::string& /*name*/,
@@ -99,7 +106,8 @@ const char* nameOf(RobotStart start) {
 }
 
 const std::vector<RobotMethod>& robotMethods() {
-    static const std::vector<RobotMethod> methods{{"touch-up", makeTouchUp},
+    static const std::vector<RobotMethod> methods{{"whole-object", makeWholeObject},
+                                                  {"touch-up", makeTouchUp},
                                                   {"grab-cut", makeGrabCut}};
     return methods;
 }
