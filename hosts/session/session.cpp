@@ -243,8 +243,9 @@ void Session::findWhole(const Step& drawn, Step& step) {
     const cv::Mat candidates = candidatesFor(drawn, step, marks);
     holdPhoto();
     const bool exact = step.passes.has_value();
+    const int usual = m_hasResult || marks.hasRegion() ? kUsualPasses : kPassesWithoutRegion;
     const FoundObject found = m_stats.measure(m_stage, [&] {
-        return findObject(m_engine, {marks, candidates, step.passes.value_or(kUsualPasses),
+        return findObject(m_engine, {marks, candidates, step.passes.value_or(usual),
                                      [&] { return exact || hasTime(); }});
     });
     step.passes = found.passes;
@@ -262,6 +263,8 @@ cv::Mat Session::candidatesFor(const Step& drawn, Step& step, const UserMarks& m
     cv::Mat candidates = m_result.clone();
     if (drawn.operation == Operation::kMarks) {
         candidates.setTo(255, m_painted == SEGCORE_MARK_CANDIDATE);
+        candidates.setTo(255, spread(m_painted == SEGCORE_MARK_OBJECT, kMarkSpread));
+        candidates.setTo(0, spread(m_painted == SEGCORE_MARK_BACKGROUND, kMarkSpread));
         return candidates;
     }
     Step around = drawn;

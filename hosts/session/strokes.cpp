@@ -12,8 +12,6 @@ namespace {
 // A brush as thick as a finger on a photograph shown on a phone.
 constexpr double kDefaultRadiusShare = 0.01;  // of the photograph's mean side
 constexpr int kSmallestDefaultRadius = 2;
-// What is wrong is seldom as thin as the stroke through it.
-constexpr double kSpreadShare = 0.03;  // of the photograph's mean side
 // The imaging library draws lines of up to 32767 pixels.
 constexpr int kLargestRadius = 16383;
 
@@ -119,7 +117,7 @@ void requireInside(const std::vector<cv::Point>& points, cv::Size photo) {
 }
 
 int spreadRadius(const Step& step, cv::Size photo) {
-    const double spread = std::sqrt(static_cast<double>(photo.area())) * kSpreadShare;
+    const double spread = std::sqrt(static_cast<double>(photo.area())) * kMarkSpread;
     return std::min(radiusOf(step, photo) + static_cast<int>(spread), kLargestRadius);
 }
 

@@ -30,8 +30,11 @@ struct Request {
 // errors.
 Request requestFor(const Step& step, cv::Size photo);
 
-// The radius, around a brush's own, in which a whole object's search takes the brush for the better
-// guess than the last result.
+// How far around a mark, of the photograph's mean side, the search for a whole object takes the mark
+// for a better guess than the last result: what is wrong is seldom as thin as the stroke through it.
+constexpr double kMarkSpread = 0.03;
+
+// A brush's own radius and that.
 int spreadRadius(const Step& step, cv::Size photo);
 
 // The two shapes alone, on CV_32SC1 or CV_8UC1: the discs along a path, and a loop's inside with its

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <opencv2/imgproc.hpp>
+#include <vector>
 
 #include "interface/segmentation_core.h"
 
@@ -18,6 +20,33 @@ constexpr double kLineReach = 3.0;
 int clearanceOf(cv::Size photo) {
     const double factor = std::sqrt(static_cast<double>(photo.area()) / kWorkingPixels);
     return static_cast<int>(std::ceil(kLineReach * std::max(1.0, factor)));
+}
+
+// How far the first object marks reach, of the photograph's mean side: as far as the engine's own
+// band around a brush.
+constexpr double kFirstSpread = 0.05;
+
+// The pieces of `mask`, connected through the sides of pixels, that hold a pixel of `marked`.
+cv::Mat piecesWith(const cv::Mat& marked, const cv::Mat& mask) {
+    cv::Mat pieces;
+    const int count = cv::connectedComponents(mask, pieces, 4);
+    std::vector<std::uint8_t> kept(static_cast<std::size_t>(count), 0);
+    const auto forAll = [&](auto&& act) {
+        for (int y = 0; y < mask.rows; ++y) {
+            const auto* row = pieces.ptr<int>(y);
+            for (int x = 0; x < mask.cols; ++x) {
+                if (row[x] != 0) {
+                    act(y, x, static_cast<std::size_t>(row[x]));
+                }
+            }
+        }
+    };
+    forAll([&](int y, int x, std::size_t piece) {
+        kept[piece] = marked.at<std::uint8_t>(y, x) != 0 ? 255 : kept[piece];
+    });
+    cv::Mat result = cv::Mat::zeros(mask.size(), CV_8UC1);
+    forAll([&](int y, int x, std::size_t piece) { result.at<std::uint8_t>(y, x) = kept[piece]; });
+    return result;
 }
 
 // A side of a rectangle moves outwards where marks come close to it.
@@ -67,11 +96,15 @@ void UserMarks::markChanges(const cv::Mat& before, const cv::Mat& after) {
     m_codes.setTo(SEGCORE_MARK_BACKGROUND, before & ~after);
 }
 
+bool UserMarks::hasObjectMarks() const {
+    return cv::countNonZero(m_codes == SEGCORE_MARK_OBJECT) > 0;
+}
+
 cv::Mat UserMarks::firstCandidates() const {
-    if (m_hasRegion || cv::countNonZero(m_codes == SEGCORE_MARK_OBJECT) == 0) {
+    if (m_hasRegion || !hasObjectMarks()) {
         return region();
     }
-    return cv::Mat::zeros(m_codes.size(), CV_8UC1);
+    return spread(m_codes == SEGCORE_MARK_OBJECT, kFirstSpread);
 }
 
 // The rectangle around the region, moved away from the marks as far as the photograph allows: its
@@ -110,5 +143,14 @@ cv::Mat UserMarks::honouredBy(const cv::Mat& mask) const {
     cv::Mat honoured = mask & region();
     honoured.setTo(255, m_codes == SEGCORE_MARK_OBJECT);
     honoured.setTo(0, m_codes == SEGCORE_MARK_BACKGROUND);
+    if (!m_hasRegion && hasObjectMarks()) {
+        honoured = piecesWith(m_codes == SEGCORE_MARK_OBJECT, honoured);
+    }
     return honoured;
+}
+
+cv::Mat spread(const cv::Mat& marked, double share) {
+    cv::Mat distance;
+    cv::distanceTransform(marked == 0, distance, cv::DIST_L2, cv::DIST_MASK_5);
+    return distance <= share * std::sqrt(static_cast<double>(marked.total()));
 }

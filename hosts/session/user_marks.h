@@ -22,8 +22,8 @@ class UserMarks {
     void mark(const cv::Mat& where, int code);
     // The pixels in which two masks differ are what the later one says.
     void markChanges(const cv::Mat& before, const cv::Mat& after);
-    // Where to look for the object first when there is no result yet, CV_8UC1, 255. Painted background
-    // alone says that the object is elsewhere; anything else says where it is.
+    // Where to look for the object first when there is no result yet, CV_8UC1, 255: in the region;
+    // without one around the object marks; without these everywhere.
     cv::Mat firstCandidates() const;
 
     // Finds the whole object on an empty base. `candidates` (CV_8UC1, 255) start as probable object
@@ -32,7 +32,9 @@ class UserMarks {
 
     // A result as the marks have it: marked pixels are what they are marked as, and nothing outside
     // the region is object. The engine decides anew along the line of a request's points, which can
-    // lie outside the region or, at the photograph's border, on marks.
+    // lie outside the region or, at the photograph's border, on marks. Where object marks alone say
+    // where the object is, only those of its pieces stay that hold one: without a region, alike
+    // colours anywhere in the photograph are taken for the object.
     cv::Mat honouredBy(const cv::Mat& mask) const;
 
     struct Kept {
@@ -45,9 +47,14 @@ class UserMarks {
     UserMarks(const Kept& kept, cv::Size photo);
 
   private:
+    bool hasObjectMarks() const;
     cv::Rect around() const;
 
     cv::Mat m_region;  // CV_8UC1, 255 inside of boxes and loops
     cv::Mat m_codes;   // CV_8UC1, marker codes
     bool m_hasRegion = false;
 };
+
+// CV_8UC1, 255: the pixels no farther from those of `marked` (CV_8UC1, not 0) than `share` of the
+// photograph's mean side.
+cv::Mat spread(const cv::Mat& marked, double share);

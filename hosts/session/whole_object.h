@@ -10,6 +10,8 @@
 
 // Passes that help where nobody says how many; a further one changes next to nothing.
 constexpr int kUsualPasses = 1;
+// From strokes alone the first pass sees little of the object's colours.
+constexpr int kPassesWithoutRegion = 3;
 
 struct ObjectSearch {
     const UserMarks& marks;
