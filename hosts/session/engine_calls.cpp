@@ -80,15 +80,19 @@ void EngineCalls::take(const Photo& photo) {
     m_photo = &photo;
     m_blended = photo.words;
     m_delivered.resize(photo.words.size());
-    m_mask = cv::Mat::zeros(photo.size(), CV_8UC1);
+    showNone();
+}
+
+// Masks that were handed out share their pixels, so a new one is made.
+void EngineCalls::showNone() {
+    m_mask = cv::Mat(m_photo->size(), CV_8UC1, cv::Scalar(0));
     m_hasMask = false;
 }
 
 void EngineCalls::reset() {
     resetSegmentationInterface();
     m_blended = m_photo->words;
-    m_mask = cv::Mat::zeros(m_photo->size(), CV_8UC1);
-    m_hasMask = false;
+    showNone();
 }
 
 template <typename Call>

@@ -51,6 +51,7 @@ class EngineCalls {
     template <typename Call>
     void deliver(Call&& call);
     void requireDone();
+    void showNone();
 
     SessionHost& m_host;
     const Photo* m_photo = nullptr;
