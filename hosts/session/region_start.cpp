@@ -83,6 +83,18 @@ double mutualInformation(const Photo& photo, const cv::Mat& mask, cv::Rect withi
     return (ofMask + joint) / pixels;
 }
 
+// The photograph's border is a border of the region, too.
+cv::Mat deeperThan(double share, const cv::Mat& region) {
+    cv::Mat framed;
+    cv::copyMakeBorder(region, framed, 1, 1, 1, 1, cv::BORDER_CONSTANT, cv::Scalar(0));
+    cv::Mat depth;
+    cv::distanceTransform(framed, depth, cv::DIST_L2, cv::DIST_MASK_5);
+    double greatest = 0.0;
+    cv::minMaxLoc(depth, nullptr, &greatest);
+    const cv::Mat deep = depth > share * greatest;
+    return deep(cv::Rect(1, 1, region.cols, region.rows)).clone();
+}
+
 double shareOfSides(const cv::Mat& mask, cv::Rect rectangle) {
     const cv::Mat inside = mask(rectangle);
     const int object = cv::countNonZero(inside.row(0)) + cv::countNonZero(inside.col(0)) +
@@ -95,12 +107,18 @@ double shareOfSides(const cv::Mat& mask, cv::Rect rectangle) {
 
 const RegionStart* regionStartNamed(const std::string& name) {
     const auto* found =
-        std::find_if(kRegionStarts.begin(), kRegionStarts.end(),
+        std::find_if(kBoxStarts.begin(), kBoxStarts.end(),
                      [&name](const RegionStart& start) { return name == start.name; });
-    return found == kRegionStarts.end() ? nullptr : found;
+    if (found != kBoxStarts.end()) {
+        return found;
+    }
+    return name == kLoopStart.name ? &kLoopStart : nullptr;
 }
 
 cv::Mat insideOf(const RegionStart& start, const cv::Mat& region) {
+    if (start.power < 0) {
+        return deeperThan(start.size, region);
+    }
     const cv::Rect rectangle = cv::boundingRect(region);
     // From the rectangle's middle, in half sides of the start's.
     const auto along = [&start](int position, int first, int length) {
@@ -125,15 +143,19 @@ cv::Mat insideOf(const RegionStart& start, const cv::Mat& region) {
     return inside & region;
 }
 
-Photo smallCopy(const Photo& photo) {
+cv::Size smallSize(cv::Size photo) {
     const double pixels = static_cast<double>(photo.width) * photo.height;
-    const double factor = std::sqrt(kSmallPixels / pixels);
-    if (factor >= 1.0) {
+    const double factor = std::min(1.0, std::sqrt(kSmallPixels / pixels));
+    return {std::max(1, static_cast<int>(photo.width * factor)),
+            std::max(1, static_cast<int>(photo.height * factor))};
+}
+
+Photo smallCopy(const Photo& photo) {
+    const cv::Size size = smallSize(photo.size());
+    if (size == photo.size()) {
         return photo;
     }
-    Photo small;
-    small.width = std::max(1, static_cast<int>(photo.width * factor));
-    small.height = std::max(1, static_cast<int>(photo.height * factor));
+    Photo small{size.width, size.height, {}};
     small.words.reserve(static_cast<std::size_t>(small.width) *
                         static_cast<std::size_t>(small.height));
     for (int y = 0; y < small.height; ++y) {

@@ -4,7 +4,8 @@
 // time, and the one whose result its colours set apart best is taken.
 //
 // A start is a shape centred in the region's bounding rectangle: |u|^p + |v|^p < 1, with u and v from
-// -1 to 1 over `size` times the rectangle, cut off at the region.
+// -1 to 1 over `size` times the rectangle, cut off at the region. A loop follows its object, so its one
+// start is the loop itself without a rim, which is seldom object.
 #pragma once
 
 #include <array>
@@ -17,12 +18,15 @@
 struct RegionStart {
     const char* name;  // in session files
     double size;       // of the rectangle's sides
-    int power;         // 2 an ellipse, 4 a rectangle with round corners; 0 a rectangle
+    int power;         // 2 an ellipse, 4 a rectangle with round corners; 0 a rectangle; -1 the loop's
 };
+
+// The pixels deeper in the loop than a tenth of its greatest depth.
+constexpr RegionStart kLoopStart{"inset", 0.1, -1};
 
 // From what leaves most to the engine to what leaves least. Where a region holds more than its object
 // the small ones win, and where the object fills it the large ones.
-constexpr std::array<RegionStart, 10> kRegionStarts{{
+constexpr std::array<RegionStart, 10> kBoxStarts{{
     {"whole", 1.0, 0},
     {"rounded", 1.0, 4},
     {"ellipse", 1.0, 2},
@@ -40,8 +44,10 @@ const RegionStart* regionStartNamed(const std::string& name);  // null when ther
 // CV_8UC1, 255 in the start; `region` (CV_8UC1) is not 0 inside.
 cv::Mat insideOf(const RegionStart& start, const cv::Mat& region);
 
-// The photograph with about 19200 pixels, a quarter of those that the engine works on; the photograph
-// itself when it has no more. Each pixel is the mean of those that it stands for.
+// The size of about 19200 pixels, a quarter of those that the engine works on; that of the photograph
+// when it has no more.
+cv::Size smallSize(cv::Size photo);
+// The photograph in that size. Each pixel is the mean of those that it stands for.
 Photo smallCopy(const Photo& photo);
 
 // `mask` (CV_8UC1) at the pixels of another size that a nearest-neighbour reduction would take it

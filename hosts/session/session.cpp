@@ -284,8 +284,13 @@ cv::Mat Session::firstCandidates(Step& step, const UserMarks& marks) {
     if (!step.start.empty() && named == nullptr) {
         throw UserError("there is no start \"" + step.start + "\"; leave it out for the best one");
     }
+    if (named == &kLoopStart || (named == nullptr && isLoop(step.operation))) {
+        step.start = kLoopStart.name;
+        return loopStart(m_photo, marks.region());
+    }
     const ChosenStart chosen = m_stats.measure(m_stage + ", start", [&] {
-        return chooseStart(m_engine, m_photo, marks.region(), named, [this] { return hasTime(); });
+        return chooseBoxStart(m_engine, m_photo, marks.region(), named,
+                              [this] { return hasTime(); });
     });
     step.start = chosen.start->name;
     return chosen.candidates;

@@ -46,8 +46,8 @@ FoundObject findObject(EngineCalls& engine, const ObjectSearch& search) {
     return found;
 }
 
-ChosenStart chooseStart(EngineCalls& engine, const Photo& photo, const cv::Mat& region,
-                        const RegionStart* only, const std::function<bool()>& hasTime) {
+ChosenStart chooseBoxStart(EngineCalls& engine, const Photo& photo, const cv::Mat& region,
+                           const RegionStart* only, const std::function<bool()>& hasTime) {
     const Photo small = smallCopy(photo);
     const cv::Mat smallRegion = reducedTo(small.size(), region);
     UserMarks marks(small.size());
@@ -56,7 +56,7 @@ ChosenStart chooseStart(EngineCalls& engine, const Photo& photo, const cv::Mat& 
     ChosenStart chosen;
     cv::Mat mask;
     double best = 0.0;
-    for (const RegionStart& start : kRegionStarts) {
+    for (const RegionStart& start : kBoxStarts) {
         if ((only != nullptr && &start != only) || (chosen.start != nullptr && !hasTime())) {
             continue;
         }
@@ -72,4 +72,9 @@ ChosenStart chooseStart(EngineCalls& engine, const Photo& photo, const cv::Mat& 
     engine.take(photo);
     chosen.candidates = enlargedTo(photo.size(), mask);
     return chosen;
+}
+
+cv::Mat loopStart(const Photo& photo, const cv::Mat& region) {
+    const cv::Mat small = reducedTo(smallSize(photo.size()), region);
+    return enlargedTo(photo.size(), insideOf(kLoopStart, small));
 }

@@ -36,8 +36,11 @@ struct ChosenStart {
     cv::Mat candidates;  // what was found from it, CV_8UC1 of the photograph's size
 };
 
-// Tries the starts of a region on a small copy of the photograph; `only` is the one to take, null for
+// Tries the starts of a box on a small copy of the photograph; `only` is the one to take, null for
 // the best. The engine holds `photo` again afterwards, with an empty history, unless this throws what
 // EngineCalls throws.
-ChosenStart chooseStart(EngineCalls& engine, const Photo& photo, const cv::Mat& region,
-                        const RegionStart* only, const std::function<bool()>& hasTime);
+ChosenStart chooseBoxStart(EngineCalls& engine, const Photo& photo, const cv::Mat& region,
+                           const RegionStart* only, const std::function<bool()>& hasTime);
+
+// A loop's start, CV_8UC1 of the photograph's size, as coarse as the small copy would show it.
+cv::Mat loopStart(const Photo& photo, const cv::Mat& region);
