@@ -1,6 +1,7 @@
 #include "session/region_start.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <opencv2/imgproc.hpp>
@@ -116,27 +117,23 @@ const RegionStart* regionStartNamed(const std::string& name) {
 }
 
 cv::Mat insideOf(const RegionStart& start, const cv::Mat& region) {
-    if (start.power < 0) {
-        return deeperThan(start.size, region);
+    if (start.shape == StartShape::kInset) {
+        return deeperThan(start.width, region);
     }
     const cv::Rect rectangle = cv::boundingRect(region);
     // From the rectangle's middle, in half sides of the start's.
-    const auto along = [&start](int position, int first, int length) {
+    const auto along = [](int position, int first, int length, double share) {
         const double middle = first + (length - 1) / 2.0;
-        return std::abs(position - middle) / (start.size * length / 2.0);
-    };
-    const auto raised = [&start](double distance) {
-        const double squared = distance * distance;
-        return start.power == 2 ? squared : squared * squared;
+        return std::abs(position - middle) / (share * length / 2.0);
     };
     cv::Mat inside = cv::Mat::zeros(region.size(), CV_8UC1);
     for (int y = rectangle.y; y < rectangle.br().y; ++y) {
-        const double v = along(y, rectangle.y, rectangle.height);
+        const double v = along(y, rectangle.y, rectangle.height, start.height);
         auto* row = inside.ptr<std::uint8_t>(y);
         for (int x = rectangle.x; x < rectangle.br().x; ++x) {
-            const double u = along(x, rectangle.x, rectangle.width);
+            const double u = along(x, rectangle.x, rectangle.width, start.width);
             const bool within =
-                start.power == 0 ? std::max(u, v) < 1.0 : raised(u) + raised(v) < 1.0;
+                start.shape == StartShape::kEllipse ? u * u + v * v < 1.0 : std::max(u, v) < 1.0;
             row[x] = within ? 255 : 0;
         }
     }

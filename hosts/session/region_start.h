@@ -3,40 +3,37 @@
 // several starts are tried on a small copy of the photograph, where a request takes a quarter of the
 // time, and the one whose result its colours set apart best is taken.
 //
-// A start is a shape centred in the region's bounding rectangle: |u|^p + |v|^p < 1, with u and v from
-// -1 to 1 over `size` times the rectangle, cut off at the region. A loop follows its object, so its one
-// start is the loop itself without a rim, which is seldom object.
+// A start is a shape centred in the region's bounding rectangle, cut off at the region. A loop follows
+// its object, so its one start is the loop itself without a rim, which is seldom object.
 #pragma once
 
 #include <array>
 #include <opencv2/core.hpp>
-#include <optional>
 #include <string>
 
 #include "session/photo.h"
 
+enum class StartShape { kRectangle, kEllipse, kInset };
+
 struct RegionStart {
     const char* name;  // in session files
-    double size;       // of the rectangle's sides
-    int power;         // 2 an ellipse, 4 a rectangle with round corners; 0 a rectangle; -1 the loop's
+    StartShape shape;
+    double width;  // of the rectangle's; of an inset both are the depth that it begins at, as a share
+    double height;  // of the greatest
 };
 
-// The pixels deeper in the loop than a tenth of its greatest depth.
-constexpr RegionStart kLoopStart{"inset", 0.1, -1};
+constexpr RegionStart kLoopStart{"inset", StartShape::kInset, 0.1, 0.1};
 
-// From what leaves most to the engine to what leaves least. Where a region holds more than its object
-// the small ones win, and where the object fills it the large ones.
-constexpr std::array<RegionStart, 10> kBoxStarts{{
-    {"whole", 1.0, 0},
-    {"rounded", 1.0, 4},
-    {"ellipse", 1.0, 2},
-    {"ellipse-90", 0.9, 2},
-    {"ellipse-80", 0.8, 2},
-    {"ellipse-70", 0.7, 2},
-    {"middle-85", 0.85, 0},
-    {"middle-70", 0.7, 0},
-    {"middle-60", 0.6, 0},
-    {"middle-50", 0.5, 0},
+// Where a box holds more than its object the small ones win, and where the object fills it the large
+// ones; standing and lying objects have one each. Six serve as well as ten that were tried, with sizes
+// in between and round corners.
+constexpr std::array<RegionStart, 6> kBoxStarts{{
+    {"whole", StartShape::kRectangle, 1.0, 1.0},
+    {"ellipse", StartShape::kEllipse, 1.0, 1.0},
+    {"middle-70", StartShape::kRectangle, 0.7, 0.7},
+    {"middle-50", StartShape::kRectangle, 0.5, 0.5},
+    {"upright", StartShape::kRectangle, 0.6, 0.9},
+    {"lying", StartShape::kRectangle, 0.9, 0.6},
 }};
 
 const RegionStart* regionStartNamed(const std::string& name);  // null when there is none
