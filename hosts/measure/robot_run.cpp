@@ -106,9 +106,8 @@ const char* nameOf(RobotStart start) {
 }
 
 const std::vector<RobotMethod>& robotMethods() {
-    static const std::vector<RobotMethod> methods{{"whole-object", makeWholeObject},
-                                                  {"touch-up", makeTouchUp},
-                                                  {"grab-cut", makeGrabCut}};
+    static const std::vector<RobotMethod> methods{
+        {"whole-object", makeWholeObject}, {"touch-up", makeTouchUp}, {"grab-cut", makeGrabCut}};
     return methods;
 }
 

@@ -1,6 +1,7 @@
 #include "session/engine_calls.h"
 
 #include <algorithm>
+#include <atomic>
 #include <opencv2/imgproc.hpp>
 #include <string>
 #include <utility>
@@ -12,6 +13,8 @@ namespace {
 
 // Host masks hold 0 and 255 only: a call that delivers no mask leaves this byte standing.
 constexpr std::uint8_t kUntouched = 1;
+
+std::atomic<bool> isInUse{false};
 
 void passMarks(const Request& request) {
     std::vector<int> coordinates;
@@ -35,12 +38,16 @@ cv::Mat objectOf(const std::uint8_t* maskBytes, cv::Size size) {
 }  // namespace
 
 EngineCalls::EngineCalls(SessionHost& host) : m_host(host) {
+    if (isInUse.exchange(true)) {
+        throw UserError("there is a session in this program already; end it first");
+    }
     segcore_set_observer(onProgress, this);
 }
 
 EngineCalls::~EngineCalls() {
     segcore_set_observer(nullptr, nullptr);
     deinitSegmentation();
+    isInUse = false;
 }
 
 int EngineCalls::onProgress(const segcore_progress* progress, void* self) {
@@ -107,9 +114,8 @@ void EngineCalls::deliver(Call&& call) {
 
 void EngineCalls::segment(const Request& request) {
     passMarks(request);
-    deliver([](std::uint32_t* blended, std::uint8_t* mask) {
-        processSegment(0, 0, 0, blended, mask);
-    });
+    deliver(
+        [](std::uint32_t* blended, std::uint8_t* mask) { processSegment(0, 0, 0, blended, mask); });
     requireDone();
 }
 

@@ -14,7 +14,8 @@
 
 class EngineCalls {
   public:
-    // The host outlives the object. It is told of the progress of all requests.
+    // The host outlives the object. It is told of the progress of all requests. Throws UserError while
+    // there is another object.
     explicit EngineCalls(SessionHost& host);
     ~EngineCalls();
     EngineCalls(const EngineCalls&) = delete;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <numeric>
 #include <opencv2/imgproc.hpp>
 #include <vector>
 
@@ -25,6 +26,20 @@ constexpr double kNothingFound = -1.0;  // below everything that is something
 // The first of the pixels along one axis that the one at `index` of `count` stands for.
 int firstOf(int index, int count, int total) {
     return static_cast<int>(static_cast<std::int64_t>(index) * total / count);
+}
+
+// For each of `large` pixels the last of `small` ones whose place is not after it. The places are asked
+// of the imaging library, whose reduction the engine uses: its rounding is its own.
+std::vector<int> sourcesOf(int large, int small) {
+    cv::Mat indices(1, large, CV_32SC1);
+    std::iota(indices.begin<int>(), indices.end<int>(), 0);
+    cv::Mat places;
+    cv::resize(indices, places, cv::Size(small, 1), 0, 0, cv::INTER_NEAREST);
+    std::vector<int> sources(static_cast<std::size_t>(large));
+    for (int index = 0; index < small; ++index) {
+        std::fill(sources.begin() + places.at<int>(0, index), sources.end(), index);
+    }
+    return sources;
 }
 
 std::uint32_t meanWord(const Photo& photo, cv::Rect cell) {
@@ -168,16 +183,8 @@ Photo smallCopy(const Photo& photo) {
 }
 
 cv::Mat enlargedTo(cv::Size size, const cv::Mat& mask) {
-    // The last pixel of the reduction whose place is not after this one.
-    const auto sources = [](int large, int small) {
-        std::vector<int> source(static_cast<std::size_t>(large));
-        for (int index = 0; index < small; ++index) {
-            std::fill(source.begin() + firstOf(index, small, large), source.end(), index);
-        }
-        return source;
-    };
-    const std::vector<int> columns = sources(size.width, mask.cols);
-    const std::vector<int> rows = sources(size.height, mask.rows);
+    const std::vector<int> columns = sourcesOf(size.width, mask.cols);
+    const std::vector<int> rows = sourcesOf(size.height, mask.rows);
     cv::Mat large(size, CV_8UC1);
     for (int y = 0; y < size.height; ++y) {
         const int from = rows[static_cast<std::size_t>(y)];
@@ -198,14 +205,12 @@ double separation(const Photo& photo, const cv::Mat& region, const cv::Mat& mask
     const cv::Rect rectangle = cv::boundingRect(region);
     const int margin =
         static_cast<int>(kMargin * std::sqrt(static_cast<double>(rectangle.area()))) + kLeastMargin;
-    const cv::Rect within =
-        cv::Rect(rectangle.x - margin, rectangle.y - margin, rectangle.width + 2 * margin,
-                 rectangle.height + 2 * margin) &
-        cv::Rect({0, 0}, photo.size());
+    const cv::Rect within = cv::Rect(rectangle.x - margin, rectangle.y - margin,
+                                     rectangle.width + 2 * margin, rectangle.height + 2 * margin) &
+                            cv::Rect({0, 0}, photo.size());
     const cv::Mat inside = mask & region;
     if (cv::countNonZero(inside) == 0) {
         return kNothingFound;
     }
-    return mutualInformation(photo, inside, within) -
-           kSideWeight * shareOfSides(inside, rectangle);
+    return mutualInformation(photo, inside, within) - kSideWeight * shareOfSides(inside, rectangle);
 }

@@ -18,16 +18,17 @@ enum class StartShape { kRectangle, kEllipse, kInset };
 struct RegionStart {
     const char* name;  // in session files
     StartShape shape;
-    double width;  // of the rectangle's; of an inset both are the depth that it begins at, as a share
+    double
+        width;  // of the rectangle's; of an inset both are the depth that it begins at, as a share
     double height;  // of the greatest
 };
 
-constexpr RegionStart kLoopStart{"inset", StartShape::kInset, 0.1, 0.1};
+inline constexpr RegionStart kLoopStart{"inset", StartShape::kInset, 0.1, 0.1};
 
 // Where a box holds more than its object the small ones win, and where the object fills it the large
 // ones; standing and lying objects have one each. Six serve as well as ten that were tried, with sizes
 // in between and round corners.
-constexpr std::array<RegionStart, 6> kBoxStarts{{
+inline constexpr std::array<RegionStart, 6> kBoxStarts{{
     {"whole", StartShape::kRectangle, 1.0, 1.0},
     {"ellipse", StartShape::kEllipse, 1.0, 1.0},
     {"middle-70", StartShape::kRectangle, 0.7, 0.7},

@@ -9,6 +9,20 @@
 #include "session/snapped_loop.h"
 #include "session/whole_object.h"
 
+namespace {
+
+void requireChoices(const Step& step) {
+    if (step.passes && (*step.passes < 1 || *step.passes > kMostPasses)) {
+        throw UserError(std::to_string(*step.passes) + " passes are not possible; make 1 to " +
+                        std::to_string(kMostPasses));
+    }
+    if (!step.start.empty() && regionStartNamed(step.start) == nullptr) {
+        throw UserError("there is no start \"" + step.start + "\"; leave it out for the best one");
+    }
+}
+
+}  // namespace
+
 void Session::Host::throwIfInterrupted() {
     m_program.throwIfInterrupted();
     const std::lock_guard<std::mutex> lock(m_access);
@@ -127,6 +141,7 @@ void Session::make(Step& step) {
 }
 
 void Session::applyMarks(Step& step) {
+    requireChoices(step);
     if (removes(step.operation) && !m_hasResult) {
         throw UserError(std::string(nameOf(step.operation)) +
                         " has nothing to remove from; mark the object first, for example by a box");
@@ -231,6 +246,9 @@ void Session::noteSaid(UserMarks& marks, const Step& drawn) {
     if (isBrush(drawn.operation) || drawn.edit) {
         marks.mark(drawing,
                    removes(drawn.operation) ? SEGCORE_MARK_BACKGROUND : SEGCORE_MARK_OBJECT);
+        if (!removes(drawn.operation) && marks.hasRegion() && !marks.isWithinRegion(drawing)) {
+            marks.addRegion(surroundingsOf(drawn));
+        }
     } else if (!removes(drawn.operation)) {
         marks.addRegion(drawing);
     }
@@ -267,13 +285,17 @@ cv::Mat Session::candidatesFor(const Step& drawn, Step& step, const UserMarks& m
         candidates.setTo(0, spread(m_painted == SEGCORE_MARK_BACKGROUND, kMarkSpread));
         return candidates;
     }
+    candidates.setTo(removes(drawn.operation) ? 0 : 255, surroundingsOf(drawn));
+    return candidates;
+}
+
+// What a mark is a better guess for than the last result.
+cv::Mat Session::surroundingsOf(const Step& drawn) const {
     Step around = drawn;
     if (isBrush(drawn.operation)) {
         around.radius = spreadRadius(drawn, m_photo.size());
     }
-    candidates.setTo(removes(drawn.operation) ? 0 : 255,
-                     requestFor(around, m_photo.size()).markers != SEGCORE_MARK_NONE);
-    return candidates;
+    return requestFor(around, m_photo.size()).markers != SEGCORE_MARK_NONE;
 }
 
 cv::Mat Session::firstCandidates(Step& step, const UserMarks& marks) {
@@ -281,9 +303,6 @@ cv::Mat Session::firstCandidates(Step& step, const UserMarks& marks) {
         return marks.firstCandidates();
     }
     const RegionStart* named = regionStartNamed(step.start);
-    if (!step.start.empty() && named == nullptr) {
-        throw UserError("there is no start \"" + step.start + "\"; leave it out for the best one");
-    }
     if (named == &kLoopStart || (named == nullptr && isLoop(step.operation))) {
         step.start = kLoopStart.name;
         return loopStart(m_photo, marks.region());

@@ -29,7 +29,8 @@
 
 class Session {
   public:
-    // All three outlive the session. Throws UserError for a photograph that the engine refuses.
+    // All three outlive the session. Throws UserError for a photograph that the engine refuses, and
+    // while there is another session.
     Session(const Photo& photo, SessionHost& host, Stats& stats);
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -91,7 +92,7 @@ class Session {
     };
 
     struct ShownStep {
-        int requests = 0;       // that the engine's history holds of it, as its last
+        int requests = 0;  // that the engine's history holds of it, as its last
         bool hasResult = false;
         KeptMask mask;
         UserMarks::Kept marks;
@@ -111,6 +112,7 @@ class Session {
     void noteSaid(UserMarks& marks, const Step& drawn);
     void findWhole(const Step& drawn, Step& step);
     cv::Mat candidatesFor(const Step& drawn, Step& step, const UserMarks& marks);
+    cv::Mat surroundingsOf(const Step& drawn) const;
     cv::Mat firstCandidates(Step& step, const UserMarks& marks);
     void stepBack();
     void stepForward();

@@ -80,6 +80,10 @@ void UserMarks::addRegion(const cv::Mat& inside) {
     m_hasRegion = true;
 }
 
+bool UserMarks::isWithinRegion(const cv::Mat& marked) const {
+    return cv::countNonZero(marked & ~m_region) == 0;
+}
+
 cv::Mat UserMarks::region() const {
     if (!m_hasRegion) {
         return {m_region.size(), CV_8UC1, cv::Scalar(255)};

@@ -14,6 +14,8 @@ class UserMarks {
     // CV_8UC1, 255 inside a box or loop. Until there is one, the region is the whole photograph.
     void addRegion(const cv::Mat& inside);
     bool hasRegion() const { return m_hasRegion; }
+    // Whether boxes and loops hold all of `marked`.
+    bool isWithinRegion(const cv::Mat& marked) const;
     // CV_8UC1, 255 in the region, which holds all marks.
     cv::Mat region() const;
 

@@ -22,7 +22,7 @@ struct ObjectSearch {
 };
 
 struct FoundObject {
-    cv::Mat mask;  // CV_8UC1, 255 object, of the photograph's size
+    cv::Mat mask;    // CV_8UC1, 255 object, of the photograph's size
     int passes = 0;  // made
 };
 

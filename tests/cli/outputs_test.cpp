@@ -47,9 +47,8 @@ TEST(Outputs, AreWhatTheLibraryDelivers) {
     for (const Json& stage : stats["stages"]) {
         stages.push_back(stage["stage"]);
     }
-    EXPECT_EQ(stages,
-              (std::vector<std::string>{"read photograph", "take photograph",
-                                        "step 1, loop-add", "write outputs"}));
+    EXPECT_EQ(stages, (std::vector<std::string>{"read photograph", "take photograph",
+                                                "step 1, loop-add", "write outputs"}));
     HostSession session(discScene());
     session.loop({30, 10, 130, 20, 120, 110, 25, 100});
     const cv::Mat mask = programMask(session.mask, {session.width, session.height});
