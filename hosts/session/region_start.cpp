@@ -21,6 +21,7 @@ constexpr std::size_t kCells = static_cast<std::size_t>(kLevels) * kLevels * kLe
 constexpr double kMargin = 0.1;  // around the rectangle, of its mean side
 constexpr int kLeastMargin = 3;
 constexpr double kSideWeight = 0.5;
+constexpr double kSpanWeight = 0.1;
 constexpr double kNothingFound = -1.0;  // below everything that is something
 
 // The first of the pixels along one axis that the one at `index` of `count` stands for.
@@ -119,6 +120,13 @@ double shareOfSides(const cv::Mat& mask, cv::Rect rectangle) {
     return static_cast<double>(object) / (2.0 * (rectangle.width + rectangle.height));
 }
 
+// The share of the rectangle's width or height, whichever is less, that the mask spans.
+double spanOf(const cv::Mat& mask, cv::Rect rectangle) {
+    const cv::Rect spanned = cv::boundingRect(mask);
+    return std::min(static_cast<double>(spanned.width) / rectangle.width,
+                    static_cast<double>(spanned.height) / rectangle.height);
+}
+
 }  // namespace
 
 const RegionStart* regionStartNamed(const std::string& name) {
@@ -212,5 +220,7 @@ double separation(const Photo& photo, const cv::Mat& region, const cv::Mat& mask
     if (cv::countNonZero(inside) == 0) {
         return kNothingFound;
     }
-    return mutualInformation(photo, inside, within) - kSideWeight * shareOfSides(inside, rectangle);
+    return mutualInformation(photo, inside, within) -
+           kSideWeight * shareOfSides(inside, rectangle) +
+           kSpanWeight * spanOf(inside, rectangle);
 }

@@ -53,8 +53,8 @@ Photo smallCopy(const Photo& photo);
 cv::Mat enlargedTo(cv::Size size, const cv::Mat& mask);
 
 // How far the colours of a photograph set the object of `mask` apart within the region and a margin
-// around it, in nats a pixel; higher is better. It is the mutual information of a pixel's colour and
-// its being object: the nats that knowing the colour saves in saying which pixels are object. Objects
-// seldom run along the sides of the rectangle that somebody drew around them, so half of the share of
-// its sides that they take is subtracted.
+// around it; higher is better. It is the mutual information of a pixel's colour and its being object:
+// the nats a pixel that knowing the colours saves in saying which pixels are object. Objects seldom run
+// along the sides of the rectangle that somebody drew around them, so half of the share of its sides
+// that they take is subtracted; and they span it, so a tenth of the share of it that they span is added.
 double separation(const Photo& photo, const cv::Mat& region, const cv::Mat& mask);

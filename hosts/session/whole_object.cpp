@@ -1,6 +1,8 @@
 #include "session/whole_object.h"
 
+#include <algorithm>
 #include <opencv2/imgproc.hpp>
+#include <vector>
 
 namespace {
 
@@ -23,6 +25,39 @@ cv::Mat reducedTo(cv::Size size, const cv::Mat& region) {
                                around.x * size.width / region.cols) = 255;
     }
     return small;
+}
+
+struct Attempt {
+    const RegionStart* start;
+    cv::Mat mask;
+};
+
+// Intersection over union; 1 for two empty masks.
+double overlap(const cv::Mat& one, const cv::Mat& other) {
+    const int either = cv::countNonZero(one | other);
+    return either == 0 ? 1.0 : static_cast<double>(cv::countNonZero(one & other)) / either;
+}
+
+// What other starts find, too, is less likely a matter of chance.
+constexpr double kAgreementWeight = 0.2;
+
+double agreementOf(const std::vector<Attempt>& attempts, const Attempt& attempt) {
+    double sum = 0.0;
+    for (const Attempt& other : attempts) {
+        sum += overlap(other.mask, attempt.mask);
+    }
+    return sum / static_cast<double>(attempts.size());
+}
+
+const Attempt& bestOf(const std::vector<Attempt>& attempts, const Photo& photo,
+                      const cv::Mat& region) {
+    std::vector<double> scores;
+    for (const Attempt& attempt : attempts) {
+        scores.push_back(separation(photo, region, attempt.mask) +
+                         kAgreementWeight * agreementOf(attempts, attempt));
+    }
+    const auto best = std::max_element(scores.begin(), scores.end());
+    return attempts[static_cast<std::size_t>(best - scores.begin())];
 }
 
 }  // namespace
@@ -53,25 +88,17 @@ ChosenStart chooseBoxStart(EngineCalls& engine, const Photo& photo, const cv::Ma
     UserMarks marks(small.size());
     marks.addRegion(smallRegion);
     engine.take(small);
-    ChosenStart chosen;
-    cv::Mat mask;
-    double best = 0.0;
+    std::vector<Attempt> attempts;
     for (const RegionStart& start : kBoxStarts) {
-        if ((only != nullptr && &start != only) || (chosen.start != nullptr && !hasTime())) {
-            continue;
-        }
-        engine.reset();
-        const cv::Mat found = engine.workingMask(marks.request(insideOf(start, smallRegion)));
-        const double score = separation(small, smallRegion, found);
-        if (chosen.start == nullptr || score > best) {
-            best = score;
-            chosen.start = &start;
-            mask = found;
+        if ((only == nullptr || &start == only) && (attempts.empty() || hasTime())) {
+            engine.reset();
+            attempts.push_back(
+                {&start, engine.workingMask(marks.request(insideOf(start, smallRegion)))});
         }
     }
     engine.take(photo);
-    chosen.candidates = enlargedTo(photo.size(), mask);
-    return chosen;
+    const Attempt& best = bestOf(attempts, small, smallRegion);
+    return {best.start, enlargedTo(photo.size(), best.mask)};
 }
 
 cv::Mat loopStart(const Photo& photo, const cv::Mat& region) {
