@@ -63,6 +63,7 @@ void declareDamaged(CLI::App& command, Damaged& damaged) {
 void declareInput(CLI::App& command, CutInput& input) {
     declareDamaged(command, input.damaged);
     declareTimeLimit(command, input.timeLimit);
+    declareTimeBudget(command, input.timeBudget);
 }
 
 CLI::App& subcommand(CLI::App& app, const char* name, const char* description) {
@@ -90,12 +91,11 @@ void declareCut(CLI::App& app) {
     declareOutputs(command, *outputs);
     command.callback([photo, input, marks, outputs] {
         requireMarksAfter(*marks);
-        SessionFile& session = input->session;
         if (!input->sessionName.empty()) {
-            session = readSessionFile(input->sessionName);
+            input->session = readSessionFile(input->sessionName);
         }
-        session.photo = *photo;
-        session.steps.insert(session.steps.end(), marks->steps.begin(), marks->steps.end());
+        input->session.photo = *photo;
+        input->marks = marks->steps;
         runCut(*input, *outputs);
     });
 }

@@ -87,20 +87,38 @@ std::string stepFileName(std::size_t number) {
     return name;
 }
 
-void applySteps(Session& session, const std::vector<Step>& steps, const std::string& stepFolder,
-                OutputFiles& files) {
+// Only now is it known whether there is a result, on which the usual kind depends.
+Step withKind(Step mark, bool isFirst) {
+    if (!mark.correction) {
+        mark.correction = usualCorrection(mark.operation, isFirst);
+    }
+    if (mark.correction != Correction::kWholeObject) {
+        mark.passes.reset();
+    }
+    return mark;
+}
+
+// Returns the steps as they were made.
+std::vector<Step> applySteps(Session& session, const CutInput& input, const std::string& stepFolder,
+                             OutputFiles& files) {
     if (!stepFolder.empty()) {
         files.addFolder(stepFolder);
     }
-    std::size_t number = 0;
-    for (const Step& step : steps) {
-        session.apply(step);
-        ++number;
+    std::vector<Step> made;
+    const auto apply = [&](const Step& step) {
+        made.push_back(session.apply(step));
         if (!stepFolder.empty()) {
-            files.add((fs::path(stepFolder) / stepFileName(number)).string(),
+            files.add((fs::path(stepFolder) / stepFileName(made.size())).string(),
                       encodePicture(session.result(), kPng));
         }
+    };
+    for (const Step& step : input.session.steps) {
+        apply(step);
     }
+    for (const Step& mark : input.marks) {
+        apply(withKind(mark, !session.hasResult()));
+    }
+    return made;
 }
 
 void requireObject(const Session& session) {
@@ -162,12 +180,29 @@ std::vector<std::string> withStepFiles(std::vector<std::string> targets, const C
     return targets;
 }
 
-std::vector<std::string> inputsOf(const SessionFile& session) {
-    std::vector<std::string> inputs{session.photo};
-    for (const Step& step : session.steps) {
-        inputs.push_back(step.marksFile);
+std::vector<std::string> inputsOf(const CutInput& input) {
+    std::vector<std::string> inputs{input.session.photo};
+    for (const std::vector<Step>& steps : {input.session.steps, input.marks}) {
+        for (const Step& step : steps) {
+            inputs.push_back(step.marksFile);
+        }
     }
     return wantedPaths(inputs);
+}
+
+// Before any work: there is something to do, and a place for what comes of it.
+void checkRequest(const CutInput& input, const CutOutputs& outputs,
+                  const std::vector<std::string>& targets) {
+    const std::size_t steps = input.session.steps.size() + input.marks.size();
+    if (targets.empty() && outputs.stepFolder.empty() && outputs.stats == StatsForm::kNone) {
+        throw UserError("nothing to write; name an output, for example --cutout cutout.png");
+    }
+    if (steps == 0) {
+        throw UserError("no marks; mark the object, for example by --box left,top,right,bottom");
+    }
+    checkTargets(outputs.stepFolder.empty() ? targets : withStepFiles(targets, outputs, steps),
+                 inputsOf(input));
+    checkFormats(outputs);
 }
 
 }  // namespace
@@ -177,16 +212,7 @@ void runCut(const CutInput& input, const CutOutputs& outputs) {
     const std::vector<std::string> targets =
         wantedPaths({outputs.mask, outputs.cutout, outputs.preview, outputs.svg, outputs.json,
                      outputs.session});
-    if (targets.empty() && outputs.stepFolder.empty() && outputs.stats == StatsForm::kNone) {
-        throw UserError("nothing to write; name an output, for example --cutout cutout.png");
-    }
-    if (file.steps.empty()) {
-        throw UserError("no marks; mark the object, for example by --box left,top,right,bottom");
-    }
-    checkTargets(
-        outputs.stepFolder.empty() ? targets : withStepFiles(targets, outputs, file.steps.size()),
-        inputsOf(file));
-    checkFormats(outputs);
+    checkRequest(input, outputs, targets);
 
     MemoryPeak memory;
     Stats stats(&memory);
@@ -196,15 +222,16 @@ void runCut(const CutInput& input, const CutOutputs& outputs) {
     requireSamePhoto(file, photo, input.sessionName);
     Session session(photo, host, stats);
     session.setTimeLimit(input.timeLimit);
+    session.setTimeBudget(input.timeBudget);
     OutputFiles files;
-    applySteps(session, file.steps, outputs.stepFolder, files);
+    SessionFile made = file;
+    made.steps = applySteps(session, input, outputs.stepFolder, files);
     requireObject(session);
     stats.measure("write outputs", [&] {
         addResults(session, photo, outputs, files);
         if (!outputs.session.empty()) {
-            SessionFile saved = file;
-            notePhoto(saved, photo);
-            files.add(outputs.session, encodeSessionFile(saved, outputs.session));
+            notePhoto(made, photo);
+            files.add(outputs.session, encodeSessionFile(made, outputs.session));
         }
         files.commit();
     });

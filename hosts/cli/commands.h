@@ -24,9 +24,11 @@ struct CutOutputs {
 
 struct CutInput {
     SessionFile session;                  // the photograph, and the steps on it
+    std::vector<Step> marks;              // that follow; without a kind each takes the usual one
     std::string sessionName;              // of the file that the photograph has to fit
     Damaged damaged = Damaged::kRefused;  // the photograph
     double timeLimit = 0.0;               // seconds for each request, 0 for no limit
+    double timeBudget = 0.0;              // seconds for each step's choice of passes, likewise
 };
 
 // Leads a session and writes its results.

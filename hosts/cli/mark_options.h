@@ -2,6 +2,8 @@
 #pragma once
 
 #include <optional>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "session/step.h"
@@ -12,11 +14,11 @@ class App;
 
 struct MarkOptions {
     std::vector<Step> steps;
-    std::optional<int> radius;    // of the brushes that follow
-    std::optional<double> alpha;  // of the snapped loops that follow
-    // Options that no mark has come after yet.
-    bool radiusWaits = false;
-    bool alphaWaits = false;
+    std::optional<int> radius;             // of the brushes that follow
+    std::optional<double> alpha;           // of the snapped loops that follow
+    std::optional<Correction> correction;  // of the marks that follow; none: the usual kind of each
+    std::optional<int> passes;             // of the whole-object marks that follow
+    std::set<std::string> waiting;         // options that no mark has come after yet
 };
 
 // `marks` is filled while the command is parsed.

@@ -1,13 +1,15 @@
 // Sessions as JSON texts:
 //
-//   {"version": 1,
+//   {"version": 2,
 //    "photo": "coffee.png", "width": 600, "height": 400,
 //    "digest": "32 hexadecimal digits",
 //    "steps": [
-//      {"op": "box", "box": [left, top, right, bottom]},
+//      {"op": "box", "box": [left, top, right, bottom], "correction": "whole-object",
+//       "passes": 2, "start": "rounded"},
 //      {"op": "loop-add", "points": [[x, y], ...]},
 //      {"op": "snap-loop-remove", "points": [[x, y], ...], "alpha": 0.9},
 //      {"op": "brush-add", "points": [[x, y], ...], "radius": 6},
+//      {"op": "brush-add", "points": [[x, y], ...], "correction": "touch-up"},
 //      {"op": "brush-remove", "points": [[x, y], ...], "edit": true},
 //      {"op": "marks", "file": "scribbles.png"},
 //      {"op": "undo"}, {"op": "redo"}]}
@@ -16,8 +18,13 @@
 // marks, undo, redo. "radius" (brushes), "alpha" (snapped loops) and "edit" (brushes and plain
 // loops: change the mask directly, without segmenting) may be left out. Numbers of pixels are whole.
 //
-// "version", "width" with "height", and "digest" may be left out; a file with the photograph's size
-// or digest (digestOf in photo.h) fits that photograph only.
+// "correction" says the kind of a mark (step.h). Marks without one make the requests that they made
+// before there were kinds, so that older files give the same masks as ever. "passes" (1 to kMostPasses)
+// and "start" (a RegionStart's name, on boxes and on loops that add) belong to whole-object marks,
+// which have no "edit". All three need version 2, and are written as the session made the step.
+//
+// "version" (1 when left out), "width" with "height", and "digest" may be left out; a file with the
+// photograph's size or digest (digestOf in photo.h) fits that photograph only.
 //
 // How files are named is the host's affair: texts hold what `nameInFile` makes of a name, and
 // sessions what `nameForHost` makes of a text's.
@@ -45,7 +52,8 @@ using FileNaming = std::function<std::string(const std::string&)>;
 SessionFile parseSessionFile(const std::string& text, const std::string& name,
                              const FileNaming& nameForHost);
 
-// Without size and digest the text is one of before there were any.
+// In the oldest form that says everything: version 2 for kinds of correction alone, and without size
+// and digest a text of before there were any.
 std::string formatSessionFile(const SessionFile& session, const FileNaming& nameInFile);
 
 // Notes the photograph's size and digest.

@@ -15,6 +15,12 @@ std::string notALimit(const std::string& text) {
                : "'" + text + "' is no number of seconds; give 0 for no limit, or more";
 }
 
+void declareSeconds(CLI::App& app, const char* name, double& seconds, const char* what) {
+    app.add_option(name, seconds, what)
+        ->check(CLI::Validator(notALimit, ""))
+        ->option_text("SECONDS");
+}
+
 }  // namespace
 
 void declareVerbose(CLI::App& app) {
@@ -23,8 +29,12 @@ void declareVerbose(CLI::App& app) {
 }
 
 void declareTimeLimit(CLI::App& app, double& seconds) {
-    app.add_option("--time-limit", seconds,
-                   "Seconds that each segmentation may take; 0, the default, is no limit")
-        ->check(CLI::Validator(notALimit, ""))
-        ->option_text("SECONDS");
+    declareSeconds(app, "--time-limit", seconds,
+                   "Seconds that each segmentation may take; 0, the default, is no limit");
+}
+
+void declareTimeBudget(CLI::App& app, double& seconds) {
+    declareSeconds(app, "--time-budget", seconds,
+                   "Seconds after which a mark makes do with the passes that it has made; 0, the "
+                   "default, is no limit");
 }

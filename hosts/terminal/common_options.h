@@ -10,3 +10,6 @@ void declareVerbose(CLI::App& app);
 
 // --time-limit, for Session::setTimeLimit; 0, for none, unless the option is given.
 void declareTimeLimit(CLI::App& app, double& seconds);
+
+// --time-budget, for Session::setTimeBudget; likewise.
+void declareTimeBudget(CLI::App& app, double& seconds);
