@@ -13,6 +13,13 @@ constexpr int kStrong = 192;
 constexpr int kWeak = 63;
 constexpr int kOpaque = 128;
 
+// Of 73 photographs none comes near both limits: the nearest has three times as many stray pixels as
+// marks, and those with marks on 0.2 % of the picture have stray pixels on 16 % and more. Scribbles of two
+// pixels and wider, soft or saved as JPEG, seldom reach 0.4 of their marks and never 1 % of the picture.
+constexpr int kTint = 32;
+constexpr double kMostStrayToMarks = 0.5;
+constexpr double kMostStray = 0.03;
+
 cv::Mat pixelsBetween(const cv::Mat& image, const cv::Scalar& lowest, const cv::Scalar& highest) {
     cv::Mat found;
     cv::inRange(image, lowest, highest, found);
@@ -35,6 +42,31 @@ cv::Mat codesOfColours(const cv::Mat& image) {
     codes.setTo(SEGCORE_MARK_CANDIDATE,
                 pixelsBetween(image, {kStrong, 0, 0, kOpaque}, {255, kWeak, kWeak, 255}));
     return codes;
+}
+
+// Opaque pixels of a colour that is neither a mark nor ground nor one fading into the other: in all of
+// these the two weaker channels are alike.
+int countStray(const cv::Mat& image, const cv::Mat& codes) {
+    std::vector<cv::Mat> channels;
+    cv::split(image, channels);
+    const cv::Mat lower = cv::min(channels[0], channels[1]);
+    const cv::Mat upper = cv::max(channels[0], channels[1]);
+    const cv::Mat lowest = cv::min(lower, channels[2]);
+    const cv::Mat middle = cv::max(lower, cv::min(upper, channels[2]));
+    return cv::countNonZero((middle - lowest > kTint) & (channels[3] >= kOpaque) &
+                            (codes == SEGCORE_MARK_NONE));
+}
+
+void requirePainted(const cv::Mat& image, const cv::Mat& codes, const std::string& name) {
+    const double stray = countStray(image, codes);
+    if (stray > kMostStrayToMarks * cv::countNonZero(codes) ||
+        stray > kMostStray * static_cast<double>(codes.total())) {
+        throw UserError(
+            name +
+            " is no picture of marks, since it has too many other colours; paint object "
+            "green, background red and candidates blue on a transparent, black, white "
+            "or grey ground");
+    }
 }
 
 void requireCodes(const cv::Mat& codes, const std::string& name) {
@@ -113,6 +145,7 @@ cv::Mat paintedMarks(cv::Mat picture, const std::string& name, cv::Size photo) {
             cv::cvtColor(picture, picture, cv::COLOR_BGR2BGRA);
         }
         codes = codesOfColours(picture);
+        requirePainted(picture, codes, name);
     }
     if (cv::countNonZero(codes) == 0) {
         throw UserError(name +

@@ -6,6 +6,10 @@
 //   blue   candidate: may be object, like the inside of a loop
 // An image without colour holds marker codes instead: 0 none, 1 background, 2 object, 4 candidate.
 //
+// Soft edges of strokes and traces of JPEG are ground. What has many pixels of other colours is no
+// picture of marks but, say, a photograph, and is refused: more of them than half as many as marks,
+// or more than 3 % of the picture.
+//
 // On a photograph without a result the marks make one request, a loop that adds: what is painted as
 // object or background is so, candidates are free, and when background but no candidate is painted
 // all the rest is candidate. With object marks alone they are a brush instead, since nothing then
@@ -25,7 +29,7 @@
 #include "session/strokes.h"
 
 // Marker codes, CV_8UC1, from a decoded picture of the photograph's size with 1 to 4 channels; `name`
-// is the picture's for messages.
+// is the picture's for messages. Throws UserError for what is no picture of marks.
 cv::Mat paintedMarks(cv::Mat picture, const std::string& name, cv::Size photo);
 
 // The request on a photograph without a result.

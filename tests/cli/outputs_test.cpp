@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
+#include <cstring>
 #include <nlohmann/json.hpp>
 #include <opencv2/imgproc.hpp>
 #include <sstream>
 
 #include "command.h"
+#include "session/region_start.h"
 #include "support/filled_contours.h"
 #include "support/host_session.h"
 
@@ -39,8 +41,8 @@ std::string pathOf(const Json& outline) {
 TEST(Outputs, AreWhatTheLibraryDelivers) {
     const Workplace place;
     const Outcome outcome = place.run(
-        "segcore cut photo.png --loop-add 30,10 130,20 '120,110 25,100' "
-        "--mask m.png --cutout c.png --preview p.png --stats json");
+        "l() { segcut --passes 1 --loop-add 30,10 130,20 '120,110 25,100' \"$@\"; }\n"
+        "l --preview p.png && l --mask m.png --cutout c.png --stats json");
     ASSERT_EQ(outcome.code, 0) << outcome.err;
     std::vector<std::string> stages;
     const Json stats = Json::parse(outcome.out);
@@ -103,7 +105,8 @@ TEST(PaintedMarks, AreRequestsOfTheirCodes) {
     paint({32, 12, 90, 4}, {0, 0, 255, 255}, SEGCORE_MARK_BACKGROUND);
     for (const auto& [name, image] : {std::pair{"colours.png", colours}, {"codes.png", codes}}) {
         place.write(name, encoded(image, ".png"));
-        place.run(std::string("segcore cut - <photo.png --marks ") + name + " --mask - >m-" + name);
+        place.run(std::string("segcore cut - <photo.png --touch-up --marks ") + name +
+                  " --mask - >m-" + name);
     }
     const cv::Mat mask = place.image("m-colours.png");
     EXPECT_TRUE(same(place.image("m-codes.png"), mask));
@@ -112,6 +115,23 @@ TEST(PaintedMarks, AreRequestsOfTheirCodes) {
     const std::vector<int> markers(codes.begin<std::uint8_t>(), codes.end<std::uint8_t>());
     session.request({30, 10, 129, 10, 129, 109, 30, 109}, markers, SEGCORE_LOOP_ADD);
     EXPECT_TRUE(same(mask, programMask(session.mask, mask.size())));
+}
+
+TEST(PaintedMarks, MayHaveSoftEdgesAndTracesOfJpeg) {
+    const Workplace place;
+    for (const auto& [name, ground] : {std::pair{"white.jpg", cv::Scalar::all(255)},
+                                       {"grey.jpg", cv::Scalar::all(128)},
+                                       {"clear.png", cv::Scalar::all(0)}}) {
+        cv::Mat image(discScene().height, discScene().width, CV_8UC4, ground);
+        cv::line(image, {60, 60}, {100, 60}, {0, 255, 0, 255}, 8, cv::LINE_AA);
+        cv::line(image, {5, 5}, {150, 5}, {0, 0, 255, 255}, 8, cv::LINE_AA);
+        cv::GaussianBlur(image, image, {}, 1.5);
+        place.write(name, encoded(image, std::strchr(name, '.')));
+    }
+    for (const char* const name : {"white.jpg", "grey.jpg", "clear.png"}) {
+        const Outcome outcome = place.run(std::string("segcut --mask m.png --marks ") + name);
+        EXPECT_EQ(outcome.code, 0) << name << ": " << outcome.err;
+    }
 }
 
 TEST(Snap, GoesStraightWhereOnlyLengthCounts) {
@@ -124,7 +144,7 @@ TEST(Replay, RepeatsASavedSession) {
     const Workplace place;
     const Outcome outcome = place.run(
         "mkdir kept && s=(--snap-alpha 0.2 --snap-loop-add 40,20 120,20 120,100 40,100)\n"
-        "r=(--brush-radius 3 --brush-remove 46,60 56,60 --undo --redo)\n"
+        "r=(--touch-up --brush-radius 3 --brush-remove 46,60 56,60 --undo --redo)\n"
         "segcut ${s[@]} ${r[@]} --mask cut.png --save-session kept/s.json &&\n"
         "segcore replay kept/s.json --mask replayed.png --dump-steps steps/ &&\n"
         "segcore replay - --photo photo.png --mask piped.png <kept/s.json &&\n"
@@ -141,6 +161,44 @@ TEST(Replay, RepeatsASavedSession) {
     // The brush bites into the disc's left edge, at (50, 60).
     EXPECT_EQ(cv::countNonZero(cut(cv::Rect(46, 60, 11, 1))), 0);
     EXPECT_EQ(cut.at<std::uint8_t>(60, 80), 255);
+}
+
+std::vector<std::string> kindsIn(const std::string& session) {
+    std::vector<std::string> kinds;
+    const Json document = Json::parse(session);
+    for (const Json& step : document["steps"]) {
+        kinds.push_back(step.value("correction", ""));
+    }
+    return kinds;
+}
+
+TEST(Replay, RepeatsCorrectionsAsTheyWereMade) {
+    const Workplace place;
+    place.write("plain.json", R"({"version": 1, "photo": "photo.png", "steps": [
+        {"op": "box", "box": [30, 10, 130, 110]}]})");
+    const Outcome outcome = place.run(
+        "set -e; marks=(--brush-remove 46,60 56,60 --touch-up --brush-remove 80,60 90,60 --undo "
+        "--redo --usual --loop-add 70,50 100,50 100,70 --passes 2 --whole-object "
+        "--loop-remove 60,80 90,80 90,110)\n"
+        "saved() { \"${@:2}\" --mask $1.png --save-session $1.json\n"
+        "segcore replay $1.json --mask again.png --save-session again.json\n"
+        "cmp $1.png again.png; cmp $1.json again.json; }\n"
+        "saved new boxed \"${marks[@]}\"; saved old segcut --session plain.json \"${marks[@]}\"\n"
+        "saved one segcut --passes 1 --box 30,10,130,110\n"
+        "segcore replay plain.json --mask plain.png; cmp plain.png one.png\n"
+        "saved short segcore cut '" SEGCORE_SAMPLES
+        "/coffee.png' --time-budget 1e-9 "
+        "--box 70,14,486,390");
+    ASSERT_EQ(outcome.code, 0) << outcome.out << outcome.err;
+    std::vector<std::string> kinds{"whole-object", "whole-object", "touch-up", "", "",
+                                   "touch-up",     "whole-object"};
+    EXPECT_EQ(kindsIn(place.read("new.json")), kinds);
+    kinds[0] = "";
+    EXPECT_EQ(kindsIn(place.read("old.json")), kinds);
+    // Where there is no time to try others, the first start is taken.
+    const Json hurried = Json::parse(place.read("short.json"))["steps"][0];
+    EXPECT_EQ(hurried["start"], kRegionStarts.front().name);
+    EXPECT_EQ(hurried["passes"], 1);
 }
 
 }  // namespace

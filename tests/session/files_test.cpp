@@ -80,16 +80,56 @@ TEST(SessionFile, DigestsAreOfBlueGreenAndRedRowByRow) {
     EXPECT_EQ(digestOf(photo), "be3749deafac90b65b070b3f0db539ff");
 }
 
+// Among steps as they were before there were kinds.
+const char* const kTextWithKinds = R"({"version": 2,
+ "photo": "p.png",
+ "steps": [
+   {"op": "box", "box": [1, 2, 30, 40]},
+   {"op": "loop-add", "points": [[5, 6]], "correction": "whole-object", "passes": 10, "start": "middle-70"},
+   {"op": "brush-remove", "points": [[5, 6]], "edit": true, "correction": "touch-up"},
+   {"op": "marks", "file": "m.png", "correction": "whole-object", "passes": 1},
+   {"op": "undo"}]}
+)";
+
+TEST(SessionFile, KeepsKindsOfCorrections) {
+    const SessionFile file = parseSessionFile(kTextWithKinds, "s.json", enter);
+    ASSERT_EQ(file.steps.size(), 5U);
+    EXPECT_FALSE(file.steps[0].correction || file.steps[0].passes || file.steps[4].correction);
+    EXPECT_EQ(file.steps[1].correction, Correction::kWholeObject);
+    EXPECT_EQ(file.steps[1].passes, 10);
+    EXPECT_EQ(file.steps[1].start, "middle-70");
+    EXPECT_EQ(file.steps[2].correction, Correction::kTouchUp);
+    EXPECT_EQ(formatSessionFile(file, leave), kTextWithKinds);
+}
+
 TEST(SessionFile, RefusesWhatItCannotMean) {
     const std::string digest(31, '0');
+    const std::string kBox = R"("op": "box", "box": [1, 2, 3, 4], )";
+    const std::string kDot = R"("op": "brush-add", "points": [[1, 1]], )";
+    const std::string kWhole = R"("correction": "whole-object", )";
+    const auto corrected = [](const std::string& step) {
+        return R"({"version": 2, "photo": "p", "steps": [{)" + step + "}]}";
+    };
     for (const auto& [text, says] : std::vector<std::pair<std::string, std::string>>{
-             {R"({"version": 2, "photo": "p", "corrections": [], "steps": []})", "version 2"},
+             {R"({"version": 3, "photo": "p", "corrections": [], "steps": []})", "version 3"},
              {R"({"photo": "p", "width": 5, "steps": []})", "lacks \"height\""},
              {R"({"photo": "p", "width": 5, "height": 0, "steps": []})", "sizes"},
              {R"({"photo": "p", "digest": ")" + digest + R"(", "steps": []})", "32 hexadecimal"},
              {R"({"photo": "p", "digest": ")" + digest + R"(F", "steps": []})", "32 hexadecimal"},
              {R"({"photo": "p", "steps": [{"op": "undo"}, {"op": "fly"}]})",
               "step 2 has the unknown"},
+             {R"({"version": 1, "photo": "p", "steps": [{"op": "box", "correction": "touch-up"}]})",
+              "needs \"version\": 2"},
+             {R"({"photo": "p", "steps": [{"op": "undo", "passes": 1}]})", "needs \"version\": 2"},
+             {corrected(R"("op": "redo", "correction": "touch-up")"), "does not belong"},
+             {corrected(kDot + R"("correction": "mend")"), "touch-up, whole-object"},
+             {corrected(kDot + R"("correction": "touch-up", "passes": 1)"), "\"passes\" without"},
+             {corrected(kBox + R"("start": "whole")"), "\"start\" without"},
+             {corrected(kDot + kWhole + R"("start": "whole")"), "boxes and"},
+             {corrected(kBox + kWhole + R"("start": "centre")"), "whole, rounded, ellipse"},
+             {corrected(kBox + kWhole + R"("passes": 0)"), "1 to 10"},
+             {corrected(kBox + kWhole + R"("passes": 11)"), "1 to 10"},
+             {corrected(kDot + kWhole + R"("edit": true)"), "\"edit\""},
              {R"({"photo": "p", "steps": [{"op": "undo", "radius": 1}]})", "does not belong"},
              {R"({"photo": "p", "steps": [{"op": "brush-add", "points": [[1, 1.5]]}]})", "whole"},
              {R"({"photo": "p", "steps": [)", "not a JSON document"}}) {

@@ -22,18 +22,20 @@ _segcore() {
             return
             ;;
         --box | --loop-add | --loop-remove | --snap-loop-add | --snap-loop-remove | --brush-add | \
-            --brush-remove | --brush-radius | --snap-alpha | --from | --to | --alpha | --time-limit)
+            --brush-remove | --brush-radius | --snap-alpha | --passes | --from | --to | --alpha | \
+            --time-limit | --time-budget)
             return # numbers
             ;;
     esac
     case ${COMP_WORDS[1]} in
         "$current" | -*) [[ $COMP_CWORD -eq 1 ]] && words='cut replay snap --help --version' ;;
         cut)
-            words="$general $outputs --time-limit --box --loop-add --loop-remove --snap-loop-add
-                --snap-loop-remove --brush-add --brush-remove --brush-radius --snap-alpha --marks
-                --undo --redo --session"
+            words="$general $outputs --time-limit --time-budget --box --loop-add --loop-remove
+                --snap-loop-add --snap-loop-remove --brush-add --brush-remove --brush-radius
+                --snap-alpha --marks --undo --redo --whole-object --touch-up --usual --passes
+                --session"
             ;;
-        replay) words="$general $outputs --time-limit --photo" ;;
+        replay) words="$general $outputs --time-limit --time-budget --photo" ;;
         snap) words="$general --from --to --alpha --svg --json" ;;
     esac
     if [[ $COMP_CWORD -eq 1 || $current == -* ]]; then

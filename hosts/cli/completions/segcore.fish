@@ -29,6 +29,7 @@ __segcore_option $results -l dump-steps -x -a '(__fish_complete_directories)' \
     -d 'Folder for the mask after each step'
 __segcore_option $results -l force -d 'Let --dump-steps write among files'
 __segcore_option $results -l time-limit -x -d 'Longest time in seconds for each segmentation'
+__segcore_option $results -l time-budget -x -d 'Seconds after which no further pass begins'
 
 __segcore_option cut -l session -r -F -d 'Session file to be continued'
 __segcore_option cut -l box -x -d 'Box around the object'
@@ -43,6 +44,10 @@ __segcore_option cut -l snap-alpha -x -d 'Share of length for the snapped loops 
 __segcore_option cut -l marks -r -F -d 'Scribbles painted in an image'
 __segcore_option cut -l undo -d 'Take the last mark back'
 __segcore_option cut -l redo -d 'Apply a mark again'
+__segcore_option cut -l whole-object -d 'The marks that follow find the whole object'
+__segcore_option cut -l touch-up -d 'The marks that follow change nothing elsewhere'
+__segcore_option cut -l usual -d 'Back to the usual kind of each mark'
+__segcore_option cut -l passes -x -d 'Passes of the whole-object marks that follow'
 
 __segcore_option replay -l photo -r -F -d 'Photograph instead of that of the session'
 
