@@ -10,7 +10,7 @@ cmake --build --preset release --target segcore
 
 out=demo-output
 mkdir -p "$out"
-build/release/hosts/cli/segcore cut samples/coffee.png --box 70,14,486,390 \
+build/release/hosts/cli/segcore cut samples/coffee.png --passes 1 --box 70,14,486,390 \
     --mask "$out/mask.png" --cutout "$out/cutout.png" --preview "$out/preview.png" --stats
 echo
 echo "The cup, cut out of samples/coffee.png: $out/mask.png, $out/cutout.png, $out/preview.png"

@@ -5,7 +5,7 @@
 //    "digest": "32 hexadecimal digits",
 //    "steps": [
 //      {"op": "box", "box": [left, top, right, bottom], "correction": "whole-object",
-//       "passes": 2, "start": "rounded"},
+//       "passes": 2, "start": "upright"},
 //      {"op": "loop-add", "points": [[x, y], ...]},
 //      {"op": "snap-loop-remove", "points": [[x, y], ...], "alpha": 0.9},
 //      {"op": "brush-add", "points": [[x, y], ...], "radius": 6},

@@ -43,7 +43,7 @@ void readStart(const JsonFields& fields, Step& step) {
     }
     if (regionStartNamed(step.start) == nullptr) {
         fields.fail("has the unknown start \"" + step.start + "\"; there are " +
-                    namesOf(kRegionStarts));
+                    namesOf(kBoxStarts) + ", " + kLoopStart.name);
     }
 }
 
@@ -58,12 +58,11 @@ void readCorrection(const JsonFields& fields, Step& step) {
     }
     const bool isWhole = step.correction == Correction::kWholeObject;
     if (isWhole && step.edit) {
-        fields.fail("has \"edit\", which changes the mask directly, on a whole-object correction");
+        fields.fail(R"(has "edit", which changes the mask directly, on a whole-object correction)");
     }
     for (const char* const key : {"passes", "start"}) {
         if (fields.has(key) && !isWhole) {
-            fields.fail(std::string("has \"") + key +
-                        "\" without \"correction\": \"whole-object\"");
+            fields.fail(std::string("has \"") + key + R"(" without "correction": "whole-object")");
         }
     }
     if (fields.has("passes")) {

@@ -199,7 +199,7 @@ TEST(Replay, RepeatsCorrectionsAsTheyWereMade) {
     EXPECT_EQ(kindsIn(place.read("old.json")), kinds);
     // Where there is no time to try others, the first start is taken.
     const Json hurried = Json::parse(place.read("short.json"))["steps"][0];
-    EXPECT_EQ(hurried["start"], kRegionStarts.front().name);
+    EXPECT_EQ(hurried["start"], kBoxStarts.front().name);
     EXPECT_EQ(hurried["passes"], 1);
 }
 

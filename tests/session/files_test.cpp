@@ -85,7 +85,7 @@ const char* const kTextWithKinds = R"({"version": 2,
  "photo": "p.png",
  "steps": [
    {"op": "box", "box": [1, 2, 30, 40]},
-   {"op": "loop-add", "points": [[5, 6]], "correction": "whole-object", "passes": 10, "start": "middle-70"},
+   {"op": "loop-add", "points": [[5, 6]], "correction": "whole-object", "passes": 10, "start": "inset"},
    {"op": "brush-remove", "points": [[5, 6]], "edit": true, "correction": "touch-up"},
    {"op": "marks", "file": "m.png", "correction": "whole-object", "passes": 1},
    {"op": "undo"}]}
@@ -97,7 +97,7 @@ TEST(SessionFile, KeepsKindsOfCorrections) {
     EXPECT_FALSE(file.steps[0].correction || file.steps[0].passes || file.steps[4].correction);
     EXPECT_EQ(file.steps[1].correction, Correction::kWholeObject);
     EXPECT_EQ(file.steps[1].passes, 10);
-    EXPECT_EQ(file.steps[1].start, "middle-70");
+    EXPECT_EQ(file.steps[1].start, "inset");
     EXPECT_EQ(file.steps[2].correction, Correction::kTouchUp);
     EXPECT_EQ(formatSessionFile(file, leave), kTextWithKinds);
 }
@@ -126,7 +126,7 @@ TEST(SessionFile, RefusesWhatItCannotMean) {
              {corrected(kDot + R"("correction": "touch-up", "passes": 1)"), "\"passes\" without"},
              {corrected(kBox + R"("start": "whole")"), "\"start\" without"},
              {corrected(kDot + kWhole + R"("start": "whole")"), "boxes and"},
-             {corrected(kBox + kWhole + R"("start": "centre")"), "whole, rounded, ellipse"},
+             {corrected(kBox + kWhole + R"("start": "centre")"), "middle-50, upright"},
              {corrected(kBox + kWhole + R"("passes": 0)"), "1 to 10"},
              {corrected(kBox + kWhole + R"("passes": 11)"), "1 to 10"},
              {corrected(kDot + kWhole + R"("edit": true)"), "\"edit\""},
