@@ -76,7 +76,7 @@ void readCorrection(const JsonFields& fields, Step& step) {
 void requireFieldsOf(int version, const JsonFields& fields) {
     for (const char* const key : {"correction", "passes", "start"}) {
         if (version < kCorrectionVersion && fields.has(key)) {
-            fields.fail(std::string("has \"") + key + "\", which needs \"version\": " +
+            fields.fail(std::string("has \"") + key + R"(", which needs "version": )" +
                         std::to_string(kCorrectionVersion) + " at the top of the file");
         }
     }
