@@ -7,6 +7,7 @@
 #include "session/errors.h"
 #include "session/painted_marks.h"
 #include "session/snapped_loop.h"
+#include "session/trusted_changes.h"
 #include "session/whole_object.h"
 
 namespace {
@@ -231,6 +232,10 @@ void Session::noteMarks(const Step& drawn, const cv::Mat& before) {
     noteSaid(m_marks, drawn);
 }
 
+cv::Mat Session::drawingOf(const Step& drawn) const {
+    return requestFor(drawn, m_photo.size()).markers != SEGCORE_MARK_NONE;
+}
+
 // What a mark says by itself, whatever became of it.
 void Session::noteSaid(UserMarks& marks, const Step& drawn) {
     if (drawn.operation == Operation::kMarks) {
@@ -242,7 +247,7 @@ void Session::noteSaid(UserMarks& marks, const Step& drawn) {
         marks.mark(m_painted == SEGCORE_MARK_BACKGROUND, SEGCORE_MARK_BACKGROUND);
         return;
     }
-    const cv::Mat drawing = requestFor(drawn, m_photo.size()).markers != SEGCORE_MARK_NONE;
+    const cv::Mat drawing = drawingOf(drawn);
     if (isBrush(drawn.operation) || drawn.edit) {
         marks.mark(drawing,
                    removes(drawn.operation) ? SEGCORE_MARK_BACKGROUND : SEGCORE_MARK_OBJECT);
@@ -268,7 +273,8 @@ void Session::findWhole(const Step& drawn, Step& step) {
     });
     step.passes = found.passes;
     m_marks = marks;
-    m_result = found.mask;
+    const bool corrects = m_hasResult && isBrush(drawn.operation);
+    m_result = corrects ? trustedChanges(m_result, found.mask, drawingOf(drawn)) : found.mask;
     m_hasResult = true;
     leaveEngineBehind();
 }

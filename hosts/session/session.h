@@ -109,6 +109,7 @@ class Session {
     void askEngine(const Step& drawn);
     void request(const Request& request, bool edit);
     void noteMarks(const Step& drawn, const cv::Mat& before);
+    cv::Mat drawingOf(const Step& drawn) const;
     void noteSaid(UserMarks& marks, const Step& drawn);
     void findWhole(const Step& drawn, Step& step);
     cv::Mat candidatesFor(const Step& drawn, Step& step, const UserMarks& marks);

@@ -8,6 +8,7 @@
 #include "session/errors.h"
 #include "session/region_start.h"
 #include "session/session.h"
+#include "session/trusted_changes.h"
 #include "steps.h"
 #include "support/scenes.h"
 
@@ -164,6 +165,21 @@ TEST(TouchUp, ChangesNothingAwayFromTheStrokeAndIsKeptByLaterSteps) {
     const Step over = whole(Operation::kBrushAdd, {{80, 28}, {80, 34}}, 4);
     const cv::Mat covered = editor.apply(over);
     EXPECT_EQ(cv::countNonZero(~covered & drawn(over, covered.size())), 0);
+}
+
+// The stroke changes 6 pixels with it and is 2 itself, so 12 elsewhere are trusted and 13 are not.
+TEST(WholeObject, TakesBackLargerChangesThanTheStrokes) {
+    const cv::Mat before = cv::Mat::zeros(20, 40, CV_8UC1);
+    cv::Mat stroke = before.clone();
+    stroke(cv::Rect(2, 2, 2, 1)).setTo(255);
+    cv::Mat expected = before.clone();
+    expected(cv::Rect(2, 2, 3, 2)).setTo(255);
+    expected(cv::Rect(10, 5, 4, 3)).setTo(255);
+    cv::Mat found = expected.clone();
+    found(cv::Rect(20, 7, 13, 1)).setTo(255);
+    EXPECT_TRUE(same(trustedChanges(before, found, stroke), expected));
+    EXPECT_TRUE(same(trustedChanges(found, before, stroke) & expected, before));
+    EXPECT_TRUE(same(trustedChanges(before, before, stroke), before));
 }
 
 struct StopsAtWorkingMask : SessionHost {

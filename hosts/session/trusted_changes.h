@@ -1,0 +1,10 @@
+// Which changes of a mask a stroke is good for.
+#pragma once
+
+#include <opencv2/core.hpp>
+
+// `found` where it can be trusted, else `before`; both CV_8UC1 with 255 and 0. A person corrects the
+// largest mistake that there is. What changes together with the pixels of `stroke` (CV_8UC1, not 0) is
+// that correction, and a change elsewhere of more than twice its size would have been a larger mistake,
+// so it is taken back.
+cv::Mat trustedChanges(const cv::Mat& before, const cv::Mat& found, const cv::Mat& stroke);
