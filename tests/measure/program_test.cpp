@@ -32,32 +32,32 @@ TEST(MeasureProgram, LetsTheRobotCorrectEachMethod) {
     ASSERT_EQ(outcome.code, 0) << outcome.err;
     EXPECT_EQ(outcome.err, "segcore-measure: bare: skipped, as it has no true mask\n");
     const nlohmann::json document = nlohmann::json::parse(outcome.out);
-    ASSERT_EQ(document["results"].size(), 6U);
+    ASSERT_EQ(document["results"].size(), 9U);
     for (const nlohmann::json& result : document["results"]) {
         EXPECT_EQ(result["photograph"], "photo");
         EXPECT_LT(result["errorRate"], 0.02);
         EXPECT_GT(result["iou"], 0.85);
     }
-    EXPECT_EQ(document["means"][1]["method"], "grab-cut");
-    EXPECT_EQ(document["means"][1]["byStrokes"].size(), 3U);
+    EXPECT_EQ(document["means"][2]["method"], "grab-cut");
+    EXPECT_EQ(document["means"][2]["byStrokes"].size(), 3U);
 
     const std::string csv = place.read("all.csv");
     EXPECT_EQ(csv.substr(0, csv.find('\n')),
               "photograph,method,start,strokes,error,iou,milliseconds");
-    EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 7);
+    EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 10);
     // Once more gives the same, but for the times.
     EXPECT_EQ(place
                   .run("cut -d, -f-6 all.csv >first; " + robot +
                        " >table; cut -d, -f-6 all.csv | cmp - first")
                   .code,
               0);
-    EXPECT_EQ(place.image("sheet.png").size(), cv::Size(6 * 240, 256));
+    EXPECT_EQ(place.image("sheet.png").size(), cv::Size(9 * 240, 256));
     EXPECT_EQ(place.image("photo.grab-cut+2.png").size(), cv::Size(160, 120));
     // Moved away from the photograph, nothing of the box is left.
     EXPECT_EQ(place.run("segcore . --only photo --robot --box-shift 0,-120").err.substr(0, 45),
               "segcore-measure: photo: skipped, as it has no");
-    EXPECT_EQ(place.run("grep -c '<polyline' all.svg").out, "6\n");
-    EXPECT_EQ(place.run("grep -c 'mean of 1 .* [012] ' table").out, "6\n");
+    EXPECT_EQ(place.run("grep -c '<polyline' all.svg").out, "9\n");
+    EXPECT_EQ(place.run("grep -c 'mean of 1 .* [012] ' table").out, "9\n");
 }
 
 TEST(MeasureProgram, RefusesWrongUse) {

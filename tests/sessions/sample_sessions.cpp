@@ -15,8 +15,10 @@ const char* const kSessions[] = {
     "samples/astronaut.json",
     "samples/coffee.json",
     "samples/rocket.json",
+    "tests/sessions/astronaut-loop.json",
     "tests/sessions/astronaut-portrait.json",
     "tests/sessions/coffee-brush-first.json",
+    "tests/sessions/coffee-corrections.json",
     "tests/sessions/coffee-strokes.json",
     "tests/sessions/rocket-whole.json",
 };
