@@ -99,6 +99,28 @@ void paintPerson(const cv::Mat& photo, const std::string& images) {
     write(images, "brush", {withBox(photo, kPersonBox), stroke, paintCutOut(photo, masks[1])});
 }
 
+// A box that finds the saucer without the cup, and a stroke over the cup's rim, asked both ways.
+void paintCorrections(const cv::Mat& photo, const std::string& images) {
+    Step box = boxStep(kCupBox);
+    box.correction = Correction::kWholeObject;
+    box.start = "lying";
+    box.passes = 1;
+    Step rim;
+    rim.operation = Operation::kBrushAdd;
+    rim.points = {{200, 60}, {265, 35}, {330, 45}};
+    rim.radius = kCollarRadius;
+    const auto corrected = [&](Correction correction) {
+        rim.correction = correction;
+        return paintCutOut(photo, masksOf(photo, {box, rim}).back());
+    };
+    cv::Mat found = paintCutOut(photo, masksOf(photo, {box}).back());
+    cv::polylines(found, rim.points, false, cv::Scalar(60, 190, 60), 2 * kCollarRadius,
+                  cv::LINE_AA);
+    write(images, "corrections",
+          {withBox(photo, kCupBox), found, corrected(Correction::kWholeObject),
+           corrected(Correction::kTouchUp)});
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -113,6 +135,7 @@ int main(int argc, char** argv) {
         const cv::Mat person = read(samples + "/astronaut.png");
         paintCup(cup, images);
         paintPerson(person, images);
+        paintCorrections(cup, images);
         writePicture(images, "snapping",
                      sideBySide({paintSnapping(cup, kRim)(kRimView),
                                  paintSnapping(person, kSilhouette)(kSilhouetteView)}));

@@ -13,6 +13,9 @@ constexpr int kThroughSides = 4;
 }  // namespace
 
 cv::Mat trustedChanges(const cv::Mat& before, const cv::Mat& found, const cv::Mat& stroke) {
+    if (cv::countNonZero(found) == 0) {
+        return before & (stroke == 0);
+    }
     cv::Mat changed;
     cv::bitwise_xor(before, found, changed);
     const cv::Rect around = cv::boundingRect(changed);
