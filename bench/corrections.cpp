@@ -118,8 +118,7 @@ Step strokeOn(const Photograph& photo, int number) {
 class MeasuredSession {
   public:
     explicit MeasuredSession(const Photograph& photo)
-        : m_photo{photo.width, photo.height, photo.words},
-          m_session(m_photo, m_host, m_stats) {}
+        : m_photo{photo.width, photo.height, photo.words}, m_session(m_photo, m_host, m_stats) {}
 
     // With `report` a line of milliseconds: to the first mask shown, to the final one, and of
     // processor time. All masks go into the digest.
@@ -219,9 +218,8 @@ KindResult resultOf(const Options& options, const std::string& kind, double mega
     KindResult result;
     for (const std::string& file : photographsIn(SEGCORE_BENCH_PHOTOS)) {
         result.add(outputOfSelf({"--kind", kind, "--photo", file, "--megapixels",
-                                 std::to_string(megapixels), "--runs",
-                                 std::to_string(options.runs), "--strokes",
-                                 std::to_string(options.strokes)}));
+                                 std::to_string(megapixels), "--runs", std::to_string(options.runs),
+                                 "--strokes", std::to_string(options.strokes)}));
     }
     return result;
 }

@@ -13,7 +13,9 @@ Marks marksOf(const Photograph& photo, Operation operation, std::vector<cv::Poin
     step.operation = operation;
     step.points = std::move(points);
     const Request request = requestFor(step, {photo.width, photo.height});
-    Marks marks{{}, {request.markers.begin<int>(), request.markers.end<int>()}, request.strokeType};
+    Marks marks{{},
+                {request.markers.begin<std::uint8_t>(), request.markers.end<std::uint8_t>()},
+                request.strokeType};
     for (const cv::Point& point : request.stroke) {
         marks.points.insert(marks.points.end(), {point.x, point.y});
     }

@@ -16,23 +16,9 @@ constexpr std::uint8_t kUntouched = 1;
 
 std::atomic<bool> isInUse{false};
 
-void passMarks(const Request& request) {
-    std::vector<int> coordinates;
-    coordinates.reserve(2 * request.stroke.size());
-    for (const cv::Point& point : request.stroke) {
-        coordinates.push_back(point.x);
-        coordinates.push_back(point.y);
-    }
-    setCurrentMarkerVector(static_cast<int>(coordinates.size()), coordinates.data());
-    setMarkerImage(request.markers.cols, request.markers.rows, request.markers.ptr<int>(),
-                   request.strokeType);
-}
-
+// Host masks have 0 for the object, sessions 255.
 cv::Mat objectOf(const std::uint8_t* maskBytes, cv::Size size) {
-    cv::Mat object;
-    cv::compare(cv::Mat(size, CV_8UC1, const_cast<std::uint8_t*>(maskBytes)), 0, object,
-                cv::CMP_EQ);
-    return object;
+    return ~cv::Mat(size, CV_8UC1, const_cast<std::uint8_t*>(maskBytes));
 }
 
 }  // namespace
@@ -84,61 +70,109 @@ void EngineCalls::take(const Photo& photo) {
                             segcore_last_reason() + "); reduce the photograph",
                         UserError::Reason::kEngine);
     }
+    if (m_capacity < photo.words.size()) {
+        m_capacity = 0;
+        m_words.reset();
+        m_words.reset(new std::uint32_t[photo.words.size()]);  // not written to before it is used
+        m_capacity = photo.words.size();
+    }
     m_photo = &photo;
-    m_blended = photo.words;
-    m_delivered.resize(photo.words.size());
     showNone();
 }
 
-// Masks that were handed out share their pixels, so a new one is made.
 void EngineCalls::showNone() {
-    m_mask = cv::Mat(m_photo->size(), CV_8UC1, cv::Scalar(0));
+    m_mask.release();
     m_hasMask = false;
 }
 
 void EngineCalls::reset() {
     resetSegmentationInterface();
-    m_blended = m_photo->words;
     showNone();
 }
 
+// Marks as the engine takes them; what was in the buffer is gone.
+cv::Mat EngineCalls::marksBuffer() {
+    return {m_photo->size(), CV_32SC1, m_words.get()};
+}
+
+void EngineCalls::passMarks(const Request& request) {
+    cv::Mat words = marksBuffer();
+    request.markers.convertTo(words, CV_32S);
+    passMarks(request.stroke, request.strokeType);
+}
+
+void EngineCalls::passMarks(const std::vector<cv::Point>& stroke, int strokeType) {
+    std::vector<int> coordinates;
+    coordinates.reserve(2 * stroke.size());
+    for (const cv::Point& point : stroke) {
+        coordinates.push_back(point.x);
+        coordinates.push_back(point.y);
+    }
+    setCurrentMarkerVector(static_cast<int>(coordinates.size()), coordinates.data());
+    setMarkerImage(m_photo->width, m_photo->height, marksBuffer().ptr<int>(), strokeType);
+}
+
+// The mask is one of its own every time: that of the call before may still be looked at.
 template <typename Call>
-void EngineCalls::deliver(Call&& call) {
-    std::copy(m_photo->words.begin(), m_photo->words.end(), m_blended.begin());
-    m_delivered.front() = kUntouched;
-    call(m_blended.data(), m_delivered.data());
-    m_hasMask = m_delivered.front() != kUntouched;
-    m_mask = m_hasMask ? objectOf(m_delivered.data(), m_photo->size())
-                       : cv::Mat::zeros(m_photo->size(), CV_8UC1);
+void EngineCalls::deliver(Wanted wanted, Call&& call) {
+    if (wanted == Wanted::kPicture) {  // the engine paints the outline alone
+        std::copy(m_photo->words.begin(), m_photo->words.end(), m_words.get());
+    }
+    cv::Mat mask(m_photo->size(), CV_8UC1);
+    *mask.data = kUntouched;
+    call(m_words.get(), mask.data);
+    m_hasMask = *mask.data != kUntouched;
+    m_mask.release();
+    if (m_hasMask) {
+        cv::bitwise_not(mask, mask);
+        m_mask = mask;
+    }
 }
 
-void EngineCalls::segment(const Request& request) {
+void EngineCalls::segment(const Request& request, Wanted wanted) {
     passMarks(request);
-    deliver(
-        [](std::uint32_t* blended, std::uint8_t* mask) { processSegment(0, 0, 0, blended, mask); });
+    deliver(wanted,
+            [](std::uint32_t* words, std::uint8_t* mask) { processSegment(0, 0, 0, words, mask); });
     requireDone();
 }
 
-void EngineCalls::edit(const Request& request) {
+void EngineCalls::edit(const Request& request, Wanted wanted) {
     passMarks(request);
-    deliver(
-        [](std::uint32_t* blended, std::uint8_t* mask) { cutOutImage(0, 0, 0, blended, mask); });
+    deliver(wanted, [wanted](std::uint32_t* words, std::uint8_t* mask) {
+        cutOutImage(0, 0, 0, wanted == Wanted::kPicture ? words : nullptr, mask);
+    });
     requireDone();
+}
+
+// Every pixel is said to be object or background.
+void EngineCalls::show(const cv::Mat& mask, Wanted wanted) {
+    std::transform(mask.datastart, mask.dataend, marksBuffer().ptr<int>(), [](std::uint8_t value) {
+        return value != 0 ? SEGCORE_MARK_OBJECT : SEGCORE_MARK_BACKGROUND;
+    });
+    passMarks({}, SEGCORE_BRUSH_ADD);
+    if (wanted == Wanted::kPicture) {
+        std::copy(m_photo->words.begin(), m_photo->words.end(), m_words.get());
+    }
+    cutOutImage(0, 0, 0, wanted == Wanted::kPicture ? m_words.get() : nullptr, nullptr);
+    requireDone();
+    m_mask.release();
+    m_hasMask = true;
 }
 
 void EngineCalls::stepBack() {
-    deliver(undo);
+    deliver(Wanted::kPicture, undo);
 }
 
 void EngineCalls::stepForward() {
-    deliver(redo);
+    deliver(Wanted::kPicture, redo);
 }
 
 cv::Mat EngineCalls::workingMask(const Request& request) {
     cv::Mat found;
     m_wanted = &found;
     passMarks(request);
-    processSegment(0, 0, 0, m_blended.data(), m_delivered.data());
+    cv::Mat mask(m_photo->size(), CV_8UC1);  // required, but never written to
+    processSegment(0, 0, 0, m_words.get(), mask.data);
     m_wanted = nullptr;
     if (segcore_last_status() != SEGCORE_ENDED_BY_OBSERVER || found.empty()) {
         requireDone();
@@ -178,16 +212,15 @@ void EngineCalls::requireDone() {
     }
 }
 
-cv::Mat EngineCalls::blended() {
-    cv::Mat image;
-    cv::cvtColor(asImage(m_blended, m_photo->size()), image, cv::COLOR_BGRA2BGR);
-    return image;
+cv::Mat EngineCalls::takeMask() {
+    const bool hadMask = std::exchange(m_hasMask, false);
+    return hadMask ? std::exchange(m_mask, cv::Mat()) : cv::Mat::zeros(m_photo->size(), CV_8UC1);
 }
 
-Request editTo(const cv::Mat& mask) {
-    Request request;
-    request.strokeType = SEGCORE_BRUSH_ADD;
-    request.markers = cv::Mat(mask.size(), CV_32SC1, cv::Scalar(SEGCORE_MARK_BACKGROUND));
-    request.markers.setTo(SEGCORE_MARK_OBJECT, mask);
-    return request;
+cv::Mat EngineCalls::blended() {
+    const cv::Mat words = m_hasMask ? cv::Mat(m_photo->size(), CV_8UC4, m_words.get())
+                                    : asImage(m_photo->words, m_photo->size());
+    cv::Mat image;
+    cv::cvtColor(words, image, cv::COLOR_BGRA2BGR);
+    return image;
 }

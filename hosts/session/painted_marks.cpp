@@ -79,12 +79,6 @@ void requireCodes(const cv::Mat& codes, const std::string& name) {
     }
 }
 
-cv::Mat asMarkers(const cv::Mat& codes) {
-    cv::Mat markers;
-    codes.convertTo(markers, CV_32S);
-    return markers;
-}
-
 std::vector<cv::Point> hullOf(const cv::Mat& marked) {
     std::vector<cv::Point> pixels;
     cv::findNonZero(marked, pixels);
@@ -117,11 +111,11 @@ Request brushRequest(const cv::Mat& codes, int code, std::vector<cv::Point> stro
     const int strokeType = code == SEGCORE_MARK_OBJECT ? SEGCORE_BRUSH_ADD : SEGCORE_BRUSH_REMOVE;
     cv::Mat own = cv::Mat::zeros(codes.size(), CV_8UC1);
     own.setTo(code, codes == code);
-    return {std::move(stroke), asMarkers(own), strokeType};
+    return {std::move(stroke), own, strokeType};
 }
 
 Request loopRequest(const cv::Mat& codes) {
-    return {hullOf(codes == SEGCORE_MARK_CANDIDATE), asMarkers(codes), SEGCORE_LOOP_ADD};
+    return {hullOf(codes == SEGCORE_MARK_CANDIDATE), codes, SEGCORE_LOOP_ADD};
 }
 
 }  // namespace

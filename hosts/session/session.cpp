@@ -169,6 +169,7 @@ void Session::applyDrawn(const Step& drawn, Step& step) {
     } else {
         requireEngineAtShown();
     }
+    m_wanted = step.correction ? EngineCalls::Wanted::kMask : EngineCalls::Wanted::kPicture;
     askEngine(drawn);
     if (step.correction) {
         leaveEngineBehind();
@@ -185,7 +186,7 @@ void Session::startAfresh() {
     holdPhoto();
     m_engine.reset();
     if (m_hasResult) {
-        m_engine.edit(editTo(m_result));
+        m_engine.show(m_result, EngineCalls::Wanted::kMask);
     }
 }
 
@@ -218,10 +219,12 @@ void Session::askEngine(const Step& drawn) {
 void Session::request(const Request& request, bool edits) {
     m_host.throwIfInterrupted();
     m_engineIsElsewhere = true;
-    m_stats.measure(m_stage, [&] { edits ? m_engine.edit(request) : m_engine.segment(request); });
+    m_stats.measure(m_stage, [&] {
+        edits ? m_engine.edit(request, m_wanted) : m_engine.segment(request, m_wanted);
+    });
     m_engineIsElsewhere = false;
-    m_result = m_engine.mask();
     m_hasResult = m_engine.hasMask();
+    m_result = m_hasResult ? m_engine.mask() : cv::Mat::zeros(m_photo.size(), CV_8UC1);
     ++m_requestsMade;
 }
 
@@ -229,60 +232,59 @@ void Session::noteMarks(const Step& drawn, const cv::Mat& before) {
     if (cv::countNonZero(before) > 0) {
         m_marks.markChanges(before, m_result);
     }
-    noteSaid(m_marks, drawn);
-}
-
-cv::Mat Session::drawingOf(const Step& drawn) const {
-    return requestFor(drawn, m_photo.size()).markers != SEGCORE_MARK_NONE;
+    noteSaid(drawn);
 }
 
 // What a mark says by itself, whatever became of it.
-void Session::noteSaid(UserMarks& marks, const Step& drawn) {
+void Session::noteSaid(const Step& drawn) {
     if (drawn.operation == Operation::kMarks) {
+        const cv::Rect all({0, 0}, m_photo.size());
         const cv::Mat region = m_painted == SEGCORE_MARK_CANDIDATE;
         if (cv::countNonZero(region) > 0) {
-            marks.addRegion(region);
+            m_marks.addRegion({all, region});
         }
-        marks.mark(m_painted == SEGCORE_MARK_OBJECT, SEGCORE_MARK_OBJECT);
-        marks.mark(m_painted == SEGCORE_MARK_BACKGROUND, SEGCORE_MARK_BACKGROUND);
+        for (const int code : {SEGCORE_MARK_OBJECT, SEGCORE_MARK_BACKGROUND}) {
+            m_marks.mark({all, m_painted == code}, code);
+        }
         return;
     }
-    const cv::Mat drawing = drawingOf(drawn);
+    const Drawing drawing = drawingOf(drawn, m_photo.size());
     if (isBrush(drawn.operation) || drawn.edit) {
-        marks.mark(drawing,
-                   removes(drawn.operation) ? SEGCORE_MARK_BACKGROUND : SEGCORE_MARK_OBJECT);
-        if (!removes(drawn.operation) && marks.hasRegion() && !marks.isWithinRegion(drawing)) {
-            marks.addRegion(surroundingsOf(drawn));
+        m_marks.mark(drawing,
+                     removes(drawn.operation) ? SEGCORE_MARK_BACKGROUND : SEGCORE_MARK_OBJECT);
+        if (!removes(drawn.operation) && m_marks.hasRegion() && !m_marks.isWithinRegion(drawing)) {
+            m_marks.addRegion(surroundingsOf(drawn));
         }
     } else if (!removes(drawn.operation)) {
-        marks.addRegion(drawing);
+        m_marks.addRegion(drawing);
     }
 }
 
 void Session::findWhole(const Step& drawn, Step& step) {
     m_engineIsElsewhere = true;
-    UserMarks marks = m_marks;
-    noteSaid(marks, drawn);
-    const cv::Mat candidates = candidatesFor(drawn, step, marks);
+    noteSaid(drawn);
+    const cv::Mat candidates = candidatesFor(drawn, step);
     holdPhoto();
     const bool exact = step.passes.has_value();
-    const int usual = m_hasResult || marks.hasRegion() ? kUsualPasses : kPassesWithoutRegion;
+    const int usual = m_hasResult || m_marks.hasRegion() ? kUsualPasses : kPassesWithoutRegion;
     const FoundObject found = m_stats.measure(m_stage, [&] {
-        return findObject(m_engine, {marks, candidates, step.passes.value_or(usual),
+        return findObject(m_engine, {m_marks, candidates, step.passes.value_or(usual),
                                      [&] { return exact || hasTime(); }});
     });
     step.passes = found.passes;
-    m_marks = marks;
-    const bool corrects = m_hasResult && isBrush(drawn.operation);
-    m_result = corrects ? trustedChanges(m_result, found.mask, drawingOf(drawn)) : found.mask;
+    cv::Mat mask = found.mask;
+    if (m_hasResult && isBrush(drawn.operation)) {
+        keepTrustedChanges(m_result, drawingOf(drawn, m_photo.size()), mask);
+    }
+    m_result = mask;
     m_hasResult = true;
     leaveEngineBehind();
 }
 
 // Where the object is looked for first: the last result as the mark changes it.
-cv::Mat Session::candidatesFor(const Step& drawn, Step& step, const UserMarks& marks) {
+cv::Mat Session::candidatesFor(const Step& drawn, Step& step) {
     if (!m_hasResult) {
-        return firstCandidates(step, marks);
+        return firstCandidates(step);
     }
     cv::Mat candidates = m_result.clone();
     if (drawn.operation == Operation::kMarks) {
@@ -291,30 +293,27 @@ cv::Mat Session::candidatesFor(const Step& drawn, Step& step, const UserMarks& m
         candidates.setTo(0, spread(m_painted == SEGCORE_MARK_BACKGROUND, kMarkSpread));
         return candidates;
     }
-    candidates.setTo(removes(drawn.operation) ? 0 : 255, surroundingsOf(drawn));
+    const Drawing around = surroundingsOf(drawn);
+    candidates(around.where).setTo(removes(drawn.operation) ? 0 : 255, around.inside);
     return candidates;
 }
 
 // What a mark is a better guess for than the last result.
-cv::Mat Session::surroundingsOf(const Step& drawn) const {
-    Step around = drawn;
-    if (isBrush(drawn.operation)) {
-        around.radius = spreadRadius(drawn, m_photo.size());
-    }
-    return requestFor(around, m_photo.size()).markers != SEGCORE_MARK_NONE;
+Drawing Session::surroundingsOf(const Step& drawn) const {
+    return drawingOf(drawn, m_photo.size(), spreadReach(m_photo.size()));
 }
 
-cv::Mat Session::firstCandidates(Step& step, const UserMarks& marks) {
+cv::Mat Session::firstCandidates(Step& step) {
     if (!isRegion(step.operation)) {
-        return marks.firstCandidates();
+        return m_marks.firstCandidates();
     }
     const RegionStart* named = regionStartNamed(step.start);
     if (named == &kLoopStart || (named == nullptr && isLoop(step.operation))) {
         step.start = kLoopStart.name;
-        return loopStart(m_photo, marks.region());
+        return loopStart(m_photo, m_marks.region());
     }
     const ChosenStart chosen = m_stats.measure(m_stage + ", start", [&] {
-        return chooseBoxStart(m_engine, m_photo, marks.region(), named,
+        return chooseBoxStart(m_engine, m_photo, m_marks.region(), named,
                               [this] { return hasTime(); });
     });
     step.start = chosen.start->name;
@@ -391,7 +390,8 @@ void Session::bringEngineToShown() {
     m_engine.reset();
     m_newest = m_shown;
     if (shownHasResult()) {
-        m_engine.edit(editTo(m_steps[m_shown - 1].mask.unpacked(m_photo.size())));
+        m_engine.show(m_steps[m_shown - 1].mask.unpacked(m_photo.size()),
+                      EngineCalls::Wanted::kPicture);
     }
     m_engineIsElsewhere = false;
 }

@@ -109,12 +109,11 @@ class Session {
     void askEngine(const Step& drawn);
     void request(const Request& request, bool edit);
     void noteMarks(const Step& drawn, const cv::Mat& before);
-    cv::Mat drawingOf(const Step& drawn) const;
-    void noteSaid(UserMarks& marks, const Step& drawn);
+    void noteSaid(const Step& drawn);
     void findWhole(const Step& drawn, Step& step);
-    cv::Mat candidatesFor(const Step& drawn, Step& step, const UserMarks& marks);
-    cv::Mat surroundingsOf(const Step& drawn) const;
-    cv::Mat firstCandidates(Step& step, const UserMarks& marks);
+    cv::Mat candidatesFor(const Step& drawn, Step& step);
+    Drawing surroundingsOf(const Step& drawn) const;
+    cv::Mat firstCandidates(Step& step);
     void stepBack();
     void stepForward();
     void showKept();
@@ -135,9 +134,10 @@ class Session {
     std::size_t m_shown = 0;           // of them, from the first
     std::size_t m_newest = 0;          // steps up to which the engine can redo
     bool m_engineIsElsewhere = false;  // than at the steps shown
-    int m_requestsMade = 0;            // by the step being applied, into the engine's history
-    std::size_t m_stepsApplied = 0;    // undo and redo count, too
-    std::string m_stage;               // of the step being applied, in the statistics
-    double m_budget = 0.0;             // seconds
+    EngineCalls::Wanted m_wanted = EngineCalls::Wanted::kPicture;  // of the step being applied
+    int m_requestsMade = 0;          // by the step being applied, into the engine's history
+    std::size_t m_stepsApplied = 0;  // undo and redo count, too
+    std::string m_stage;             // of the step being applied, in the statistics
+    double m_budget = 0.0;           // seconds
     std::chrono::steady_clock::time_point m_stepStart;
 };

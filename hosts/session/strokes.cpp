@@ -14,6 +14,9 @@ constexpr double kDefaultRadiusShare = 0.01;  // of the photograph's mean side
 constexpr int kSmallestDefaultRadius = 2;
 // The imaging library draws lines of up to 32767 pixels.
 constexpr int kLargestRadius = 16383;
+// The imaging library's thick slanted lines reach a little further than told.
+constexpr int kBeyondRadius = 4;
+constexpr int kDrawn = 255;
 
 int radiusOf(const Step& step, cv::Size photo) {
     const double meanSide = std::sqrt(static_cast<double>(photo.area()));
@@ -50,10 +53,10 @@ void requireShape(const Step& step) {
 }
 
 // Every pixel of the path there and back again, the turning point and the start not repeated.
-std::vector<cv::Point> pathThereAndBack(const cv::Mat& image, const std::vector<cv::Point>& path) {
+std::vector<cv::Point> pathThereAndBack(const std::vector<cv::Point>& path) {
     std::vector<cv::Point> stroke{path.front()};
     for (std::size_t i = 1; i < path.size(); ++i) {
-        cv::LineIterator line(image, path[i - 1], path[i]);
+        cv::LineIterator line(path[i - 1], path[i]);
         for (int k = 1; k < line.count; ++k) {
             ++line;
             stroke.push_back(line.pos());
@@ -90,6 +93,29 @@ std::vector<cv::Point> pointsOf(const Step& step, cv::Size photo) {
     return points;
 }
 
+std::vector<cv::Point> cornersOf(Operation operation, const std::vector<cv::Point>& points) {
+    return operation == Operation::kBox ? outlineOf(points) : points;
+}
+
+Drawing drawn(const Step& step, const std::vector<cv::Point>& points, cv::Size photo, int code,
+              int wider) {
+    const bool isPath = isBrush(step.operation);
+    const int radius = isPath ? std::min(radiusOf(step, photo) + wider, kLargestRadius) : 0;
+    const int margin = radius + kBeyondRadius;
+    const cv::Rect tight = cv::boundingRect(points);
+    Drawing drawing;
+    drawing.where = cv::Rect(tight.x - margin, tight.y - margin, tight.width + 2 * margin,
+                             tight.height + 2 * margin) &
+                    cv::Rect({0, 0}, photo);
+    drawing.inside = cv::Mat::zeros(drawing.where.size(), CV_8UC1);
+    std::vector<cv::Point> moved = isPath ? points : cornersOf(step.operation, points);
+    for (cv::Point& point : moved) {
+        point -= drawing.where.tl();
+    }
+    isPath ? drawBrush(drawing.inside, moved, radius, code) : fillLoop(drawing.inside, moved, code);
+    return drawing;
+}
+
 int strokeTypeOf(Operation operation) {
     if (isBrush(operation)) {
         return removes(operation) ? SEGCORE_BRUSH_REMOVE : SEGCORE_BRUSH_ADD;
@@ -116,9 +142,13 @@ void requireInside(const std::vector<cv::Point>& points, cv::Size photo) {
     requireUpTo({photo.width - 1, photo.height - 1}, points, photo);
 }
 
-int spreadRadius(const Step& step, cv::Size photo) {
-    const double spread = std::sqrt(static_cast<double>(photo.area())) * kMarkSpread;
-    return std::min(radiusOf(step, photo) + static_cast<int>(spread), kLargestRadius);
+int spreadReach(cv::Size photo) {
+    return static_cast<int>(std::sqrt(static_cast<double>(photo.area())) * kMarkSpread);
+}
+
+Drawing drawingOf(const Step& step, cv::Size photo, int wider) {
+    requireShape(step);
+    return drawn(step, pointsOf(step, photo), photo, kDrawn, wider);
 }
 
 Request requestFor(const Step& step, cv::Size photo) {
@@ -126,15 +156,14 @@ Request requestFor(const Step& step, cv::Size photo) {
     const std::vector<cv::Point> points = pointsOf(step, photo);
     Request request;
     request.strokeType = strokeTypeOf(step.operation);
-    request.markers = cv::Mat::zeros(photo, CV_32SC1);
+    const bool isCertain = isBrush(step.operation) || step.edit;
     const int certain = removes(step.operation) ? SEGCORE_MARK_BACKGROUND : SEGCORE_MARK_OBJECT;
-    if (isBrush(step.operation)) {
-        drawBrush(request.markers, points, radiusOf(step, photo), certain);
-        request.stroke = pathThereAndBack(request.markers, points);
-    } else {
-        request.stroke = step.operation == Operation::kBox ? outlineOf(points) : points;
-        fillLoop(request.markers, request.stroke, step.edit ? certain : SEGCORE_MARK_CANDIDATE);
-    }
+    const Drawing part =
+        drawn(step, points, photo, isCertain ? certain : SEGCORE_MARK_CANDIDATE, 0);
+    request.markers = cv::Mat::zeros(photo, CV_8UC1);
+    part.inside.copyTo(request.markers(part.where));
+    request.stroke =
+        isBrush(step.operation) ? pathThereAndBack(points) : cornersOf(step.operation, points);
     if (step.edit) {
         request.stroke.clear();
     }

@@ -22,9 +22,18 @@ constexpr std::size_t kLoopCorners = 3;  // fewest that enclose anything
 // What setCurrentMarkerVector and setMarkerImage take.
 struct Request {
     std::vector<cv::Point> stroke;
-    cv::Mat markers;  // CV_32SC1 of the photograph's size, marker codes
+    cv::Mat markers;  // CV_8UC1 of the photograph's size, marker codes
     int strokeType = 0;
 };
+
+// What a mark covers. It is kept as a part of the photograph, since most strokes cover little of it.
+struct Drawing {
+    cv::Rect where;  // the part, inside the photograph
+    cv::Mat inside;  // CV_8UC1 of its size, not 0 on the mark
+};
+
+// For boxes, loops and brushes; throws as requestFor does. `wider` is added to a brush's radius.
+Drawing drawingOf(const Step& step, cv::Size photo, int wider = 0);
 
 // For boxes, loops and brushes. Points outside the photograph and shapes with too few points are
 // errors.
@@ -34,10 +43,10 @@ Request requestFor(const Step& step, cv::Size photo);
 // for a better guess than the last result: what is wrong is seldom as thin as the stroke through it.
 constexpr double kMarkSpread = 0.03;
 
-// A brush's own radius and that.
-int spreadRadius(const Step& step, cv::Size photo);
+// That in pixels.
+int spreadReach(cv::Size photo);
 
-// The two shapes alone, on CV_32SC1 or CV_8UC1: the discs along a path, and a loop's inside with its
+// The two shapes alone, on one channel: the discs along a path, and a loop's inside with its
 // border.
 void drawBrush(cv::Mat& markers, const std::vector<cv::Point>& path, int radius, int code);
 void fillLoop(cv::Mat& markers, const std::vector<cv::Point>& corners, int code);

@@ -11,17 +11,17 @@ class UserMarks {
   public:
     explicit UserMarks(cv::Size photo);
 
-    // CV_8UC1, 255 inside a box or loop. Until there is one, the region is the whole photograph.
-    void addRegion(const cv::Mat& inside);
+    // What a box or loop holds. Until there is one, the region is the whole photograph.
+    void addRegion(const Drawing& drawing);
     bool hasRegion() const { return m_hasRegion; }
-    // Whether boxes and loops hold all of `marked`.
-    bool isWithinRegion(const cv::Mat& marked) const;
+    // Whether boxes and loops hold all of it.
+    bool isWithinRegion(const Drawing& drawing) const;
     // CV_8UC1, 255 in the region, which holds all marks.
     cv::Mat region() const;
 
-    // Marks where `where` (CV_8UC1) is not 0, over earlier ones; `code` is SEGCORE_MARK_OBJECT or
+    // Marks what is drawn, over earlier marks; `code` is SEGCORE_MARK_OBJECT or
     // SEGCORE_MARK_BACKGROUND.
-    void mark(const cv::Mat& where, int code);
+    void mark(const Drawing& drawing, int code);
     // The pixels in which two masks differ are what the later one says.
     void markChanges(const cv::Mat& before, const cv::Mat& after);
     // Where to look for the object first when there is no result yet, CV_8UC1, 255: in the region;
@@ -32,15 +32,17 @@ class UserMarks {
     // and the rest of the region as probable background; marks are certain.
     Request request(const cv::Mat& candidates) const;
 
-    // A result as the marks have it: marked pixels are what they are marked as, and nothing outside
+    // Makes a result (CV_8UC1, 255 object) one as the marks have it: marked pixels are what they are marked as, and nothing outside
     // the region is object. The engine decides anew along the line of a request's points, which can
     // lie outside the region or, at the photograph's border, on marks. Where object marks alone say
     // where the object is, only those of its pieces stay that hold one: without a region, alike
     // colours anywhere in the photograph are taken for the object.
-    cv::Mat honouredBy(const cv::Mat& mask) const;
+    void correct(cv::Mat& mask) const;
 
     struct Kept {
         bool hasRegion = false;
+        cv::Rect regionRect;
+        cv::Rect marksRect;
         KeptMask region;
         KeptMask object;
         KeptMask background;
@@ -50,11 +52,17 @@ class UserMarks {
 
   private:
     bool hasObjectMarks() const;
+    cv::Rect regionRect() const;
     cv::Rect around() const;
+    template <typename Act>
+    void forRows(cv::Rect within, Act&& act) const;
 
-    cv::Mat m_region;  // CV_8UC1, 255 inside of boxes and loops
-    cv::Mat m_codes;   // CV_8UC1, marker codes
+    cv::Mat m_region;       // CV_8UC1, 255 inside of boxes and loops
+    cv::Mat m_codes;        // CV_8UC1, marker codes
+    cv::Rect m_regionRect;  // around what is not 0 in them, as little as possible
+    cv::Rect m_marksRect;
     bool m_hasRegion = false;
+    KeptMask m_keptRegion;  // of m_region, which most steps leave as it is
 };
 
 // CV_8UC1, 255: the pixels no farther from those of `marked` (CV_8UC1, not 0) than `share` of the

@@ -63,8 +63,12 @@ const Attempt& bestOf(const std::vector<Attempt>& attempts, const Photo& photo,
 }  // namespace
 
 FoundObject findObject(EngineCalls& engine, const ObjectSearch& search) {
-    const cv::Mat region = search.marks.region();
-    cv::Mat candidates = search.candidates & region;
+    cv::Mat candidates = search.candidates;
+    cv::Mat region;  // for further passes alone: a request looks nowhere else
+    if (search.passes > 1) {
+        region = search.marks.region();
+        candidates = candidates & region;
+    }
     FoundObject found;
     for (found.passes = 1; found.passes < search.passes && search.hasTime(); ++found.passes) {
         engine.reset();
@@ -76,8 +80,9 @@ FoundObject findObject(EngineCalls& engine, const ObjectSearch& search) {
         candidates = next;
     }
     engine.reset();
-    engine.segment(search.marks.request(candidates));
-    found.mask = search.marks.honouredBy(engine.mask());
+    engine.segment(search.marks.request(candidates), EngineCalls::Wanted::kMask);
+    found.mask = engine.takeMask();
+    search.marks.correct(found.mask);
     return found;
 }
 
@@ -86,7 +91,7 @@ ChosenStart chooseBoxStart(EngineCalls& engine, const Photo& photo, const cv::Ma
     const Photo small = smallCopy(photo);
     const cv::Mat smallRegion = reducedTo(small.size(), region);
     UserMarks marks(small.size());
-    marks.addRegion(smallRegion);
+    marks.addRegion({cv::Rect({0, 0}, small.size()), smallRegion});
     engine.take(small);
     std::vector<Attempt> attempts;
     for (const RegionStart& start : kBoxStarts) {

@@ -15,7 +15,7 @@ std::string picture(const cv::Mat& markers) {
     std::string text;
     for (int y = 0; y < markers.rows; ++y) {
         for (int x = 0; x < markers.cols; ++x) {
-            text += ".1234"[markers.at<int>(y, x)];
+            text += ".1234"[markers.at<std::uint8_t>(y, x)];
         }
         text += '\n';
     }
@@ -42,11 +42,32 @@ TEST(Strokes, BrushesAreDiscsAlongTheirPath) {
             // The imaging library's thick slanted lines reach further than told.
             const double beyond = distanceTo(step.points, at) - radius;
             if (beyond <= 0.0 || beyond > 2.0) {
-                ASSERT_EQ(markers.at<int>(at),
+                ASSERT_EQ(markers.at<std::uint8_t>(at),
                           beyond <= 0.0 ? SEGCORE_MARK_OBJECT : SEGCORE_MARK_NONE)
                     << "radius " << radius << " at " << at;
             }
         }
+    }
+}
+
+// Only the part of the photograph around a mark is drawn on.
+TEST(Strokes, CoverWhatDrawingOnTheWholePhotographCovers) {
+    cv::RNG generator(11);
+    const auto upTo = [&generator](int last) { return generator.uniform(0, last + 1); };
+    for (int round = 0; round < 500; ++round) {
+        const cv::Size photo(20 + upTo(300), 20 + upTo(300));
+        const int radius = upTo(40);
+        Points points(static_cast<std::size_t>(3 + upTo(3)));
+        for (cv::Point& point : points) {
+            point = {upTo(photo.width - 1), upTo(photo.height - 1)};
+        }
+        const bool isLoop = round % 3 == 0;
+        cv::Mat whole = cv::Mat::zeros(photo, CV_8UC1);
+        isLoop ? fillLoop(whole, points, SEGCORE_MARK_CANDIDATE)
+               : drawBrush(whole, points, radius, SEGCORE_MARK_OBJECT);
+        const Operation operation = isLoop ? Operation::kLoopAdd : Operation::kBrushAdd;
+        const Request request = requestFor(stepOf(operation, points, radius), photo);
+        ASSERT_EQ(cv::norm(request.markers, whole, cv::NORM_INF), 0.0) << round;
     }
 }
 

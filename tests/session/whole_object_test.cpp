@@ -170,16 +170,21 @@ TEST(TouchUp, ChangesNothingAwayFromTheStrokeAndIsKeptByLaterSteps) {
 // The stroke changes 6 pixels with it and is 2 itself, so 12 elsewhere are trusted and 13 are not.
 TEST(WholeObject, TakesBackLargerChangesThanTheStrokes) {
     const cv::Mat before = cv::Mat::zeros(20, 40, CV_8UC1);
-    cv::Mat stroke = before.clone();
-    stroke(cv::Rect(2, 2, 2, 1)).setTo(255);
+    const auto trusted = [](const cv::Mat& shown, const cv::Mat& found) {
+        cv::Mat result = found.clone();
+        keepTrustedChanges(shown, {cv::Rect(2, 2, 2, 1), {1, 2, CV_8UC1, cv::Scalar(255)}}, result);
+        return result;
+    };
     cv::Mat expected = before.clone();
     expected(cv::Rect(2, 2, 3, 2)).setTo(255);
     expected(cv::Rect(10, 5, 4, 3)).setTo(255);
     cv::Mat found = expected.clone();
     found(cv::Rect(20, 7, 13, 1)).setTo(255);
-    EXPECT_TRUE(same(trustedChanges(before, found, stroke), expected));
-    EXPECT_TRUE(same(trustedChanges(before, before, stroke), before));
-    EXPECT_TRUE(same(trustedChanges(expected, before, stroke), expected & ~stroke));
+    EXPECT_TRUE(same(trusted(before, found), expected));
+    EXPECT_TRUE(same(trusted(before, before), before));
+    const cv::Mat withStroke = expected.clone();
+    expected(cv::Rect(2, 2, 2, 1)).setTo(0);
+    EXPECT_TRUE(same(trusted(withStroke, before), expected));
 }
 
 struct StopsAtWorkingMask : SessionHost {
