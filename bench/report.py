@@ -122,6 +122,17 @@ def session_table(run):
         ["request", "p50 ms", "p95 ms", "peak MB", "bytes a pixel", "requests"], rows)
 
 
+def correction_table(run):
+    rows = []
+    for subject, size in run.subjects("corrections"):
+        value = lambda statistic: number(run.get("corrections", subject, size, statistic))
+        rows.append([subject, size_name(size), value("p50"), value("p95"), value("processor p50"),
+                     value("processor p95"), value("peak memory"), value("ratio")])
+    heads = ["step", "photograph", "p50 ms", "p95 ms", "processor p50", "processor p95", "peak MB",
+             "times the single request"]
+    return ["### Corrections", ""] + table(heads, rows) if rows else []
+
+
 def peer_table(run):
     rows = []
     for subject, size in run.subjects("peers"):
@@ -151,7 +162,8 @@ def tables(run, before):
         title += f"; before: commit {before.commit}"
     lines = [title + ".", ""]
     lines += request_tables(run, before) + stage_table(run) + mover_table(run)
-    return lines + session_table(run) + peer_table(run) + instruction_table(run, before)
+    lines += session_table(run) + correction_table(run)
+    return lines + peer_table(run) + instruction_table(run, before)
 
 
 def write_readme(path, lines):
