@@ -32,11 +32,11 @@ class UserMarks {
     // and the rest of the region as probable background; marks are certain.
     Request request(const cv::Mat& candidates) const;
 
-    // Makes a result (CV_8UC1, 255 object) one as the marks have it: marked pixels are what they are marked as, and nothing outside
-    // the region is object. The engine decides anew along the line of a request's points, which can
-    // lie outside the region or, at the photograph's border, on marks. Where object marks alone say
-    // where the object is, only those of its pieces stay that hold one: without a region, alike
-    // colours anywhere in the photograph are taken for the object.
+    // Makes a result (CV_8UC1, 255 object) one as the marks have it: marked pixels are what they are
+    // marked as, and nothing outside the region is object. The engine decides anew along the line of
+    // a request's points, which can lie outside the region or, at the photograph's border, on marks.
+    // Where object marks alone say where the object is, only those of its pieces stay that hold one:
+    // without a region, alike colours anywhere in the photograph are taken for the object.
     void correct(cv::Mat& mask) const;
 
     struct Kept {
