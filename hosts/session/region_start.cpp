@@ -221,6 +221,5 @@ double separation(const Photo& photo, const cv::Mat& region, const cv::Mat& mask
         return kNothingFound;
     }
     return mutualInformation(photo, inside, within) -
-           kSideWeight * shareOfSides(inside, rectangle) +
-           kSpanWeight * spanOf(inside, rectangle);
+           kSideWeight * shareOfSides(inside, rectangle) + kSpanWeight * spanOf(inside, rectangle);
 }
