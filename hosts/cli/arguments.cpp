@@ -162,7 +162,7 @@ void declareCommands(CLI::App& app) {
     declareReplay(app);
     declareSnap(app);
     app.footer(
-        "Example: segcore cut samples/coffee.png --box 70,14,486,390 --cutout cup.png\n"
+        "Example: segcore cut samples/astronaut.png --box 20,10,362,511 --cutout person.png\n"
         "Points are x,y in photograph pixels. Details: man segcore, segcore COMMAND --help.");
 }
 

@@ -87,7 +87,7 @@ std::string stepFileName(std::size_t number) {
     return name;
 }
 
-// Only now is it known whether there is a result, on which the usual kind depends.
+// Only now is it known whether there is an object, on which the usual kind depends.
 Step withKind(Step mark, bool isFirst) {
     if (!mark.correction) {
         mark.correction = usualCorrection(mark.operation, isFirst);
@@ -116,7 +116,7 @@ std::vector<Step> applySteps(Session& session, const CutInput& input, const std:
         apply(step);
     }
     for (const Step& mark : input.marks) {
-        apply(withKind(mark, !session.hasResult()));
+        apply(withKind(mark, cv::countNonZero(session.result()) == 0));
     }
     return made;
 }

@@ -126,7 +126,7 @@ void declareCorrections(CLI::App& command, MarkOptions& marks) {
             marks.passes = passes;
             marks.waiting.insert(kPasses);
         },
-        "Requests of each whole-object mark that follows, 1 to 10 [as many as help]")
+        "Requests of each whole-object mark that follows, 1 to 10 [1; 3 from strokes alone]")
         ->check(CLI::Validator(notPasses, ""))
         ->option_text("N");
 }
@@ -178,8 +178,11 @@ void declareMarks(CLI::App& command, MarkOptions& marks) {
 
 void requireMarksAfter(const MarkOptions& marks) {
     if (!marks.waiting.empty()) {
+        const std::string option = *marks.waiting.begin();
+        const bool ofWholeObjects = option == kPasses;
         throw CLI::ValidationError(
-            *marks.waiting.begin(),
-            "holds for the marks after it and there is none; put it before the mark");
+            option, std::string("holds for the ") + (ofWholeObjects ? "whole-object " : "") +
+                        "marks after it and there is none; put it before the mark" +
+                        (ofWholeObjects ? ", and no --touch-up between them" : ""));
     }
 }

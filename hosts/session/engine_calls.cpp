@@ -88,6 +88,7 @@ void EngineCalls::showNone() {
 void EngineCalls::reset() {
     resetSegmentationInterface();
     showNone();
+    m_host.throwIfInterrupted();  // the engine has just forgotten a cancel
 }
 
 // Marks as the engine takes them; what was in the buffer is gone.
@@ -169,9 +170,9 @@ void EngineCalls::stepForward() {
 
 cv::Mat EngineCalls::workingMask(const Request& request) {
     cv::Mat found;
-    m_wanted = &found;
     passMarks(request);
     cv::Mat mask(m_photo->size(), CV_8UC1);  // required, but never written to
+    m_wanted = &found;
     processSegment(0, 0, 0, m_words.get(), mask.data);
     m_wanted = nullptr;
     if (segcore_last_status() != SEGCORE_ENDED_BY_OBSERVER || found.empty()) {

@@ -27,7 +27,8 @@ class EngineCalls {
     void take(const Photo& photo);
     bool holds(const Photo& photo) const { return m_photo == &photo; }
 
-    // As a fresh engine on the photograph: no history, no verdict of earlier requests, no cancel.
+    // As a fresh engine on the photograph: no history, no verdict of earlier requests, no cancel. Throws
+    // what the host throws for an interruption so far.
     void reset();
 
     // Whether the engine also paints the picture that blended() hands out. That is a

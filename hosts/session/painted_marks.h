@@ -10,6 +10,8 @@
 // picture of marks but, say, a photograph, and is refused: more of them than half as many as marks,
 // or more than 3 % of the picture.
 //
+// What follows is for marks that do not look for the whole object; user_marks.h has those that do.
+//
 // On a photograph without a result the marks make one request, a loop that adds: what is painted as
 // object or background is so, candidates are free, and when background but no candidate is painted
 // all the rest is candidate. With object marks alone they are a brush instead, since nothing then

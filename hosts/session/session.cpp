@@ -178,14 +178,18 @@ void Session::applyDrawn(const Step& drawn, Step& step) {
 }
 
 bool Session::isSingleRequest(const Step& step) const {
-    return !m_hasResult && step.passes == 1 && step.start.empty() && isRegion(step.operation);
+    return !hasObject() && step.passes == 1 && step.start.empty() && isRegion(step.operation);
+}
+
+bool Session::hasObject() const {
+    return m_hasResult && cv::countNonZero(m_result) > 0;
 }
 
 void Session::startAfresh() {
     m_engineIsElsewhere = true;
     holdPhoto();
     m_engine.reset();
-    if (m_hasResult) {
+    if (hasObject()) {  // an empty mask on display would clip the last rows and columns
         m_engine.show(m_result, EngineCalls::Wanted::kMask);
     }
 }
@@ -229,24 +233,17 @@ void Session::request(const Request& request, bool edits) {
 }
 
 void Session::noteMarks(const Step& drawn, const cv::Mat& before) {
-    if (cv::countNonZero(before) > 0) {
+    const bool hadObject = cv::countNonZero(before) > 0;
+    if (hadObject) {
         m_marks.markChanges(before, m_result);
     }
-    noteSaid(drawn);
+    noteSaid(drawn, hadObject);
 }
 
 // What a mark says by itself, whatever became of it.
-void Session::noteSaid(const Step& drawn) {
+void Session::noteSaid(const Step& drawn, bool hadObject) {
     if (drawn.operation == Operation::kMarks) {
-        const cv::Rect all({0, 0}, m_photo.size());
-        const cv::Mat region = m_painted == SEGCORE_MARK_CANDIDATE;
-        if (cv::countNonZero(region) > 0) {
-            m_marks.addRegion({all, region});
-        }
-        for (const int code : {SEGCORE_MARK_OBJECT, SEGCORE_MARK_BACKGROUND}) {
-            m_marks.mark({all, m_painted == code}, code);
-        }
-        return;
+        return notePainted(hadObject);
     }
     const Drawing drawing = drawingOf(drawn, m_photo.size());
     if (isBrush(drawn.operation) || drawn.edit) {
@@ -256,24 +253,48 @@ void Session::noteSaid(const Step& drawn) {
             m_marks.addRegion(surroundingsOf(drawn));
         }
     } else if (!removes(drawn.operation)) {
-        m_marks.addRegion(drawing);
+        noteRegion(drawing, hadObject);
     }
+}
+
+void Session::notePainted(bool hadObject) {
+    const cv::Rect all({0, 0}, m_photo.size());
+    const cv::Mat region = m_painted == SEGCORE_MARK_CANDIDATE;
+    const cv::Mat object = m_painted == SEGCORE_MARK_OBJECT;
+    if (cv::countNonZero(region) > 0) {
+        noteRegion({all, region}, hadObject);
+    }
+    m_marks.mark({all, object}, SEGCORE_MARK_OBJECT);
+    m_marks.mark({all, m_painted == SEGCORE_MARK_BACKGROUND}, SEGCORE_MARK_BACKGROUND);
+    if (m_marks.hasRegion() && !m_marks.isWithinRegion({all, object})) {
+        m_marks.addRegion({all, spread(object, kMarkSpread)});
+    }
+}
+
+// An object that was found without a box or loop may lie outside of one that comes later.
+void Session::noteRegion(const Drawing& drawing, bool hadObject) {
+    if (hadObject && !m_marks.hasRegion()) {
+        const cv::Rect all({0, 0}, m_photo.size());
+        m_marks.addRegion({all, cv::Mat(all.size(), CV_8UC1, cv::Scalar(255))});
+    }
+    m_marks.addRegion(drawing);
 }
 
 void Session::findWhole(const Step& drawn, Step& step) {
     m_engineIsElsewhere = true;
-    noteSaid(drawn);
+    const bool corrects = hasObject();
+    noteSaid(drawn, corrects);
     const cv::Mat candidates = candidatesFor(drawn, step);
     holdPhoto();
     const bool exact = step.passes.has_value();
-    const int usual = m_hasResult || m_marks.hasRegion() ? kUsualPasses : kPassesWithoutRegion;
+    const int usual = corrects || m_marks.hasRegion() ? kUsualPasses : kPassesWithoutRegion;
     const FoundObject found = m_stats.measure(m_stage, [&] {
         return findObject(m_engine, {m_marks, candidates, step.passes.value_or(usual),
                                      [&] { return exact || hasTime(); }});
     });
     step.passes = found.passes;
     cv::Mat mask = found.mask;
-    if (m_hasResult && isBrush(drawn.operation)) {
+    if (corrects && isBrush(drawn.operation)) {
         keepTrustedChanges(m_result, drawingOf(drawn, m_photo.size()), mask);
     }
     m_result = mask;
@@ -283,7 +304,9 @@ void Session::findWhole(const Step& drawn, Step& step) {
 
 // Where the object is looked for first: the last result as the mark changes it.
 cv::Mat Session::candidatesFor(const Step& drawn, Step& step) {
-    if (!m_hasResult) {
+    // In a region where nothing was found a stroke tells more than the region does.
+    const bool tellsMore = isBrush(drawn.operation) && m_marks.hasRegion();
+    if (!hasObject() && !tellsMore) {
         return firstCandidates(step);
     }
     cv::Mat candidates = m_result.clone();
@@ -377,6 +400,10 @@ void Session::requireEngineAtShown() {
     try {
         m_stats.measure(m_stage, [&] { bringEngineToShown(); });
     } catch (const UserError& error) {
+        if (error.reason == UserError::Reason::kCancelled ||
+            error.reason == UserError::Reason::kEndedByObserver) {
+            throw;
+        }
         throw UserError(std::string("the mask could not be put back (") + error.what() +
                             "); free some memory and try again",
                         UserError::Reason::kOutOfMemory);
@@ -397,6 +424,7 @@ void Session::bringEngineToShown() {
 }
 
 cv::Mat Session::preview() {
+    m_stage = "mask back into the engine";
     requireEngineAtShown();
     return m_engine.blended();
 }

@@ -103,13 +103,16 @@ class Session {
     void applyMarks(Step& step);
     void applyDrawn(const Step& drawn, Step& step);
     bool isSingleRequest(const Step& step) const;
+    bool hasObject() const;
     void startAfresh();
     void leaveEngineBehind();
     void holdPhoto();
     void askEngine(const Step& drawn);
     void request(const Request& request, bool edit);
     void noteMarks(const Step& drawn, const cv::Mat& before);
-    void noteSaid(const Step& drawn);
+    void noteSaid(const Step& drawn, bool hadObject);
+    void notePainted(bool hadObject);
+    void noteRegion(const Drawing& drawing, bool hadObject);
     void findWhole(const Step& drawn, Step& step);
     cv::Mat candidatesFor(const Step& drawn, Step& step);
     Drawing surroundingsOf(const Step& drawn) const;

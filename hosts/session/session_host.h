@@ -7,7 +7,8 @@
 
 #include "session/errors.h"
 
-// Where a request is. A step makes several of them, one after the other.
+// Where a request is. A step makes several of them, one after the other, and each goes from 0 to 1. A
+// first box begins with small ones on a copy of the photograph.
 struct RequestProgress {
     double fraction = 0.0;  // of the request's time, 0 to 1, estimated
     // The result as it is found, some hundreds of pixels wide, CV_8UC1, 255 object; empty but once in

@@ -72,7 +72,7 @@ struct Step {
     std::string marksFile;
     std::optional<Correction> correction;
     // Of a whole object: the requests made one after the other, each from the result of the one
-    // before, 1 to kMostPasses; none: as many as help. One on a photograph without a result is the
+    // before, 1 to kMostPasses; none: the usual number. One on a photograph without a result is the
     // box or loop and nothing more.
     std::optional<int> passes;
     // Of a whole object's first box or loop: the name of a RegionStart; empty: the best of them, or

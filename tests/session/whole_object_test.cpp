@@ -149,6 +149,15 @@ TEST(WholeObject, NeedsNoBox) {
     EXPECT_NE(cv::countNonZero(found), 0);
 }
 
+// Strokes alone mean all of the photograph, and a loop that comes later does not take that back.
+TEST(WholeObject, OutgrowsALoopThatComesAfterStrokes) {
+    Editor editor;
+    editor.apply(kAdd);
+    editor.apply(touchUp(stepOf(Operation::kLoopAdd, {{140, 100}, {155, 100}, {155, 115}})));
+    editor.apply(whole(Operation::kBrushAdd, {{70, 80}, {90, 80}}, 2));
+    EXPECT_LT(editor.errorRate(), 0.03);
+}
+
 TEST(TouchUp, ChangesNothingAwayFromTheStrokeAndIsKeptByLaterSteps) {
     Editor editor;
     const cv::Mat boxed = editor.apply(kBox);
@@ -191,6 +200,8 @@ struct StopsAtWorkingMask : SessionHost {
     bool onProgress(const RequestProgress& progress) override {
         return progress.workingMask.empty() || --left > 0;
     }
+    void throwIfInterrupted() override { ++asked; }
+    int asked = 0;
     int left = 0;
 };
 
@@ -208,7 +219,9 @@ TEST(WholeObject, GivenUpAnywhereLeavesTheSessionAsItWas) {
         EXPECT_FALSE(session.hasResult());
     }
     host.left = 1000;
+    host.asked = 0;
     session.apply(kBox);
+    EXPECT_GE(host.asked, requests);  // an interruption is heard before each request
     EXPECT_TRUE(same(session.result(), boxed));
     EXPECT_THROW(Session(photo, host, stats), UserError);  // one at a time
     EXPECT_TRUE(same(session.result(), boxed));
