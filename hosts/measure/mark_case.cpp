@@ -70,7 +70,8 @@ bool CaseSession::applyMark(const std::string& mark) {
         step->marksFile = mark;
     }
     if (step) {
-        step->correction = usualCorrection(step->operation, cv::countNonZero(m_session.result()) == 0);
+        step->correction =
+            usualCorrection(step->operation, cv::countNonZero(m_session.result()) == 0);
         m_session.apply(*step);
     }
     return step.has_value();
