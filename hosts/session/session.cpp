@@ -165,7 +165,7 @@ void Session::applyDrawn(const Step& drawn, Step& step) {
     }
     const cv::Mat before = m_result;
     if (step.correction) {
-        startAfresh();
+        startAfresh(step.operation);
     } else {
         requireEngineAtShown();
     }
@@ -185,11 +185,13 @@ bool Session::hasObject() const {
     return m_hasResult && cv::countNonZero(m_result) > 0;
 }
 
-void Session::startAfresh() {
+void Session::startAfresh(Operation operation) {
     m_engineIsElsewhere = true;
     holdPhoto();
     m_engine.reset();
-    if (hasObject()) {  // an empty mask on display would clip the last rows and columns
+    // An empty mask on display would clip the last rows and columns of what is added; without one, a
+    // mark that removes would add.
+    if (m_hasResult && (removes(operation) || hasObject())) {
         m_engine.show(m_result, EngineCalls::Wanted::kMask);
     }
 }
@@ -304,8 +306,10 @@ void Session::findWhole(const Step& drawn, Step& step) {
 
 // Where the object is looked for first: the last result as the mark changes it.
 cv::Mat Session::candidatesFor(const Step& drawn, Step& step) {
-    // In a region where nothing was found a stroke tells more than the region does.
-    const bool tellsMore = isBrush(drawn.operation) && m_marks.hasRegion();
+    // In a region where nothing was found a stroke tells more than the region does, and what is to be
+    // removed is never a place to look.
+    const bool tellsMore =
+        removes(drawn.operation) || (isBrush(drawn.operation) && m_marks.hasRegion());
     if (!hasObject() && !tellsMore) {
         return firstCandidates(step);
     }

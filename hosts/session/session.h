@@ -104,7 +104,7 @@ class Session {
     void applyDrawn(const Step& drawn, Step& step);
     bool isSingleRequest(const Step& step) const;
     bool hasObject() const;
-    void startAfresh();
+    void startAfresh(Operation operation);
     void leaveEngineBehind();
     void holdPhoto();
     void askEngine(const Step& drawn);

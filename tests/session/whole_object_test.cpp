@@ -158,6 +158,18 @@ TEST(WholeObject, OutgrowsALoopThatComesAfterStrokes) {
     EXPECT_LT(editor.errorRate(), 0.03);
 }
 
+TEST(WholeObject, FindsNothingInWhatIsToBeRemoved) {
+    Editor editor;
+    editor.apply(whole(Operation::kBox, {{30, 0}, {90, 110}}));
+    ASSERT_EQ(cv::countNonZero(editor.session.result()), 0);
+    const Step loop = stepOf(Operation::kLoopRemove, {{30, 10}, {130, 10}, {130, 110}, {30, 110}});
+    EXPECT_EQ(cv::countNonZero(editor.apply(whole(Operation::kLoopRemove, loop.points))), 0);
+    EXPECT_EQ(cv::countNonZero(editor.apply(touchUp(loop))), 0);
+    EXPECT_EQ(cv::countNonZero(
+                  editor.apply(touchUp(stepOf(Operation::kBrushRemove, {{70, 60}, {90, 60}}, 3)))),
+              0);
+}
+
 TEST(TouchUp, ChangesNothingAwayFromTheStrokeAndIsKeptByLaterSteps) {
     Editor editor;
     const cv::Mat boxed = editor.apply(kBox);
