@@ -63,7 +63,8 @@ void replay(const std::string& text) {
     for (const Step& step : file.steps) {
         session.apply(step);
     }
-    const std::vector<Contour> contours = contoursOf(session.result());
+    const std::vector<Contour> contours =
+        contoursOf(tidied(session.result(), hygieneOf(file.output)));
     asSvg(contours, photo().size());
     asJson(contours, photo().size());
     session.preview();

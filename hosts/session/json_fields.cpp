@@ -61,6 +61,32 @@ std::vector<int> JsonFields::row(const Json& values, std::size_t width, const ch
     return numbers;
 }
 
+double JsonFields::numberUpTo(double most, const char* key) const {
+    const double value = number(key);
+    if (!(value >= 0.0 && value <= most)) {
+        fail(std::string("\"") + key + "\" is not 0 to " + std::to_string(static_cast<int>(most)));
+    }
+    return value;
+}
+
+int JsonFields::pixelsUpTo(int most, const char* key) const {
+    const int value = pixels(key);
+    if (value < 0 || value > most) {
+        fail(std::string("\"") + key + "\" is not 0 to " + std::to_string(most));
+    }
+    return value;
+}
+
+void JsonFields::requireVersion(int version, int first,
+                                std::initializer_list<const char*> keys) const {
+    for (const char* const key : keys) {
+        if (version < first && has(key)) {
+            fail(std::string("has \"") + key + R"(", which needs "version": )" +
+                 std::to_string(first) + " at the top of the file");
+        }
+    }
+}
+
 void JsonFields::allowOnly(std::initializer_list<const char*> keys) const {
     for (const auto& [key, value] : m_object.items()) {
         const auto sameKey = [&key = key](const char* known) { return key == known; };

@@ -23,7 +23,13 @@ class JsonFields {
     std::vector<int> row(const nlohmann::ordered_json& values, std::size_t width,
                          const char* key) const;
 
+    // A number from 0 to `most`.
+    double numberUpTo(double most, const char* key) const;
+    int pixelsUpTo(int most, const char* key) const;
+
     void allowOnly(std::initializer_list<const char*> keys) const;
+    // The format has `keys` from version `first` on.
+    void requireVersion(int version, int first, std::initializer_list<const char*> keys) const;
     [[noreturn]] void fail(const std::string& what) const;
 
     const std::string& name() const { return m_name; }

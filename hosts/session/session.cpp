@@ -6,6 +6,7 @@
 #include "interface/segmentation_core.h"
 #include "session/errors.h"
 #include "session/painted_marks.h"
+#include "session/photo_border.h"
 #include "session/snapped_loop.h"
 #include "session/trusted_changes.h"
 #include "session/whole_object.h"
@@ -174,6 +175,10 @@ void Session::applyDrawn(const Step& drawn, Step& step) {
     if (step.correction) {
         leaveEngineBehind();
     }
+    if (step.toBorder && !step.edit && cv::countNonZero(before) > 0) {
+        m_result = m_result.clone();
+        carryToBorder(borderMarks(drawn), before, m_result);
+    }
     noteMarks(drawn, before);
 }
 
@@ -232,6 +237,18 @@ void Session::request(const Request& request, bool edits) {
     m_hasResult = m_engine.hasMask();
     m_result = m_hasResult ? m_engine.mask() : cv::Mat::zeros(m_photo.size(), CV_8UC1);
     ++m_requestsMade;
+}
+
+// In the order of the requests that they became.
+std::vector<BorderMark> Session::borderMarks(const Step& drawn) const {
+    if (drawn.operation != Operation::kMarks) {
+        return {
+            {drawingOf(drawn, m_photo.size()), removes(drawn.operation), isBrush(drawn.operation)}};
+    }
+    const cv::Rect all({0, 0}, m_photo.size());
+    return {{{all, m_painted == SEGCORE_MARK_CANDIDATE}, false, false},
+            {{all, m_painted == SEGCORE_MARK_OBJECT}, false, true},
+            {{all, m_painted == SEGCORE_MARK_BACKGROUND}, true, true}};
 }
 
 void Session::noteMarks(const Step& drawn, const cv::Mat& before) {

@@ -21,6 +21,7 @@
 #include "session/engine_calls.h"
 #include "session/kept_mask.h"
 #include "session/photo.h"
+#include "session/photo_border.h"
 #include "session/session_host.h"
 #include "session/stats.h"
 #include "session/step.h"
@@ -109,6 +110,7 @@ class Session {
     void holdPhoto();
     void askEngine(const Step& drawn);
     void request(const Request& request, bool edit);
+    std::vector<BorderMark> borderMarks(const Step& drawn) const;
     void noteMarks(const Step& drawn, const cv::Mat& before);
     void noteSaid(const Step& drawn, bool hadObject);
     void notePainted(bool hadObject);

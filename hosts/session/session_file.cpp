@@ -4,6 +4,7 @@
 
 #include "session/errors.h"
 #include "session/json_fields.h"
+#include "session/output_json.h"
 #include "session/step_json.h"
 
 using Json = nlohmann::ordered_json;
@@ -11,12 +12,13 @@ using Json = nlohmann::ordered_json;
 namespace {
 
 constexpr std::size_t kDigestDigits = 32;
+constexpr const char* kSrgb = "srgb";
 
 int readVersion(const JsonFields& fields) {
     const int version = fields.has("version") ? fields.pixels("version") : kPlainVersion;
-    if (version != kPlainVersion && version != kCorrectionVersion) {
+    if (version < kPlainVersion || version > kOutputVersion) {
         throw UserError(fields.name() + " has version " + std::to_string(version) +
-                        " of the format and versions 1 and 2 are read here; use the program that "
+                        " of the format and versions 1 to 3 are read here; use the program that "
                         "wrote it");
     }
     return version;
@@ -24,14 +26,12 @@ int readVersion(const JsonFields& fields) {
 
 // None where a file without one says all that there is to say.
 std::optional<int> writtenVersion(const SessionFile& session) {
-    const auto isCorrection = [](const Step& step) {
-        return versionFor(step) == kCorrectionVersion;
-    };
-    if (std::any_of(session.steps.begin(), session.steps.end(), isCorrection)) {
-        return kCorrectionVersion;
+    int version = session.inSrgb || session.output.isMade() ? kOutputVersion : kPlainVersion;
+    for (const Step& step : session.steps) {
+        version = std::max(version, versionFor(step));
     }
     const bool notesPhotograph = session.size || !session.digest.empty();
-    return notesPhotograph ? std::optional(kPlainVersion) : std::nullopt;
+    return version > kPlainVersion || notesPhotograph ? std::optional(version) : std::nullopt;
 }
 
 void readPhotograph(const JsonFields& fields, SessionFile& session) {
@@ -48,6 +48,17 @@ void readPhotograph(const JsonFields& fields, SessionFile& session) {
             fields.fail("\"digest\" is not 32 hexadecimal digits in small letters");
         }
     }
+}
+
+void readColours(const JsonFields& fields, SessionFile& session) {
+    if (!fields.has("colours")) {
+        return;
+    }
+    if (fields.text("colours") != kSrgb) {
+        fields.fail("has the unknown colours \"" + fields.text("colours") +
+                    "\"; there is srgb, and without the field they are used as stored");
+    }
+    session.inSrgb = true;
 }
 
 // As a person writes it. A line break never stands inside a string of the JSON text.
@@ -77,10 +88,16 @@ SessionFile parseSessionFile(const std::string& text, const std::string& name,
     }
     const JsonFields fields(document, name);
     const int version = readVersion(fields);
-    fields.allowOnly({"version", "photo", "width", "height", "digest", "steps"});
+    fields.allowOnly(
+        {"version", "photo", "width", "height", "digest", "colours", "output", "steps"});
+    fields.requireVersion(version, kOutputVersion, {"colours", "output"});
     SessionFile session;
     session.photo = nameForHost(fields.text("photo"));
     readPhotograph(fields, session);
+    readColours(fields, session);
+    if (fields.has("output")) {
+        session.output = readOutput(fields.at("output"), name + ", output");
+    }
     const Json& steps = fields.at("steps");
     if (!steps.is_array()) {
         fields.fail("\"steps\" is not a list");
@@ -104,6 +121,12 @@ std::string formatSessionFile(const SessionFile& session, const FileNaming& name
     }
     if (!session.digest.empty()) {
         document["digest"] = session.digest;
+    }
+    if (session.inSrgb) {
+        document["colours"] = kSrgb;
+    }
+    if (session.output.isMade()) {
+        document["output"] = asJson(session.output);
     }
     std::string text;
     for (const auto& [key, value] : document.items()) {

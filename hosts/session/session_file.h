@@ -1,15 +1,18 @@
 // Sessions as JSON texts:
 //
-//   {"version": 2,
+//   {"version": 3,
 //    "photo": "coffee.png", "width": 600, "height": 400,
 //    "digest": "32 hexadecimal digits",
+//    "colours": "srgb",
+//    "output": {"edges": "soft", "edgeWidth": 0, "feather": 0.5, "smooth": 2, "fillHoles": 50,
+//               "dropIslands": 50, "keepLargest": true},
 //    "steps": [
 //      {"op": "box", "box": [left, top, right, bottom], "correction": "whole-object",
 //       "passes": 2, "start": "upright"},
 //      {"op": "loop-add", "points": [[x, y], ...]},
 //      {"op": "snap-loop-remove", "points": [[x, y], ...], "alpha": 0.9},
 //      {"op": "brush-add", "points": [[x, y], ...], "radius": 6},
-//      {"op": "brush-add", "points": [[x, y], ...], "correction": "touch-up"},
+//      {"op": "brush-add", "points": [[x, y], ...], "correction": "touch-up", "toBorder": true},
 //      {"op": "brush-remove", "points": [[x, y], ...], "edit": true},
 //      {"op": "marks", "file": "scribbles.png"},
 //      {"op": "undo"}, {"op": "redo"}]}
@@ -22,6 +25,13 @@
 // before there were kinds, so that older files give the same masks as ever. "passes" (1 to kMostPasses)
 // and "start" (a RegionStart's name, on boxes and on loops that add) belong to whole-object marks,
 // which have no "edit". All three need version 2, and are written as the session made the step.
+//
+// "toBorder": true on a touch-up without "edit" carries what it changes on to the photograph's border
+// (photo_border.h). "colours": "srgb" says that the engine was given the photograph's colours converted
+// to sRGB, where its file has a profile of others; without it they are used as stored, as they were
+// before there was a choice. "output" is how the result is delivered (output_choice.h), each field as
+// far as it has been chosen; what made a cut-out before there was a choice had hard edges, so these are
+// meant where "edges" is left out. All three need version 3.
 //
 // "version" (1 when left out), "width" with "height", and "digest" may be left out; a file with the
 // photograph's size or digest (digestOf in photo.h) fits that photograph only.
@@ -36,6 +46,7 @@
 #include <string>
 #include <vector>
 
+#include "session/output_choice.h"
 #include "session/photo.h"
 #include "session/step.h"
 
@@ -43,6 +54,8 @@ struct SessionFile {
     std::string photo;
     std::optional<cv::Size> size;  // of the photograph
     std::string digest;            // of the photograph, empty when not known
+    bool inSrgb = false;           // converted for the engine; else as stored
+    OutputChoice output;
     std::vector<Step> steps;
 };
 
@@ -52,8 +65,7 @@ using FileNaming = std::function<std::string(const std::string&)>;
 SessionFile parseSessionFile(const std::string& text, const std::string& name,
                              const FileNaming& nameForHost);
 
-// In the oldest form that says everything: version 2 for kinds of correction alone, and without size
-// and digest a text of before there were any.
+// In the oldest form that says everything, down to a text of before sizes, digests and versions.
 std::string formatSessionFile(const SessionFile& session, const FileNaming& nameInFile);
 
 // Notes the photograph's size and digest.

@@ -78,6 +78,9 @@ struct Step {
     // Of a whole object's first box or loop: the name of a RegionStart; empty: the best of them, or
     // none when passes is 1.
     std::string start;
+    // Of a touch-up: goes on to the photograph's right and bottom border, where the engine ends a little
+    // earlier (photo_border.h). Steps from before there was a choice do not.
+    bool toBorder = false;
     bool edit = false;  // changes the mask directly, without segmenting; brushes and plain loops
 };
 

@@ -71,29 +71,29 @@ void readCorrection(const JsonFields& fields, Step& step) {
     if (fields.has("start")) {
         readStart(fields, step);
     }
+    step.toBorder = fields.has("toBorder") && fields.flag("toBorder");
+    if (step.toBorder && (step.edit || step.correction != Correction::kTouchUp)) {
+        fields.fail(R"(has "toBorder", which is for "correction": "touch-up" without "edit")");
+    }
 }
 
 void requireFieldsOf(int version, const JsonFields& fields) {
-    for (const char* const key : {"correction", "passes", "start"}) {
-        if (version < kCorrectionVersion && fields.has(key)) {
-            fields.fail(std::string("has \"") + key + R"(", which needs "version": )" +
-                        std::to_string(kCorrectionVersion) + " at the top of the file");
-        }
-    }
+    fields.requireVersion(version, kCorrectionVersion, {"correction", "passes", "start"});
+    fields.requireVersion(version, kOutputVersion, {"toBorder"});
 }
 
 void readMark(const JsonFields& fields, Step& step, const FileNaming& nameForHost) {
     if (step.operation == Operation::kBox) {
-        fields.allowOnly({"op", "box", "correction", "passes", "start"});
+        fields.allowOnly({"op", "box", "correction", "passes", "start", "toBorder"});
         const std::vector<int> box = fields.row(fields.at("box"), 4, "box");
         step.points = {{box[0], box[1]}, {box[2], box[3]}};
     } else if (step.operation == Operation::kMarks) {
-        fields.allowOnly({"op", "file", "correction", "passes", "start"});
+        fields.allowOnly({"op", "file", "correction", "passes", "start", "toBorder"});
         step.marksFile = nameForHost(fields.text("file"));
     } else {
         const bool snaps = isSnappedLoop(step.operation);
         fields.allowOnly({"op", "points", isBrush(step.operation) ? "radius" : "op",
-                          snaps ? "alpha" : "edit", "correction", "passes", "start"});
+                          snaps ? "alpha" : "edit", "correction", "passes", "start", "toBorder"});
         step.points = readPoints(fields);
         if (fields.has("radius")) {
             step.radius = fields.pixels("radius");
@@ -109,6 +109,9 @@ void readMark(const JsonFields& fields, Step& step, const FileNaming& nameForHos
 }  // namespace
 
 int versionFor(const Step& step) {
+    if (step.toBorder) {
+        return kOutputVersion;
+    }
     const bool isPlain = !step.correction && !step.passes && step.start.empty();
     return isPlain ? kPlainVersion : kCorrectionVersion;
 }
@@ -162,6 +165,9 @@ Json asJson(const Step& step, const FileNaming& nameInFile) {
     }
     if (!step.start.empty()) {
         object["start"] = step.start;
+    }
+    if (step.toBorder) {
+        object["toBorder"] = true;
     }
     return object;
 }

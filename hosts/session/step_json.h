@@ -7,9 +7,11 @@
 #include "session/session_file.h"
 #include "session/step.h"
 
-// The versions of the format: kinds of correction came with the second.
+// The versions of the format: kinds of correction came with the second, what is delivered, colours and
+// the photograph's border with the third.
 constexpr int kPlainVersion = 1;
 constexpr int kCorrectionVersion = 2;
+constexpr int kOutputVersion = 3;
 
 // The lowest version that can hold the step.
 int versionFor(const Step& step);

@@ -99,7 +99,39 @@ TEST(SessionFile, KeepsKindsOfCorrections) {
     EXPECT_EQ(file.steps[1].passes, 10);
     EXPECT_EQ(file.steps[1].start, "inset");
     EXPECT_EQ(file.steps[2].correction, Correction::kTouchUp);
+    EXPECT_FALSE(file.inSrgb || file.output.isMade() || file.steps[2].toBorder);
     EXPECT_EQ(formatSessionFile(file, leave), kTextWithKinds);
+}
+
+const char* const kTextWithOutput = R"({"version": 3,
+ "photo": "p.png",
+ "colours": "srgb",
+ "output": {"edges": "hard", "edgeWidth": 2.5, "feather": 0.0, "smooth": 100, "fillHoles": 2147483647, "dropIslands": 0, "keepLargest": false},
+ "steps": [
+   {"op": "loop-remove", "points": [[5, 6]], "correction": "touch-up", "toBorder": true}]}
+)";
+
+TEST(SessionFile, KeepsHowTheResultIsDelivered) {
+    const SessionFile file = parseSessionFile(kTextWithOutput, "s.json", enter);
+    EXPECT_TRUE(file.inSrgb);
+    EXPECT_TRUE(file.steps[0].toBorder);
+    EXPECT_EQ(file.output.edges, Edges::kHard);
+    EXPECT_EQ(file.output.edgeWidth, 2.5);
+    EXPECT_EQ(file.output.smooth, 100);
+    EXPECT_EQ(file.output.keepLargest, false);
+    EXPECT_EQ(formatSessionFile(file, leave), kTextWithOutput);
+
+    // Each choice stands by itself.
+    OutputChoice later;
+    later.edges = Edges::kSoft;
+    later.keepLargest = true;
+    const OutputChoice both = chosenOver(file.output, later);
+    EXPECT_EQ(both.edges, Edges::kSoft);
+    EXPECT_EQ(both.feather, 0.0);
+    const MaskHygiene hygiene = hygieneOf(both);
+    EXPECT_EQ(hygiene.smooth, 100);
+    EXPECT_EQ(hygiene.fillHoles, INT32_MAX);
+    EXPECT_TRUE(hygiene.keepLargest);
 }
 
 TEST(SessionFile, RefusesWhatItCannotMean) {
@@ -110,8 +142,27 @@ TEST(SessionFile, RefusesWhatItCannotMean) {
     const auto corrected = [](const std::string& step) {
         return R"({"version": 2, "photo": "p", "steps": [{)" + step + "}]}";
     };
+    const auto delivered = [](const std::string& output) {
+        return R"({"version": 3, "photo": "p", "output": {)" + output + R"(}, "steps": []})";
+    };
     for (const auto& [text, says] : std::vector<std::pair<std::string, std::string>>{
-             {R"({"version": 3, "photo": "p", "corrections": [], "steps": []})", "version 3"},
+             {R"({"version": 4, "photo": "p", "corrections": [], "steps": []})", "version 4"},
+             {R"({"version": 0, "photo": "p", "steps": []})", "version 0"},
+             {R"({"version": 2, "photo": "p", "output": {}, "steps": []})", "needs \"version\": 3"},
+             {R"({"photo": "p", "colours": "srgb", "steps": []})", "needs \"version\": 3"},
+             {R"({"version": 3, "photo": "p", "colours": "p3", "steps": []})", "there is srgb"},
+             {delivered(R"("edges": "round")"), "output has the unknown edges"},
+             {delivered(R"("feather": -0.1)"), "\"feather\" is not 0 to 100"},
+             {delivered(R"("edgeWidth": 1e308)"), "\"edgeWidth\" is not 0 to 100"},
+             {delivered(R"("smooth": 101)"), "\"smooth\" is not 0 to 100"},
+             {delivered(R"("fillHoles": -1)"), "\"fillHoles\" is not 0 to 2147483647"},
+             {delivered(R"("dropIslands": 1.5)"), "whole number"},
+             {delivered(R"("keepLargest": 1)"), "neither true nor false"},
+             {delivered(R"("soft": true)"), "output has a field \"soft\""},
+             {corrected(kDot + R"("correction": "touch-up", "toBorder": true)"),
+              "needs \"version\": 3"},
+             {R"({"version": 3, "photo": "p", "steps": [{)" + kDot + R"("toBorder": true}]})",
+              "\"toBorder\", which is for"},
              {R"({"photo": "p", "width": 5, "steps": []})", "lacks \"height\""},
              {R"({"photo": "p", "width": 5, "height": 0, "steps": []})", "sizes"},
              {R"({"photo": "p", "digest": ")" + digest + R"(", "steps": []})", "32 hexadecimal"},
