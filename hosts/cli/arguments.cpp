@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "commands.h"
+#include "delivery_options.h"
 #include "mark_options.h"
 #include "points.h"
 #include "session/snapped_loop.h"
@@ -31,6 +32,7 @@ void declareStats(CLI::App& command, StatsForm& stats) {
 }
 
 void declareOutputs(CLI::App& command, CutOutputs& outputs) {
+    declareDelivery(command, outputs.choice);
     const auto file = [&command](const char* names, std::string& path, const char* what) {
         command.add_option(names, path, what)->option_text("FILE")->group("Outputs");
     };

@@ -95,6 +95,7 @@ Step withKind(Step mark, bool isFirst) {
     if (mark.correction != Correction::kWholeObject) {
         mark.passes.reset();
     }
+    mark.toBorder = mark.correction == Correction::kTouchUp;
     return mark;
 }
 
@@ -132,23 +133,39 @@ void requireObject(const Session& session) {
     }
 }
 
-void addResults(Session& session, const Photo& photo, const CutOutputs& outputs,
-                OutputFiles& files) {
+// The mask as it is written.
+cv::Mat deliveredMask(const Session& session, const MaskHygiene& hygiene, Stats& stats) {
+    requireObject(session);
+    if (!hygiene.isWanted()) {
+        return session.result();
+    }
+    const cv::Mat mask = stats.measure(
+        "tidy mask", [&] { return tidied(session.result(), hygiene, throwIfInterrupted); });
+    if (cv::countNonZero(mask) == 0) {
+        throw UserError(
+            "nothing of the object is left of what --smooth and --drop-islands take away; give "
+            "smaller numbers");
+    }
+    return mask;
+}
+
+void addResults(Session& session, const cv::Mat& mask, const Photo& photo,
+                const CutOutputs& outputs, OutputFiles& files) {
     const auto add = [&files](const std::string& path, const cv::Mat& image,
                               PictureContent content) {
         files.add(path, encodePicture(image, endingFor(path, content)));
     };
     if (!outputs.mask.empty()) {
-        add(outputs.mask, session.result(), PictureContent::kMask);
+        add(outputs.mask, mask, PictureContent::kMask);
     }
     if (!outputs.cutout.empty()) {
-        add(outputs.cutout, cutOut(photo, session.result()), PictureContent::kCutOut);
+        add(outputs.cutout, cutOut(photo, mask), PictureContent::kCutOut);
     }
     if (!outputs.preview.empty()) {
-        add(outputs.preview, session.preview(), PictureContent::kPicture);
+        add(outputs.preview, session.previewOf(mask), PictureContent::kPicture);
     }
     if (!outputs.svg.empty() || !outputs.json.empty()) {
-        const std::vector<Contour> outline = contoursOf(session.result());
+        const std::vector<Contour> outline = contoursOf(mask);
         if (!outputs.svg.empty()) {
             files.add(outputs.svg, bytesOf(asSvg(outline, photo.size())));
         }
@@ -226,9 +243,10 @@ void runCut(const CutInput& input, const CutOutputs& outputs) {
     OutputFiles files;
     SessionFile made = file;
     made.steps = applySteps(session, input, outputs.stepFolder, files);
-    requireObject(session);
+    made.output = chosenOver(file.output, outputs.choice);
+    const cv::Mat mask = deliveredMask(session, hygieneOf(made.output), stats);
     stats.measure("write outputs", [&] {
-        addResults(session, photo, outputs, files);
+        addResults(session, mask, photo, outputs, files);
         if (!outputs.session.empty()) {
             notePhoto(made, photo);
             files.add(outputs.session, encodeSessionFile(made, outputs.session));

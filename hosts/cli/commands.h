@@ -20,6 +20,7 @@ struct CutOutputs {
     std::string stepFolder;  // the mask after each step
     bool force = false;      // the folder may hold files
     StatsForm stats = StatsForm::kNone;
+    OutputChoice choice;  // goes before the session file's
 };
 
 struct CutInput {

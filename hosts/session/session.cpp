@@ -449,3 +449,11 @@ cv::Mat Session::preview() {
     requireEngineAtShown();
     return m_engine.blended();
 }
+
+cv::Mat Session::previewOf(const cv::Mat& mask) {
+    holdPhoto();
+    m_engineIsElsewhere = true;
+    m_engine.reset();
+    m_engine.show(mask.clone(), EngineCalls::Wanted::kPicture);  // the engine takes all rows as one
+    return m_engine.blended();
+}

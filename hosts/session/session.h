@@ -62,6 +62,8 @@ class Session {
     const cv::Mat& result() const { return m_result; }
     // The photograph with the object's outline painted in.
     cv::Mat preview();
+    // The same with the outline of another mask of the photograph's size; the session stays as it is.
+    cv::Mat previewOf(const cv::Mat& mask);
 
   private:
     // The program around, and besides what it says the session's own cancel.

@@ -92,6 +92,46 @@ TEST(Outlines, FillToTheMask) {
     }
 }
 
+// A disc with a hole of 49 pixels, a corner of 100 and a line of two rows to be left out.
+const char* const kSpoiled = R"({"version": 3, "photo": "photo.png",
+    "output": {"dropIslands": 99, "keepLargest": true}, "steps": [
+        {"op": "box", "box": [30, 10, 130, 110]},
+        {"op": "loop-add", "points": [[0, 0], [9, 0], [9, 9], [0, 9]], "edit": true},
+        {"op": "loop-remove", "points": [[70, 60], [76, 60], [76, 66], [70, 66]], "edit": true},
+        {"op": "loop-add", "points": [[120, 20], [159, 20], [159, 21], [120, 21]], "edit": true}]})";
+
+TEST(Tidying, IsOfAllThatIsDelivered) {
+    const Workplace place;
+    place.write("s.json", kSpoiled);
+    const Outcome outcome = place.run(
+        "set -e; segcore replay s.json --no-keep-largest --fill-holes 49 --mask m.png --json "
+        "o.json "
+        "--cutout c.png --preview p.png --dump-steps steps --save-session again.json\n"
+        "segcore replay again.json --preview again.png; cmp p.png again.png\n"
+        "segcore replay s.json --fill-holes 9 --smooth 3 --mask largest.png --preview l.png\n"
+        "segcore replay s.json --drop-islands 0 --no-keep-largest --mask raw.png");
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
+    const cv::Mat raw = place.image("raw.png");
+    EXPECT_TRUE(same(raw, place.image("steps/step-004.png")));
+    // The line of 80 pixels goes, the corner of 100 stays, the hole is filled.
+    cv::Mat expected = raw.clone();
+    expected(cv::Rect(120, 20, 40, 2)).setTo(0);
+    expected(cv::Rect(70, 60, 7, 7)).setTo(255);
+    EXPECT_TRUE(same(place.image("m.png"), expected));
+    EXPECT_TRUE(same(filled(Json::parse(place.read("o.json"))), expected));
+    std::vector<cv::Mat> channels;
+    cv::split(place.image("c.png"), channels);
+    EXPECT_TRUE(same(channels[3], expected));
+    // The outline runs around the corner and not around the hole.
+    cv::Mat painted;
+    cv::absdiff(place.image("p.png"), place.image("l.png"), painted);
+    EXPECT_GT(cv::countNonZero(painted(cv::Rect(0, 0, 12, 12)).reshape(1)), 0);
+    EXPECT_EQ(cv::countNonZero(place.image("largest.png")(cv::Rect(0, 0, 12, 12))), 0);
+    EXPECT_EQ(place.image("largest.png").at<std::uint8_t>(63, 73), 0);
+    const Json output = Json::parse(place.read("again.json"))["output"];
+    EXPECT_EQ(output, Json({{"dropIslands", 99}, {"keepLargest", false}, {"fillHoles", 49}}));
+}
+
 TEST(PaintedMarks, AreRequestsOfTheirCodes) {
     const Workplace place;
     cv::Mat colours = cv::Mat::zeros(discScene().height, discScene().width, CV_8UC4);
