@@ -141,6 +141,15 @@ TEST(MaskHygiene, SmoothsLinesAwayAndLeavesStraightEdges) {
     EXPECT_EQ(smoothed(mask, 10).at<std::uint8_t>(15, 24), 255);
 }
 
+// Eight pixels around an island: with the island gone first, the hole would be too large.
+TEST(MaskHygiene, FillsAHoleWithWhatIsInIt) {
+    cv::Mat ring(5, 5, CV_8UC1, cv::Scalar(255));
+    ring(cv::Rect(1, 1, 3, 3)).setTo(0);
+    ring.at<std::uint8_t>(2, 2) = 255;
+    EXPECT_EQ(cv::countNonZero(tidied(ring, {0, 8, 1, false})), 25);
+    EXPECT_EQ(cv::countNonZero(tidied(ring, {0, 7, 1, true})), 16);
+}
+
 TEST(MaskHygiene, RefusesWhatIsOutOfRange) {
     const cv::Mat mask = cv::Mat::zeros(4, 4, CV_8UC1);
     EXPECT_THROW(smoothed(mask, kLargestSmoothing + 1), std::invalid_argument);
