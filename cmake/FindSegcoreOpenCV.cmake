@@ -1,4 +1,4 @@
-# Finds the OpenCV 4 components core, imgproc and (on request) imgcodecs and offers them as
+# Finds the OpenCV 4 components core, imgproc and (on request) others and offers them as
 # SegcoreOpenCV::<component>.
 #
 # Debian splits OpenCV by module, and only its full development package ships a CMake configuration;

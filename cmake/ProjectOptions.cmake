@@ -39,3 +39,6 @@ file(RELATIVE_PATH segcore_bin_to_lib
   "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
 set(CMAKE_INSTALL_RPATH "$ORIGIN/${segcore_bin_to_lib}")
 set(CMAKE_INSTALL_RPATH_USE_LINK_PATH ON)
+# What programs load while they run lies in a folder of its own.
+set(SEGCORE_INSTALL_MODULEDIR "${CMAKE_INSTALL_LIBDIR}/segcore")
+set(CMAKE_BUILD_RPATH "${PROJECT_BINARY_DIR}/hosts/pictures")

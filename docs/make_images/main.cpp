@@ -2,13 +2,16 @@
 //     make-doc-images SAMPLES IMAGES
 #include <cstdio>
 #include <exception>
-#include <opencv2/imgcodecs.hpp>
+#include <fstream>
+#include <iterator>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "painting.h"
+#include "pictures/engine_colours.h"
+#include "pictures/read_picture.h"
 #include "session/session.h"
 #include "snapping.h"
 #include "stages.h"
@@ -32,11 +35,12 @@ const cv::Rect kRimView(130, 0, 310, 320);
 const cv::Rect kSilhouetteView(30, 0, 350, 320);
 
 cv::Mat read(const std::string& path) {
-    cv::Mat photo = cv::imread(path);
-    if (photo.empty()) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
         throw std::runtime_error("cannot read " + path);
     }
-    return photo;
+    const std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(file), {}};
+    return engineColours(readPicture(bytes, path), Colours::kAsStored);
 }
 
 Step boxStep(const cv::Rect& box) {

@@ -1,10 +1,11 @@
 #include "painting.h"
 
-#include <opencv2/imgcodecs.hpp>
+#include <fstream>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
 #include "history/marker.h"
+#include "pictures/write_picture.h"
 
 namespace {
 
@@ -95,7 +96,13 @@ cv::Mat sideBySide(const std::vector<cv::Mat>& pictures) {
 void writePicture(const std::string& folder, const std::string& name, const cv::Mat& picture) {
     constexpr int kQuality = 88;
     const std::string path = folder + "/" + name + ".jpg";
-    if (!cv::imwrite(path, picture, {cv::IMWRITE_JPEG_QUALITY, kQuality})) {
+    WriteOptions options;
+    options.quality = kQuality;
+    const std::vector<std::uint8_t> bytes = encodePicture(picture, ".jpg", options);
+    std::ofstream file(path, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+    if (!file.flush()) {
         throw std::runtime_error("cannot write " + path);
     }
 }

@@ -38,7 +38,7 @@ void declareOutputs(CLI::App& command, CutOutputs& outputs) {
     };
     file("-m,--mask", outputs.mask, "Mask: 255 object, 0 the rest; .png, .bmp, .tif or .webp");
     file("-o,--cutout", outputs.cutout,
-         "Cut-out: the object on a transparent ground; .png, .tif or .webp");
+         "Cut-out: the object on a transparent ground; .png, .tif, .webp or .avif");
     file("-p,--preview", outputs.preview,
          "Photograph with the object's outline painted in; also .jpg");
     file("--svg", outputs.svg, "Object as an SVG path");

@@ -74,11 +74,18 @@ std::string endingFor(const std::string& path, PictureContent content) {
     return OutputFiles::isStream(path) ? kPng : formatFor(path, content);
 }
 
-// The object on transparent black, so that nothing of the rest hides under full transparency.
-cv::Mat cutOut(const Photo& photo, const cv::Mat& mask) {
-    cv::Mat image = cv::Mat::zeros(photo.size(), CV_8UC4);
-    asImage(photo.words, photo.size()).copyTo(image, mask);
-    return image;
+// The object on transparent black, so that nothing of the rest hides under full transparency. What was
+// transparent in the photograph stays so.
+Picture cutOut(const Picture& picture, const cv::Mat& mask) {
+    const auto inMask = [&mask](const cv::Mat& image) {
+        cv::Mat part(image.size(), image.type(), cv::Scalar::all(0));
+        image.copyTo(part, mask);
+        return part;
+    };
+    Picture result = picture;
+    result.pixels = inMask(picture.pixels);
+    result.alpha = picture.alpha.empty() ? mask : inMask(picture.alpha);
+    return result;
 }
 
 std::string stepFileName(std::size_t number) {
@@ -149,17 +156,16 @@ cv::Mat deliveredMask(const Session& session, const MaskHygiene& hygiene, Stats&
     return mask;
 }
 
-void addResults(Session& session, const cv::Mat& mask, const Photo& photo,
+void addResults(Session& session, const cv::Mat& mask, const Picture& picture,
                 const CutOutputs& outputs, OutputFiles& files) {
-    const auto add = [&files](const std::string& path, const cv::Mat& image,
-                              PictureContent content) {
+    const auto add = [&files](const std::string& path, const auto& image, PictureContent content) {
         files.add(path, encodePicture(image, endingFor(path, content)));
     };
     if (!outputs.mask.empty()) {
         add(outputs.mask, mask, PictureContent::kMask);
     }
     if (!outputs.cutout.empty()) {
-        add(outputs.cutout, cutOut(photo, mask), PictureContent::kCutOut);
+        add(outputs.cutout, cutOut(picture, mask), PictureContent::kCutOut);
     }
     if (!outputs.preview.empty()) {
         add(outputs.preview, session.previewOf(mask), PictureContent::kPicture);
@@ -167,10 +173,10 @@ void addResults(Session& session, const cv::Mat& mask, const Photo& photo,
     if (!outputs.svg.empty() || !outputs.json.empty()) {
         const std::vector<Contour> outline = contoursOf(mask);
         if (!outputs.svg.empty()) {
-            files.add(outputs.svg, bytesOf(asSvg(outline, photo.size())));
+            files.add(outputs.svg, bytesOf(asSvg(outline, picture.pixels.size())));
         }
         if (!outputs.json.empty()) {
-            files.add(outputs.json, bytesOf(asJson(outline, photo.size())));
+            files.add(outputs.json, bytesOf(asJson(outline, picture.pixels.size())));
         }
     }
 }
@@ -234,8 +240,11 @@ void runCut(const CutInput& input, const CutOutputs& outputs) {
     MemoryPeak memory;
     Stats stats(&memory);
     ProgramHost host;
-    const Photo photo =
-        stats.measure("read photograph", [&] { return readPhoto(file.photo, input.damaged); });
+    Picture picture;
+    const Photo photo = stats.measure("read photograph", [&] {
+        picture = readPhoto(file.photo, {input.damaged});
+        return photoOf(picture, Colours::kAsStored, file.photo);
+    });
     requireSamePhoto(file, photo, input.sessionName);
     Session session(photo, host, stats);
     session.setTimeLimit(input.timeLimit);
@@ -246,7 +255,7 @@ void runCut(const CutInput& input, const CutOutputs& outputs) {
     made.output = chosenOver(file.output, outputs.choice);
     const cv::Mat mask = deliveredMask(session, hygieneOf(made.output), stats);
     stats.measure("write outputs", [&] {
-        addResults(session, mask, photo, outputs, files);
+        addResults(session, mask, picture, outputs, files);
         if (!outputs.session.empty()) {
             notePhoto(made, photo);
             files.add(outputs.session, encodeSessionFile(made, outputs.session));
@@ -265,8 +274,10 @@ void runSnap(const SnapRequest& request) {
     MemoryPeak memory;
     Stats stats(&memory);
     ProgramHost host;
-    const Photo photo =
-        stats.measure("read photograph", [&] { return readPhoto(request.photo, request.damaged); });
+    const Photo photo = stats.measure("read photograph", [&] {
+        return photoOf(readPhoto(request.photo, {request.damaged}), Colours::kAsStored,
+                       request.photo);
+    });
     const std::vector<cv::Point> path =
         snappedPath(photo, request.points, request.alpha, host, stats);
     OutputFiles files;

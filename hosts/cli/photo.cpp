@@ -12,19 +12,22 @@ std::string nameFor(const std::string& path) {
 
 }  // namespace
 
-Photo readPhoto(const std::string& path, Damaged damaged) {
+Picture readPhoto(const std::string& path, const ReadOptions& options) {
     try {
-        return photoOf(readPicture(readAll(path), nameFor(path), Channels::kColour, damaged),
-                       nameFor(path));
+        return readPicture(readAll(path), nameFor(path), options);
     } catch (const DamagedPicture& error) {
         throw UserError(std::string(error.what()) +
                         "; give a whole file, or go on with what there is by --accept-damaged");
     }
 }
 
+Photo photoOf(const Picture& picture, Colours colours, const std::string& path) {
+    return photoOf(engineColours(picture, colours), nameFor(path));
+}
+
 cv::Mat readImageUnchanged(const std::string& path) {
     try {
-        return readPicture(readAll(path), nameFor(path), Channels::kAsStored, Damaged::kRefused);
+        return storedPixels(readPicture(readAll(path), nameFor(path)));
     } catch (const DamagedPicture& error) {
         throw UserError(std::string(error.what()) + "; give a whole file");
     }

@@ -3,6 +3,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "pictures/engine_colours.h"
 #include "pictures/picture_error.h"
 #include "session/errors.h"
 
@@ -25,21 +26,23 @@ std::optional<std::string> FolderOnDisk::text(const std::string& file) const {
 }
 
 cv::Mat FolderOnDisk::colourPicture(const std::string& file) const {
-    return picture(file, Channels::kColour);
+    const std::optional<Picture> colours = picture(file);
+    return colours ? engineColours(*colours, Colours::kAsStored) : cv::Mat();
 }
 
 cv::Mat FolderOnDisk::greyPicture(const std::string& file) const {
-    return picture(file, Channels::kGrey);
+    const std::optional<Picture> grey = picture(file);
+    return grey ? greyPixels(*grey) : cv::Mat();
 }
 
-cv::Mat FolderOnDisk::picture(const std::string& file, Channels channels) const {
+std::optional<Picture> FolderOnDisk::picture(const std::string& file) const {
     const std::optional<std::string> bytes = text(file);
     if (!bytes) {
-        return {};
+        return std::nullopt;
     }
     const std::string name = (m_folder / file).string();
     try {
-        return readPicture({bytes->begin(), bytes->end()}, name, channels, Damaged::kRefused);
+        return readPicture({bytes->begin(), bytes->end()}, name);
     } catch (const DamagedPicture& error) {
         throw UserError(std::string(error.what()) + "; replace it");
     } catch (const PictureError& error) {

@@ -16,7 +16,7 @@ class FolderOnDisk : public DataFolder {
     cv::Mat greyPicture(const std::string& file) const override;
 
   private:
-    cv::Mat picture(const std::string& file, Channels channels) const;
+    std::optional<Picture> picture(const std::string& file) const;
 
     std::filesystem::path m_folder;
 };

@@ -4,7 +4,6 @@
 #include <array>
 #include <cctype>
 #include <filesystem>
-#include <opencv2/imgcodecs.hpp>
 #include <vector>
 
 #include "pictures/picture_error.h"
@@ -19,24 +18,14 @@ struct Format {
     bool loses;
 };
 
-// Those that the imaging library has an encoder for it also decodes.
 const std::vector<Format>& formats() {
-    static const std::vector<Format> all = [] {
-        std::vector<Format> built{
-            {"PNG", {".png"}, true, true, false},
-            {"JPEG", {".jpg", ".jpeg"}, true, false, true},
-            {"BMP", {".bmp"}, true, false, false},
-            {"TIFF", {".tif", ".tiff"}, true, true, false},
-            {"WebP", {".webp"}, true, true, false},  // without loss unless told otherwise
-            {"JPEG 2000", {".jp2"}, false, false, true},
-            {"PNM", {".ppm"}, false, false, false},
-        };
-        const auto isMissing = [](const Format& format) {
-            return !cv::haveImageWriter(format.endings.front());
-        };
-        built.erase(std::remove_if(built.begin(), built.end(), isMissing), built.end());
-        return built;
-    }();
+    static const std::vector<Format> all{
+        {"PNG", {".png"}, true, true, false},   {"JPEG", {".jpg", ".jpeg"}, true, false, true},
+        {"BMP", {".bmp"}, true, false, false},  {"TIFF", {".tif", ".tiff"}, true, true, false},
+        {"WebP", {".webp"}, true, true, false},  // without loss unless told otherwise
+        {"AVIF", {".avif"}, true, true, true},  {"HEIC", {".heic", ".heif"}, false, true, true},
+        {"PPM", {".ppm"}, false, false, false}, {"PGM", {".pgm"}, false, false, false},
+    };
     return all;
 }
 
@@ -50,7 +39,7 @@ std::string listed(const std::vector<std::string>& words) {
 }
 
 bool canHold(const Format& format, PictureContent content) {
-    return format.isWritten && (content == PictureContent::kPicture || !format.loses) &&
+    return format.isWritten && (content != PictureContent::kMask || !format.loses) &&
            (content != PictureContent::kCutOut || format.keepsTransparency);
 }
 

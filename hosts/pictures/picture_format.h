@@ -1,15 +1,15 @@
-// The formats of picture files, as far as the imaging library was built with them.
+// The formats of picture files.
 #pragma once
 
 #include <string>
 
 enum class PictureContent {
     kMask,     // needs a format without loss: its two values have to come back
-    kCutOut,   // needs a format without loss that keeps transparency
+    kCutOut,   // needs a format that keeps transparency
     kPicture,  // any
 };
 
-// "PNG, JPEG or BMP", for messages.
+// "JPEG, PNG or BMP", for messages.
 std::string readableFormats();
 
 // The ending, ".png" for instance, by which the content is encoded for a file of this name; the

@@ -1,5 +1,7 @@
-// Picture files to pixels. Every call may come from any thread, one at a time: while a file is read,
-// what the formats' libraries print on standard error is thrown away.
+// Picture files to pixels: JPEG, PNG, WebP, TIFF, HEIC, AVIF, BMP, PPM and PGM, and no others.
+//
+// The first call that opens a picture loads the libraries that read them, which takes some hundredths
+// of a second; a program that never opens one does without. Every call may come from any thread.
 #pragma once
 
 #include <cstdint>
@@ -7,19 +9,29 @@
 #include <string>
 #include <vector>
 
-enum class Channels {
-    kColour,    // blue, green, red of eight bits, turned upright as the camera noted
-    kGrey,      // one channel of eight bits, turned upright, too
-    kAsStored,  // all that the file has, not turned
-};
+#include "pictures/picture.h"
 
 enum class Damaged {
     kRefused,
     kAccepted,  // as much as the file gives; what it lacks is grey or black
 };
 
-// The picture in the bytes of a file. `name` stands for the file in messages. Throws PictureError
-// when it cannot be decoded and DamagedPicture when it is damaged and that is not accepted. Damage is
-// seen in JPEG, PNG and BMP files; the imaging library itself refuses cut off files of other formats.
-cv::Mat readPicture(const std::vector<std::uint8_t>& bytes, const std::string& name,
-                    Channels channels, Damaged damaged);
+// 192 mebipixels, above any camera's; 8-bit colours take 600 MB.
+constexpr std::uint64_t kMostPixels = std::uint64_t{192} << 20U;
+
+struct ReadOptions {
+    Damaged damaged = Damaged::kRefused;
+    std::uint64_t maxPixels = kMostPixels;  // more are refused before any is decoded
+};
+
+// The picture in the bytes of a file; of a file with several, the first or main one. `name` stands for
+// the file in messages. Throws PictureError when it cannot be decoded, is of another format or too
+// large, and DamagedPicture when it is damaged and that is not accepted.
+Picture readPicture(const std::vector<std::uint8_t>& bytes, const std::string& name,
+                    const ReadOptions& options = {});
+
+// The whole picture with 8 bits a sample as CV_8UC1, CV_8UC3 or, with alpha, CV_8UC4, whatever its
+// profile says.
+cv::Mat storedPixels(const Picture& picture);
+// CV_8UC1, likewise without alpha.
+cv::Mat greyPixels(const Picture& picture);

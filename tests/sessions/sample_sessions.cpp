@@ -1,8 +1,9 @@
 #include <filesystem>
 #include <fstream>
-#include <opencv2/imgcodecs.hpp>
 #include <sstream>
 
+#include "pictures/engine_colours.h"
+#include "pictures/read_picture.h"
 #include "recorder.h"
 #include "session/session.h"
 #include "session/session_file.h"
@@ -29,6 +30,12 @@ std::string textIn(const fs::path& file) {
     return text.str();
 }
 
+Photo photographIn(const std::string& file) {
+    const std::string bytes = textIn(file);
+    const Picture picture = readPicture({bytes.begin(), bytes.end()}, file);
+    return photoOf(engineColours(picture, Colours::kAsStored), file);
+}
+
 Digest digestOfBytes(const cv::Mat& image) {
     return Digest().add(std::vector<std::uint8_t>(image.datastart, image.dataend));
 }
@@ -42,7 +49,7 @@ void record(Recorder& recorder, const fs::path& file) {
     const SessionFile sessionFile = parseSessionFile(
         textIn(file), file.filename(),
         [&](const std::string& name) { return (file.parent_path() / name).string(); });
-    const Photo photo = photoOf(cv::imread(sessionFile.photo), sessionFile.photo);
+    const Photo photo = photographIn(sessionFile.photo);
     requireSamePhoto(sessionFile, photo, file.filename());
     SessionHost host;
     Stats stats;

@@ -1,0 +1,29 @@
+// A picture as its file holds it, and what the file says beside the pixels.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <opencv2/core.hpp>
+#include <vector>
+
+enum class PictureFormat { kBmp, kHeif, kJpeg, kPng, kPnm, kTiff, kWebp };  // kHeif: HEIC and AVIF
+
+// Resolution, EXIF, XMP and IPTC as the reading library keeps them.
+class KeptNotes;
+
+struct PictureNotes {
+    std::vector<std::uint8_t> profile;        // ICC; empty when there is none, and sRGB is meant
+    std::shared_ptr<const KeptNotes> others;  // null when there are none
+};
+
+struct Picture {
+    // Upright: turned as the camera noted. Grey, or blue, green, red: CV_8UC1, CV_8UC3, CV_16UC1 or
+    // CV_16UC3. Inks (CMYK) have become sRGB.
+    cv::Mat pixels;
+    // 0 transparent to the largest value; CV_8UC1 or CV_16UC1. Empty when nothing is transparent. The
+    // pixels are not multiplied by it.
+    cv::Mat alpha;
+    PictureNotes notes;
+    PictureFormat format = PictureFormat::kPng;  // of the file that it was read from
+    cv::Mat inks;  // CV_8UC4, cyan, magenta, yellow, black, 255 all ink; empty unless stored so
+};
