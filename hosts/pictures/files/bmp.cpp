@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <climits>
+#include <cstdint>
 #include <opencv2/imgproc.hpp>
 
 #include "pictures/picture_error.h"
@@ -275,22 +275,21 @@ Picture readBmp(const PictureFile& file) {
 }
 
 std::vector<std::uint8_t> encodeBmp(const cv::Mat& pixels) {
-    const unsigned channels = static_cast<unsigned>(pixels.channels());
-    const auto rowBytes = (static_cast<std::uint64_t>(pixels.cols) * channels + 3) / 4 * 4;
-    const std::uint64_t palette = channels == 1 ? 4 * kMostPalette : 0;
-    const std::uint64_t start = kFileHeader + kInfoHeader + palette;
-    const std::uint64_t size = start + rowBytes * static_cast<std::uint64_t>(pixels.rows);
-    if (size > UINT_MAX) {
+    const std::size_t used = static_cast<std::size_t>(pixels.cols) * pixels.elemSize();
+    const std::size_t rowBytes = (used + 3) / 4 * 4;
+    const bool isGrey = pixels.channels() == 1;
+    const std::uint64_t start = kFileHeader + kInfoHeader + (isGrey ? 4U * kMostPalette : 0U);
+    const std::uint64_t size = start + std::uint64_t{rowBytes} * static_cast<unsigned>(pixels.rows);
+    if (size > UINT32_MAX) {
         throw PictureError("BMP files end at 4 GB; choose another format");
     }
-    std::vector<std::uint8_t> bytes;
+    std::vector<std::uint8_t> bytes{'B', 'M'};
     bytes.reserve(static_cast<std::size_t>(size));
-    const auto add = [&bytes](std::uint64_t number, int count) {
-        for (int i = 0; i < count; ++i) {
+    const auto add = [&bytes](std::uint64_t number, unsigned count) {
+        for (unsigned i = 0; i < count; ++i) {
             bytes.push_back(static_cast<std::uint8_t>(number >> (8 * i)));
         }
     };
-    bytes = {'B', 'M'};
     add(size, 4);
     add(0, 4);
     add(start, 4);
@@ -298,18 +297,16 @@ std::vector<std::uint8_t> encodeBmp(const cv::Mat& pixels) {
     add(static_cast<unsigned>(pixels.cols), 4);
     add(static_cast<unsigned>(pixels.rows), 4);
     add(1, 2);
-    add(8 * channels, 2);
+    add(8 * pixels.elemSize(), 2);
     add(kPlain, 4);
-    add(0, 8);  // sizes, resolution and colours that need not be told
-    add(0, 8);
-    add(0, 4);
-    for (unsigned grey = 0; palette > 0 && grey < kMostPalette; ++grey) {
+    bytes.resize(kFileHeader + kInfoHeader);  // sizes and resolution need not be told
+    for (unsigned grey = 0; isGrey && grey < kMostPalette; ++grey) {
         add(grey << 16U | grey << 8U | grey, 4);
     }
     for (int y = pixels.rows; y-- > 0;) {
         const std::uint8_t* const row = pixels.ptr(y);
-        bytes.insert(bytes.end(), row, row + static_cast<std::size_t>(pixels.cols) * channels);
-        bytes.resize(bytes.size() + rowBytes - static_cast<std::size_t>(pixels.cols) * channels);
+        bytes.insert(bytes.end(), row, row + used);
+        bytes.resize(bytes.size() + rowBytes - used);
     }
     return bytes;
 }

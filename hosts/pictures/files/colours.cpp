@@ -19,13 +19,18 @@ struct DeleteTransform {
 };
 using TransformPtr = std::unique_ptr<void, DeleteTransform>;
 
+// sRGB for no profile; null for a broken one.
 ProfilePtr opened(const Profile& profile) {
     return ProfilePtr(
-        cmsOpenProfileFromMem(profile.data(), static_cast<cmsUInt32Number>(profile.size())));
+        profile.empty()
+            ? cmsCreate_sRGBProfile()
+            : cmsOpenProfileFromMem(profile.data(), static_cast<cmsUInt32Number>(profile.size())));
 }
 
-// The library's name of pixels in memory; 0 for those that a profile of this colour space is not for.
-cmsUInt32Number layoutOf(int type, cmsColorSpaceSignature space) {
+// The library's name of pixels in memory; 0 where the profile is not for such.
+cmsUInt32Number layoutOf(int type, void* profile) {
+    const cmsColorSpaceSignature space =
+        profile == nullptr ? cmsSigNamedData : cmsGetColorSpace(profile);
     switch (type) {
         case CV_8UC1:
             return space == cmsSigGrayData ? TYPE_GRAY_8 : 0;
@@ -44,17 +49,18 @@ cmsUInt32Number layoutOf(int type, cmsColorSpaceSignature space) {
     }
 }
 
-// Null when the profile is not for such pixels.
-TransformPtr toSrgb(const Profile& profile, int from, int to) {
-    const ProfilePtr source = opened(profile);
-    const cmsUInt32Number layout = source ? layoutOf(from, cmsGetColorSpace(source.get())) : 0;
-    if (layout == 0) {
+// Null when one of the profiles is not for such pixels.
+TransformPtr transformOf(const Profile& from, int fromType, const Profile& to, int toType) {
+    const ProfilePtr source = opened(from);
+    const ProfilePtr target = opened(to);
+    const cmsUInt32Number sourceLayout = layoutOf(fromType, source.get());
+    const cmsUInt32Number targetLayout = layoutOf(toType, target.get());
+    if (sourceLayout == 0 || targetLayout == 0) {
         return nullptr;
     }
-    const ProfilePtr srgb(cmsCreate_sRGBProfile());
-    return TransformPtr(cmsCreateTransform(
-        source.get(), layout, srgb.get(), to == CV_16UC3 ? TYPE_BGR_16 : TYPE_BGR_8,
-        INTENT_RELATIVE_COLORIMETRIC, cmsFLAGS_BLACKPOINTCOMPENSATION));
+    return TransformPtr(cmsCreateTransform(source.get(), sourceLayout, target.get(), targetLayout,
+                                           INTENT_RELATIVE_COLORIMETRIC,
+                                           cmsFLAGS_BLACKPOINTCOMPENSATION));
 }
 
 cv::Mat transformed(const cv::Mat& pixels, void* transform, int type) {
@@ -86,7 +92,7 @@ cv::Mat lattice(int channels) {
 
 bool isSrgbInEffect(const Profile& profile, int channels) {
     const cv::Mat colours = lattice(channels);
-    const TransformPtr transform = toSrgb(profile, colours.type(), CV_8UC3);
+    const TransformPtr transform = transformOf(profile, colours.type(), {}, CV_8UC3);
     if (!transform) {
         return true;
     }
@@ -95,6 +101,20 @@ bool isSrgbInEffect(const Profile& profile, int channels) {
         cv::merge(std::vector<cv::Mat>{colours, colours, colours}, same);
     }
     return cv::norm(transformed(colours, transform.get(), CV_8UC3), same, cv::NORM_INF) <= 1.0;
+}
+
+// Of the depth and with the channels of `type`, whatever the colours.
+cv::Mat inForm(const cv::Mat& pixels, int type) {
+    cv::Mat result = pixels;
+    if (pixels.channels() < CV_MAT_CN(type)) {
+        cv::merge(std::vector<cv::Mat>(3, pixels), result);
+    }
+    constexpr double kToWide = 257.0;
+    if (result.depth() != CV_MAT_DEPTH(type)) {
+        const double scale = CV_MAT_DEPTH(type) == CV_16U ? kToWide : 1.0 / kToWide;
+        result.convertTo(result, CV_MAT_DEPTH(type), scale);
+    }
+    return result;
 }
 
 Profile usualInks() {
@@ -116,15 +136,28 @@ cv::Mat inSrgb(const cv::Mat& pixels, const Profile& profile) {
     if (isSrgbInEffect(profile, pixels.channels())) {
         return {};
     }
-    const TransformPtr transform = toSrgb(profile, pixels.type(), CV_8UC3);
+    const TransformPtr transform = transformOf(profile, pixels.type(), {}, CV_8UC3);
     return transform ? transformed(pixels, transform.get(), CV_8UC3) : cv::Mat();
+}
+
+cv::Mat converted(const cv::Mat& pixels, const Profile& from, const Profile& to, int type) {
+    if (from == to) {
+        return inForm(pixels, type);
+    }
+    if (const TransformPtr transform = transformOf(from, pixels.type(), to, type)) {
+        return transformed(pixels, transform.get(), type);
+    }
+    const cv::Mat formed = inForm(pixels, type);
+    const TransformPtr fromSrgb = transformOf({}, type, to, type);
+    return fromSrgb ? transformed(formed, fromSrgb.get(), type) : formed;
 }
 
 cv::Mat coloursOfInks(const cv::Mat& inks, const Profile& profile) {
     const int type = inks.depth() == CV_16U ? CV_16UC3 : CV_8UC3;
-    TransformPtr transform = profile.empty() ? nullptr : toSrgb(profile, inks.type(), type);
+    TransformPtr transform =
+        profile.empty() ? nullptr : transformOf(profile, inks.type(), {}, type);
     if (!transform) {
-        transform = toSrgb(usualInks(), inks.type(), type);
+        transform = transformOf(usualInks(), inks.type(), {}, type);
     }
     if (!transform) {
         throw std::runtime_error("no colours for the inks of a picture; convert it to RGB");

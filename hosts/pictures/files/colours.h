@@ -12,5 +12,9 @@ using Profile = std::vector<std::uint8_t>;
 // a lattice moves by more than a level, it is for other pixels, or broken.
 cv::Mat inSrgb(const cv::Mat& pixels, const Profile& profile);
 
+// Pixels of `type`, with at least as many channels, in the colours of profile `to`. Without a profile, or
+// with one for other pixels, they are sRGB.
+cv::Mat converted(const cv::Mat& pixels, const Profile& from, const Profile& to, int type);
+
 // sRGB of the same depth from four inks; a usual printer's where there is no profile for them.
 cv::Mat coloursOfInks(const cv::Mat& inks, const Profile& profile);

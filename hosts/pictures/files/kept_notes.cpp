@@ -4,14 +4,16 @@
 
 namespace {
 
+constexpr const char* kOfSmallPicture = "exif-ifd1";
+constexpr const char* kSmallPicture = "jpeg-thumbnail-data";
+
 // The others are about the file or its pixels, not for another file.
 bool isKept(const char* field) {
-    for (const char* const start : {"exif-", "xmp-data", "iptc-data", "resolution-unit"}) {
-        if (std::strncmp(field, start, std::strlen(start)) == 0) {
-            return true;
-        }
-    }
-    return false;
+    const auto beginsWith = [field](const char* start) {
+        return std::strncmp(field, start, std::strlen(start)) == 0;
+    };
+    return (beginsWith("exif-") && !beginsWith(kOfSmallPicture)) || beginsWith("xmp-data") ||
+           beginsWith("iptc-data") || beginsWith("resolution-unit");
 }
 
 void* copyField(VipsImage* /*from*/, const char* field, GValue* value, void* to) {
@@ -35,8 +37,29 @@ KeptNotes::KeptNotes(VipsImage* opened) : m_fields(vips_image_new()) {
 }
 
 void KeptNotes::addTo(VipsImage* written) const {
-    written->Xres = m_fields->Xres;
-    written->Yres = m_fields->Yres;
+    if (knowsResolution()) {
+        written->Xres = m_fields->Xres;
+        written->Yres = m_fields->Yres;
+    }
     copyFields(m_fields.get(), written);
     vips_image_set_int(written, VIPS_META_ORIENTATION, 1);
+    // The EXIF block still holds it. It is written without it only after this call, though the image has
+    // no such field.
+    vips_image_remove(written, kSmallPicture);
+}
+
+bool KeptNotes::knowsResolution() const {
+    constexpr double kUnknown = 1.0;  // the library's, pixels a millimetre
+    return m_fields->Xres != kUnknown || m_fields->Yres != kUnknown;
+}
+
+std::vector<std::uint8_t> KeptNotes::exif() const {
+    const void* data = nullptr;
+    std::size_t size = 0;
+    if (vips_image_get_typeof(m_fields.get(), VIPS_META_EXIF_NAME) == 0 ||
+        vips_image_get_blob(m_fields.get(), VIPS_META_EXIF_NAME, &data, &size) != 0) {
+        return {};
+    }
+    const auto* const bytes = static_cast<const std::uint8_t*>(data);
+    return {bytes, bytes + size};
 }

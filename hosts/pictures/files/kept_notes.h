@@ -12,7 +12,12 @@ class KeptNotes {
     // reading, and so is the small picture that cameras add: it would show what was cut away.
     explicit KeptNotes(VipsImage* opened);
 
+    // Where no resolution is known, the image keeps its own.
     void addTo(VipsImage* written) const;
+
+    bool knowsResolution() const;
+    // As the file held it, empty for none.
+    std::vector<std::uint8_t> exif() const;
 
   private:
     VipsPtr m_fields;

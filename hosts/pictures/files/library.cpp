@@ -29,7 +29,7 @@ std::vector<std::uint8_t> encode(const Picture& picture, const std::string& endi
     return encodeFile(picture, ending, options);
 }
 
-constexpr PictureLibrary kLibrary{read, encode, inSrgb};
+constexpr PictureLibrary kLibrary{read, encode, inSrgb, converted};
 
 }  // namespace
 

@@ -18,6 +18,9 @@ struct PictureLibrary {
                                         const WriteOptions& options);
     // CV_8UC3, or empty when the profile says nothing that the pixels do not say without it.
     cv::Mat (*inSrgb)(const cv::Mat& pixels, const std::vector<std::uint8_t>& profile);
+    // Pixels of `type` in the colours of profile `to`; without a profile they are sRGB.
+    cv::Mat (*converted)(const cv::Mat& pixels, const std::vector<std::uint8_t>& from,
+                         const std::vector<std::uint8_t>& to, int type);
 };
 
 // Loads it. Throws PictureError when it is not installed beside the program. From any thread.

@@ -2,6 +2,8 @@
 
 #include <zlib.h>
 
+#include <algorithm>
+
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -80,4 +82,35 @@ Bytes withRightCheckSums(Bytes bytes) {
         part = partAt(bytes, part->end());
     }
     return bytes;
+}
+
+Bytes pngWithPosition(Bytes png, cv::Point position) {
+    constexpr std::size_t kContent = 9;  // two numbers and their unit, 0 for pixels
+    Bytes added(kNumberBytes + kNameBytes + kContent + kNumberBytes);
+    const Part part{0, kContent};
+    putNumber(added, 0, kContent);
+    const std::string name = "oFFs";
+    std::copy(name.begin(), name.end(), added.begin() + kNumberBytes);
+    putNumber(added, part.nameAt() + kNameBytes, static_cast<std::uint32_t>(position.x));
+    putNumber(added, part.nameAt() + kNameBytes + kNumberBytes,
+              static_cast<std::uint32_t>(position.y));
+    putNumber(added, part.sumAt(), sumOf(added, part));
+    // Anywhere between the first part and the pixels.
+    if (const std::optional<Part> header = partAt(png, kSignatureBytes)) {
+        png.insert(png.begin() + static_cast<std::ptrdiff_t>(header->end()), added.begin(),
+                   added.end());
+    }
+    return png;
+}
+
+Bytes pngWithoutResolution(Bytes png) {
+    std::optional<Part> part = partAt(png, kSignatureBytes);
+    while (part && nameOf(png, *part) != "pHYs" && nameOf(png, *part) != "IDAT") {
+        part = partAt(png, part->end());
+    }
+    if (part && nameOf(png, *part) == "pHYs") {
+        png.erase(png.begin() + static_cast<std::ptrdiff_t>(part->start),
+                  png.begin() + static_cast<std::ptrdiff_t>(part->end()));
+    }
+    return png;
 }

@@ -1,0 +1,16 @@
+// Entries of TIFF files that libvips does not write.
+#pragma once
+
+#include <cstdint>
+#include <opencv2/core.hpp>
+#include <vector>
+
+// A TIFF file with the position of its left upper pixel in the picture that it was cropped from
+// (XPosition and YPosition, in the file's unit of length). Neither may be negative.
+std::vector<std::uint8_t> tiffWithPosition(std::vector<std::uint8_t> tiff, cv::Point position);
+
+// A TIFF file with the notes of a camera in `exif`, an EXIF block that may begin with "Exif": what it
+// tells of camera, author, exposure and place. Resolution, orientation and the small picture are left
+// out. Of a broken block as much as can be read.
+std::vector<std::uint8_t> tiffWithExif(std::vector<std::uint8_t> tiff,
+                                       const std::vector<std::uint8_t>& exif);
