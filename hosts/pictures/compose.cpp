@@ -11,7 +11,7 @@ namespace {
 template <class Change>
 Picture withParts(const Picture& picture, const Change& change) {
     Picture result = picture;
-    for (cv::Mat* const part : {&result.pixels, &result.alpha, &result.inks}) {
+    for (cv::Mat* const part : {&result.pixels, &result.alpha, &result.stored.inks}) {
         if (!part->empty()) {
             *part = change(*part);
         }
@@ -86,8 +86,9 @@ Picture covering(const Picture& picture, cv::Size size) {
     const cv::Size from = picture.pixels.size();
     const double scale = std::max(static_cast<double>(size.width) / from.width,
                                   static_cast<double>(size.height) / from.height);
-    const cv::Size scaled(std::max(size.width, static_cast<int>(std::lround(from.width * scale))),
-                          std::max(size.height, static_cast<int>(std::lround(from.height * scale))));
+    const cv::Size scaled(
+        std::max(size.width, static_cast<int>(std::lround(from.width * scale))),
+        std::max(size.height, static_cast<int>(std::lround(from.height * scale))));
     const int way = scale < 1.0 ? cv::INTER_AREA : cv::INTER_CUBIC;
     const cv::Rect middle((scaled - size) / 2, size);
     return withParts(picture, [&](const cv::Mat& part) {
@@ -105,7 +106,7 @@ Picture over(const Picture& top, const Picture& ground) {
     const bool staysGrey =
         isGrey(top) && isGrey(ground) && top.notes.profile == ground.notes.profile;
     Picture result = isGrey(top) && !staysGrey ? inColour(top) : top;
-    result.inks.release();
+    result.stored = {};
     result.pixels = result.pixels.clone();
     const int depth = result.pixels.depth();
     result.alpha = alphaOf(top, depth);

@@ -66,16 +66,17 @@ cv::Mat multiplied(const cv::Mat& colours, const cv::Mat& alpha) {
 }
 
 cv::Mat coloursAsStored(const Picture& picture) {
-    const bool isTiff = picture.format == PictureFormat::kTiff;
-    if (!picture.inks.empty()) {
-        return coloursOfInks(picture.inks, picture.format);
+    const StoredForm& stored = picture.stored;
+    if (!stored.inks.empty()) {
+        return coloursOfInks(stored.inks, stored.format);
     }
     if (picture.pixels.depth() == CV_16U) {
-        const bool isRounded = isTiff && picture.pixels.channels() == 3;
+        const bool isRounded =
+            stored.format == PictureFormat::kTiff && picture.pixels.channels() == 3;
         return inColour(isRounded ? inEightBits(picture.pixels) : upperBytes(picture.pixels));
     }
     const cv::Mat colours = inColour(picture.pixels);
-    return isTiff && !picture.alpha.empty() ? multiplied(colours, picture.alpha) : colours;
+    return stored.timesAlpha ? multiplied(colours, picture.alpha) : colours;
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ enum class Colours {
     kSrgb,
     // As the file holds them, whatever its profile says. This is what sessions without a word on
     // colours were made on, so every byte counts: 16 bits lose their lower half, save in a TIFF file
-    // in colour, where they are rounded; in a TIFF file with alpha, 8 bits are multiplied by it; inks
+    // in colour, where they are rounded; in a TIFF file with an alpha that calls itself so, 8 bits are multiplied by it; inks
     // become colours by a plain formula.
     kAsStored,
 };

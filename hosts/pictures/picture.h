@@ -16,6 +16,14 @@ struct PictureNotes {
     std::shared_ptr<const KeptNotes> others;  // null when there are none
 };
 
+// What the file held otherwise than the pixels below, for sessions that were made on it (kAsStored in
+// engine_colours.h).
+struct StoredForm {
+    PictureFormat format = PictureFormat::kPng;
+    cv::Mat inks;             // CV_8UC4, cyan, magenta, yellow, black, 255 all ink; empty without
+    bool timesAlpha = false;  // the colours were seen multiplied by alpha
+};
+
 struct Picture {
     // Upright: turned as the camera noted. Grey, or blue, green, red: CV_8UC1, CV_8UC3, CV_16UC1 or
     // CV_16UC3. Inks (CMYK) have become sRGB.
@@ -24,6 +32,5 @@ struct Picture {
     // pixels are not multiplied by it.
     cv::Mat alpha;
     PictureNotes notes;
-    PictureFormat format = PictureFormat::kPng;  // of the file that it was read from
-    cv::Mat inks;  // CV_8UC4, cyan, magenta, yellow, black, 255 all ink; empty unless stored so
+    StoredForm stored;
 };

@@ -260,7 +260,8 @@ Picture readBmp(const PictureFile& file) {
     };
     Picture picture;
     if (header.isRuns()) {
-        picture.pixels = cv::Mat::zeros(size, CV_8UC3);
+        // What moves leave out has the palette's first colour.
+        picture.pixels = cv::Mat(size, CV_8UC3, cv::Scalar(header.palette[0]));
         requireWhole(readRuns(source, header, picture.pixels));
     } else {
         requireWhole(source.size() >=

@@ -58,9 +58,9 @@ TransformPtr transformOf(const Profile& from, int fromType, const Profile& to, i
     if (sourceLayout == 0 || targetLayout == 0) {
         return nullptr;
     }
-    return TransformPtr(cmsCreateTransform(source.get(), sourceLayout, target.get(), targetLayout,
-                                           INTENT_RELATIVE_COLORIMETRIC,
-                                           cmsFLAGS_BLACKPOINTCOMPENSATION));
+    return TransformPtr(cmsCreateTransform(
+        source.get(), sourceLayout, target.get(), targetLayout, INTENT_RELATIVE_COLORIMETRIC,
+        cmsFLAGS_BLACKPOINTCOMPENSATION | cmsFLAGS_HIGHRESPRECALC));
 }
 
 cv::Mat transformed(const cv::Mat& pixels, void* transform, int type) {

@@ -63,7 +63,7 @@ Picture readFile(const PictureFile& file) {
     Picture picture = *format == PictureFormat::kBmp   ? readBmp(file)
                       : *format == PictureFormat::kPnm ? readPnm(file)
                                                        : readByVips(file, *format);
-    picture.format = *format;
+    picture.stored.format = *format;
     return picture;
 }
 

@@ -23,6 +23,7 @@ constexpr std::size_t kTypeBytes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8};
 constexpr std::uint16_t kXResolution = 282;
 constexpr std::uint16_t kXPosition = 286;
 constexpr std::uint16_t kYPosition = 287;
+constexpr std::uint16_t kExtraSamples = 338;  // 0 unknown, 1 and 2 alpha
 constexpr std::uint16_t kExif = 34665;
 constexpr std::uint16_t kGps = 34853;
 // Description, make, model, software, time, artist, copyright.
@@ -197,6 +198,16 @@ void copyDirectory(const Source& source, const Directory& from, std::uint16_t ta
 }
 
 }  // namespace
+
+bool tiffTellsAlpha(const Bytes& tiff) {
+    const Source source(tiff.data(), tiff.size());
+    if (!source.holds(0, kHeaderBytes)) {
+        return false;
+    }
+    const Directory directory = directoryAt(source, source.number(4, 4));
+    const Entry* const further = find(directory, kExtraSamples);
+    return further != nullptr && !further->value.empty() && further->value[0] != 0;
+}
 
 Bytes tiffWithPosition(Bytes tiff, cv::Point position) {
     Directory directory = mainDirectory(tiff);

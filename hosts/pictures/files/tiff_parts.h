@@ -1,9 +1,13 @@
-// Entries of TIFF files that libvips does not write.
+// Entries of TIFF files that libvips does not pass on.
 #pragma once
 
 #include <cstdint>
 #include <opencv2/core.hpp>
 #include <vector>
+
+// Whether a file says of its fourth sample that it is alpha, multiplied with the colours or not. Files
+// beyond 4 GB do not come here.
+bool tiffTellsAlpha(const std::vector<std::uint8_t>& tiff);
 
 // A TIFF file with the position of its left upper pixel in the picture that it was cropped from
 // (XPosition and YPosition, in the file's unit of length). Neither may be negative.

@@ -6,6 +6,7 @@
 #include "pictures/files/kept_notes.h"
 #include "pictures/files/png_parts.h"
 #include "pictures/files/rows.h"
+#include "pictures/files/tiff_parts.h"
 #include "pictures/files/vips_library.h"
 #include "pictures/picture_error.h"
 
@@ -135,15 +136,16 @@ void takeSamples(Picture& picture, cv::Mat samples, bool areInks) {
     if (colours == 3) {
         swapRedAndBlue(samples);
     }
-    (areInks ? picture.inks : picture.pixels) = samples;
+    (areInks ? picture.stored.inks : picture.pixels) = samples;
 }
 
 // Inks are of no use to the engine, and few programs show a cut-out in them.
 void replaceInks(Picture& picture) {
-    picture.pixels = coloursOfInks(picture.inks, picture.notes.profile);
+    cv::Mat& inks = picture.stored.inks;
+    picture.pixels = coloursOfInks(inks, picture.notes.profile);
     picture.notes.profile.clear();
-    if (picture.inks.depth() != CV_8U) {
-        picture.inks.release();
+    if (inks.depth() != CV_8U) {
+        inks.release();
     }
 }
 
@@ -157,7 +159,7 @@ Picture pictureOf(VipsImage* image, const cv::Mat& samples) {
         replaceInks(picture);
     }
     const int orientation = vips_image_get_orientation(image);
-    for (cv::Mat* const part : {&picture.pixels, &picture.alpha, &picture.inks}) {
+    for (cv::Mat* const part : {&picture.pixels, &picture.alpha, &picture.stored.inks}) {
         turnUpright(*part, orientation);
     }
     return picture;
@@ -229,5 +231,8 @@ Reading readDamaged(const PictureFile& file, PictureFormat format) {
 Picture readByVips(const PictureFile& file, PictureFormat format) {
     const Reading reading =
         file.takesDamaged() ? readDamaged(file, format) : readWhole(file, format);
-    return pictureOf(reading.image.get(), reading.samples);
+    Picture picture = pictureOf(reading.image.get(), reading.samples);
+    picture.stored.timesAlpha =
+        format == PictureFormat::kTiff && !picture.alpha.empty() && tiffTellsAlpha(file.bytes);
+    return picture;
 }
