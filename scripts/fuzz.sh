@@ -1,5 +1,5 @@
 #!/bin/sh
-# Runs the fuzzers of the host calls and of session files side by side, one core each, under the
+# Runs the fuzzers of the host calls, of session files and of picture files side by side, under the
 # address and undefined-behaviour sanitizers, starting from fuzz/corpus/. New inputs are kept in
 # build/fuzz/corpus/, findings as build/fuzz/findings/FUZZER-*. Ends with a line for each fuzzer, and
 # with an error after a finding.
@@ -28,11 +28,14 @@ fuzz host-calls 600 &
 calls=$!
 fuzz session-files 3000 -dict=fuzz/session-files.dict &
 files=$!
+fuzz picture-files 4000 &
+pictures=$!
 
 status=0
 wait "$calls" || status=1
 wait "$files" || status=1
-for name in host-calls session-files; do
+wait "$pictures" || status=1
+for name in host-calls session-files picture-files; do
     executions=$(sed -n 's/^stat::number_of_executed_units: *//p' build/fuzz/"$name".log)
     echo "$name: ${executions:-?} executions, log in build/fuzz/$name.log"
 done

@@ -2,18 +2,18 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <opencv2/core.hpp>
 #include <vector>
 
 enum class PictureFormat { kBmp, kHeif, kJpeg, kPng, kPnm, kTiff, kWebp };  // kHeif: HEIC and AVIF
 
-// Resolution, EXIF, XMP and IPTC as the reading library keeps them.
-class KeptNotes;
-
+// Blocks of bytes in the formats' own forms, empty for none.
 struct PictureNotes {
-    std::vector<std::uint8_t> profile;        // ICC; empty when there is none, and sRGB is meant
-    std::shared_ptr<const KeptNotes> others;  // null when there are none
+    std::vector<std::uint8_t> profile;  // ICC; without one sRGB is meant
+    std::vector<std::uint8_t> exif;  // as the file held it; written it says that pixels are upright
+    std::vector<std::uint8_t> xmp;
+    std::vector<std::uint8_t> iptc;
+    cv::Size2d resolution;  // pixels a millimetre across and down; 0 when not known
 };
 
 // What the file held otherwise than the pixels below, for sessions that were made on it (kAsStored in

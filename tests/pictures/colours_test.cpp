@@ -67,13 +67,15 @@ cv::Mat through(const Bytes& from, cmsHPROFILE to, cmsUInt32Number layout, const
 // The largest distance in CIELAB between two pictures with profiles.
 double visibleDifference(const cv::Mat& a, const Bytes& aProfile, const cv::Mat& b,
                          const Bytes& bProfile) {
-    const cv::Mat labA = through(aProfile, cmsCreateLab4Profile(nullptr), TYPE_Lab_FLT, asNumbers(a));
-    const cv::Mat labB = through(bProfile, cmsCreateLab4Profile(nullptr), TYPE_Lab_FLT, asNumbers(b));
+    const cv::Mat labA =
+        through(aProfile, cmsCreateLab4Profile(nullptr), TYPE_Lab_FLT, asNumbers(a));
+    const cv::Mat labB =
+        through(bProfile, cmsCreateLab4Profile(nullptr), TYPE_Lab_FLT, asNumbers(b));
     double largest = 0.0;
     for (int y = 0; y < a.rows; ++y) {
         for (int x = 0; x < a.cols; ++x) {
-            largest = std::max(largest,
-                               cv::norm(labA.at<cv::Vec3f>(y, x) - labB.at<cv::Vec3f>(y, x)));
+            largest =
+                std::max(largest, cv::norm(labA.at<cv::Vec3f>(y, x) - labB.at<cv::Vec3f>(y, x)));
         }
     }
     return largest;
@@ -101,7 +103,8 @@ TEST(Profiles, OfWideGamutsBecomeSrgbForTheEngineAlone) {
             EXPECT_LE(largestDifference(seen, samplePart()), depth == CV_8U ? 3.0 : 1.0);
             EXPECT_LT(cv::norm(seen, samplePart(), cv::NORM_L1) / 96 / 64 / 3, 0.5);
             // As they are stored they look pale.
-            EXPECT_GT(largestDifference(engineColours(read, Colours::kAsStored), samplePart()), 20.0);
+            EXPECT_GT(largestDifference(engineColours(read, Colours::kAsStored), samplePart()),
+                      20.0);
         }
     }
 }
@@ -156,7 +159,9 @@ TEST(CutOuts, LookLikeTheirPhotographs) {
                 const bool narrows = std::string(ending) == ".webp" && depth == CV_16U;
                 EXPECT_LT(visibleDifference(read.pixels(part).clone(), profile,
                                             cut.pixels(part).clone(), profile),
-                          loses ? 12.0 : narrows ? 1.0 : 1e-9)
+                          loses     ? 12.0
+                          : narrows ? 1.0
+                                    : 1e-9)
                     << ending;
             }
         }

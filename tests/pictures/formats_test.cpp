@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 #include <libheif/heif.h>
 
+#include <vips/vips.h>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
-#include <vips/vips.h>
 
 #include "picture_files.h"
 #include "pictures/compose.h"
@@ -44,7 +44,8 @@ std::vector<std::pair<std::string, Bytes>> filesOfAllKinds() {
     cv::Mat inks;
     cv::merge(std::vector<cv::Mat>{255 - narrow, grey(narrow) / 3}, inks);
     std::vector<std::pair<std::string, Bytes>> files;
-    for (const auto& [colour, single] : {std::pair{".png", ".png"}, {".tif", ".tif"}, {".ppm", ".pgm"}}) {
+    for (const auto& [colour, single] :
+         {std::pair{".png", ".png"}, {".tif", ".tif"}, {".ppm", ".pgm"}}) {
         for (const cv::Mat& image : {narrow, wide, grey(narrow), grey(wide)}) {
             const char* const ending = image.channels() == 1 ? single : colour;
             files.emplace_back(ending, writtenByOpenCv(image, ending));
@@ -144,14 +145,9 @@ TEST(RoundTrip, KeepsTransparencyWhereColoursLoseALittle) {
 cv::Point uprightPlace(int orientation, cv::Point p, cv::Size stored) {
     const int right = stored.width - 1;
     const int bottom = stored.height - 1;
-    const cv::Point places[] = {p,
-                                {right - p.x, p.y},
-                                {right - p.x, bottom - p.y},
-                                {p.x, bottom - p.y},
-                                {p.y, p.x},
-                                {bottom - p.y, p.x},
-                                {bottom - p.y, right - p.x},
-                                {p.y, right - p.x}};
+    const cv::Point places[] = {
+        p,          {right - p.x, p.y},  {right - p.x, bottom - p.y}, {p.x, bottom - p.y},
+        {p.y, p.x}, {bottom - p.y, p.x}, {bottom - p.y, right - p.x}, {p.y, right - p.x}};
     return places[orientation - 1];
 }
 
@@ -209,8 +205,8 @@ Bytes turnedHeif(int orientation) {
     heif_context_get_encoder_for_format(context, heif_compression_AV1, &encoder);
     heif_image* image = nullptr;
     const cv::Mat pixels = squares();
-    heif_image_create(pixels.cols, pixels.rows, heif_colorspace_RGB,
-                      heif_chroma_interleaved_RGB, &image);
+    heif_image_create(pixels.cols, pixels.rows, heif_colorspace_RGB, heif_chroma_interleaved_RGB,
+                      &image);
     heif_image_add_plane(image, heif_channel_interleaved, pixels.cols, pixels.rows, 8);
     int stride = 0;
     std::uint8_t* const plane = heif_image_get_plane(image, heif_channel_interleaved, &stride);

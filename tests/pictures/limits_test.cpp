@@ -47,8 +47,9 @@ TEST(Bombs, AreRefusedBeforeTheyAreDecoded) {
         pngBomb(0xEA, 0x60),  // 60,000 x 60,000
         bytesOf("P6 60000 60000 255\n"),
         bytesOf("P1 999999999999 999999999999\n"),
-        bytesOf("BM\0\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\x60\xEA\0\0\x60\xEA\0\0\x01\0\x18\0\0\0\0\0"s +
-                std::string(20, '\0')),
+        bytesOf(
+            "BM\0\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\x60\xEA\0\0\x60\xEA\0\0\x01\0\x18\0\0\0\0\0"s +
+            std::string(20, '\0')),
     };
     for (const Bytes& bomb : bombs) {
         for (const Damaged damaged : {Damaged::kRefused, Damaged::kAccepted}) {
@@ -73,12 +74,20 @@ TEST(Strangers, AreNotLetIn) {
     VIPS_INIT("tests");
     const cv::Mat image = samplePart();
     const Bytes strangers[] = {
-        {}, bytesOf("x"), bytesOf("P"), bytesOf("P9 1 1 255\n0"), bytesOf("PF 1 1 -1.0\n0123"),
+        {},
+        bytesOf("x"),
+        bytesOf("P"),
+        bytesOf("P9 1 1 255\n0"),
+        bytesOf("PF 1 1 -1.0\n0123"),
         bytesOf("<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>"),
-        bytesOf("%PDF-1.4\n"), bytesOf("push graphic-context\nviewbox 0 0 9 9\n"),
-        writtenByVips(image, ".gif"), writtenByVips(image, ".hdr"), writtenByVips(image, ".jp2")};
+        bytesOf("%PDF-1.4\n"),
+        bytesOf("push graphic-context\nviewbox 0 0 9 9\n"),
+        writtenByVips(image, ".gif"),
+        writtenByVips(image, ".hdr"),
+        writtenByVips(image, ".jp2")};
     for (const Bytes& stranger : strangers) {
-        EXPECT_NE(errorOf(stranger).find("is not an image"), std::string::npos) << errorOf(stranger);
+        EXPECT_NE(errorOf(stranger).find("is not an image"), std::string::npos)
+            << errorOf(stranger);
     }
     // Whoever asks the library itself is refused, too.
     const Bytes gif = writtenByVips(image, ".gif");

@@ -93,9 +93,9 @@ TEST(Notes, AreLeftOutOnRequest) {
     for (const char* ending : {".png", ".jpg", ".webp", ".avif", ".tif"}) {
         SCOPED_TRACE(ending);
         const Fields fields(encodePicture(photo, ending, options), ending);
-        for (const char* field : {"exif-ifd0-Model", "exif-ifd0-Copyright",
-                                  "exif-ifd2-ExposureTime", "exif-ifd3-GPSLatitudeRef",
-                                  "jpeg-thumbnail-data", VIPS_META_XMP_NAME}) {
+        for (const char* field :
+             {"exif-ifd0-Model", "exif-ifd0-Copyright", "exif-ifd2-ExposureTime",
+              "exif-ifd3-GPSLatitudeRef", "jpeg-thumbnail-data", VIPS_META_XMP_NAME}) {
             EXPECT_FALSE(fields.has(field)) << field;
         }
         EXPECT_TRUE(fields.has(VIPS_META_ICC_NAME));
@@ -163,7 +163,7 @@ TEST(Positions, AreWrittenIntoPng) {
     const std::string text(bytes.begin(), bytes.end());
     using namespace std::string_literals;
     const std::string part = "\0\0\0\x09oFFs\0\0\x01\x02\xFF\xFF\xFF\xFD\0"s;
-    EXPECT_EQ(text.find(part), 33U);  // right behind the header
+    EXPECT_EQ(text.find(part), 33U);                  // right behind the header
     EXPECT_EQ(text.find("pHYs"), std::string::npos);  // no resolution is known
 }
 

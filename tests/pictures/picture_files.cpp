@@ -48,11 +48,11 @@ Bytes writtenByVips(const cv::Mat& image, const std::string& ending,
         samples.data, samples.total() * samples.elemSize(), samples.cols, samples.rows,
         samples.channels(), isWide ? VIPS_FORMAT_USHORT : VIPS_FORMAT_UCHAR);
     VipsImage* copy = nullptr;
-    const VipsInterpretation kinds[] = {VIPS_INTERPRETATION_B_W, VIPS_INTERPRETATION_GREY16,
+    const VipsInterpretation kinds[] = {VIPS_INTERPRETATION_B_W,  VIPS_INTERPRETATION_GREY16,
                                         VIPS_INTERPRETATION_sRGB, VIPS_INTERPRETATION_RGB16,
                                         VIPS_INTERPRETATION_CMYK, VIPS_INTERPRETATION_CMYK};
-    vips_copy(plain, &copy, "interpretation",
-              kinds[samples.channels() / 2 * 2 + (isWide ? 1 : 0)], nullptr);
+    vips_copy(plain, &copy, "interpretation", kinds[samples.channels() / 2 * 2 + (isWide ? 1 : 0)],
+              nullptr);
     if (change) {
         change(copy);
     }

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "pictures/files/bmp.h"
-#include "pictures/files/kept_notes.h"
+#include "pictures/files/notes.h"
 #include "pictures/files/png_parts.h"
 #include "pictures/files/tiff_parts.h"
 #include "pictures/files/vips_library.h"
@@ -89,16 +89,6 @@ VipsPtr imageOf(Samples& samples, const std::string& ending) {
         fail(ending);
     }
     return image;
-}
-
-void addNotes(VipsImage* image, const PictureNotes& notes, bool strip) {
-    if (notes.others && !strip) {
-        notes.others->addTo(image);
-    }
-    if (!notes.profile.empty()) {
-        vips_image_set_blob_copy(image, VIPS_META_ICC_NAME, notes.profile.data(),
-                                 notes.profile.size());
-    }
 }
 
 cv::Mat inDepth(const cv::Mat& image, int depth) {
@@ -188,16 +178,16 @@ Bytes saved(Written& file, const Writer& writer, const std::string& ending) {
 // What the library cannot say.
 Bytes withFurtherNotes(Bytes bytes, const Writer& writer, const Picture& picture,
                        const WriteOptions& options) {
-    const KeptNotes* const notes = options.strip ? nullptr : picture.notes.others.get();
+    const PictureNotes notes = options.strip ? PictureNotes() : picture.notes;
     if (writer.save == savePng) {
-        if (notes == nullptr || !notes->knowsResolution()) {
+        if (notes.resolution.empty()) {
             bytes = pngWithoutResolution(std::move(bytes));
         }
         return options.offset ? pngWithPosition(std::move(bytes), *options.offset) : bytes;
     }
     if (writer.save == saveTiff) {
-        if (notes != nullptr) {
-            bytes = tiffWithExif(std::move(bytes), notes->exif());
+        if (!notes.exif.empty()) {
+            bytes = tiffWithExif(std::move(bytes), notes.exif);
         }
         return options.offset ? tiffWithPosition(std::move(bytes), *options.offset) : bytes;
     }
@@ -216,7 +206,7 @@ Bytes encodeFile(const Picture& picture, const std::string& ending, const WriteO
     const cv::Mat pixels = inDepth(picture.pixels, depth);
     Samples samples{pixels, writer.holdsAlpha ? inDepth(picture.alpha, depth) : cv::Mat()};
     const VipsPtr image = imageOf(samples, ending);
-    addNotes(image.get(), picture.notes, options.strip);
+    addNotes(picture.notes, options.strip, image.get());
     Written file{image.get(), options, samples.isWide()};
     return withFurtherNotes(saved(file, writer, ending), writer, picture, options);
 }

@@ -3,7 +3,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "pictures/files/colours.h"
-#include "pictures/files/kept_notes.h"
+#include "pictures/files/notes.h"
 #include "pictures/files/png_parts.h"
 #include "pictures/files/rows.h"
 #include "pictures/files/tiff_parts.h"
@@ -82,17 +82,6 @@ void requirePhotographic(const PictureFile& file, const VipsImage* image) {
     }
 }
 
-Bytes profileOf(VipsImage* image) {
-    const void* data = nullptr;
-    std::size_t size = 0;
-    if (vips_image_get_typeof(image, VIPS_META_ICC_NAME) == 0 ||
-        vips_image_get_blob(image, VIPS_META_ICC_NAME, &data, &size) != 0) {
-        return {};
-    }
-    const auto* const bytes = static_cast<const std::uint8_t*>(data);
-    return {bytes, bytes + size};
-}
-
 // By EXIF's number: 2 to 4 mirror and turn by half, 5 to 8 also swap rows and columns.
 void turnUpright(cv::Mat& image, int orientation) {
     if (image.empty() || orientation < 2 || orientation > 8) {
@@ -153,8 +142,7 @@ Picture pictureOf(VipsImage* image, const cv::Mat& samples) {
     Picture picture;
     const bool areInks = isInks(image);
     takeSamples(picture, samples, areInks);
-    picture.notes.profile = profileOf(image);
-    picture.notes.others = std::make_shared<KeptNotes>(image);
+    picture.notes = notesOf(image);
     if (areInks) {
         replaceInks(picture);
     }
