@@ -54,6 +54,14 @@ TEST_P(Damaged, GoesOnWithWhatThereIs) {
 
 INSTANTIATE_TEST_SUITE_P(All, Damaged, testing::Values(".png", ".jpg", ".bmp"));
 
+// Their hundred shared libraries would be loaded at every start.
+TEST(StartUp, LoadsNoPictureLibraries) {
+    const std::string linked = "readelf -d '" SEGCORE_PROGRAM "' | grep NEEDED";
+    const Workplace place;
+    EXPECT_EQ(place.run(linked + " | grep -c opencv").out, "2\n");
+    EXPECT_EQ(place.run(linked + " | grep -E 'vips|glib|lcms|imgcodecs|jpeg|png'").out, "");
+}
+
 TEST(CheckSums, AreLookedAt) {
     const Workplace place;
     std::string png = place.read("photo.png");

@@ -29,8 +29,9 @@ ProfilePtr opened(const Profile& profile) {
 
 // The library's name of pixels in memory; 0 where the profile is not for such.
 cmsUInt32Number layoutOf(int type, void* profile) {
-    const cmsColorSpaceSignature space =
-        profile == nullptr ? cmsSigNamedData : cmsGetColorSpace(profile);
+    // A file can hold any number, also one that the enumeration does not.
+    const std::uint32_t space =
+        profile == nullptr ? 0U : static_cast<std::uint32_t>(cmsGetColorSpace(profile));
     switch (type) {
         case CV_8UC1:
             return space == cmsSigGrayData ? TYPE_GRAY_8 : 0;
