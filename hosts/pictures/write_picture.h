@@ -16,7 +16,7 @@ struct WriteOptions {
     // without it nothing. PNG and TIFF always keep every pixel.
     std::optional<int> quality;
     // Where the picture's left upper pixel lies in the one that it was cropped from. PNG (oFFs) and TIFF
-    // (XPosition, YPosition) note it.
+    // (XPosition, YPosition, neither of which can be negative) note it.
     std::optional<cv::Point> offset;
     // Leave out all notes but the profile, which the colours need.
     bool strip = false;

@@ -131,6 +131,9 @@ TEST(Notes, GoIntoTiffFilesWithThePosition) {
     options.offset = cv::Point(30, 70);
     const Bytes bytes = encodePicture(photo, ".tif", options);
     EXPECT_EQ(largestDifference(readPicture(bytes, "tif").pixels, photo.pixels), 0.0);
+    const Fields again(encodePicture(readPicture(bytes, "tif"), ".png"), "png");
+    EXPECT_EQ(again.text("exif-ifd0-Copyright").substr(0, 3), "Kim");
+    EXPECT_EQ(again.text("exif-ifd2-ExposureTime").substr(0, 4), "1/50");
     const TiffOnDisk tiff(bytes);
     const char* text = nullptr;
     ASSERT_EQ(TIFFGetField(tiff.file, TIFFTAG_MODEL, &text), 1);

@@ -189,7 +189,8 @@ Bytes withFurtherNotes(Bytes bytes, const Writer& writer, const Picture& picture
         if (!notes.exif.empty()) {
             bytes = tiffWithExif(std::move(bytes), notes.exif);
         }
-        return options.offset ? tiffWithPosition(std::move(bytes), *options.offset) : bytes;
+        const bool isInside = options.offset && options.offset->x >= 0 && options.offset->y >= 0;
+        return isInside ? tiffWithPosition(std::move(bytes), *options.offset) : bytes;
     }
     return bytes;
 }

@@ -4,9 +4,9 @@
 #include "pictures/files/tiff_parts.h"
 
 #include <algorithm>
+#include <array>
 #include <numeric>
 #include <optional>
-#include <string>
 
 namespace {
 
@@ -30,6 +30,8 @@ constexpr std::uint16_t kGps = 34853;
 constexpr std::uint16_t kOfMainDirectory[] = {270, 271, 272, 305, 306, 315, 33432};
 constexpr std::uint16_t kInteroperability = 40965;  // the place of a directory of no more use
 
+constexpr std::array<std::uint8_t, 6> kExifStart{'E', 'x', 'i', 'f', 0, 0};
+
 struct Entry {
     std::uint16_t tag = 0;
     std::uint16_t type = 0;
@@ -46,6 +48,7 @@ class Source {
     bool holds(std::uint64_t at, std::uint64_t count) const {
         return at <= m_size && count <= m_size - at;
     }
+    std::size_t size() const { return m_size; }
     std::uint32_t number(std::size_t at, std::size_t count) const {
         std::uint32_t number = 0;
         for (std::size_t i = 0; i < count; ++i) {
@@ -69,7 +72,8 @@ class Source {
     bool m_isBigEndian;
 };
 
-std::optional<Entry> entryAt(const Source& source, std::size_t at) {
+// None for a value of an unknown type, outside of the file or of more than `room` bytes.
+std::optional<Entry> entryAt(const Source& source, std::size_t at, std::size_t room) {
     Entry entry;
     entry.tag = static_cast<std::uint16_t>(source.number(at, 2));
     entry.type = static_cast<std::uint16_t>(source.number(at + 2, 2));
@@ -80,7 +84,7 @@ std::optional<Entry> entryAt(const Source& source, std::size_t at) {
     const std::size_t unit = kTypeBytes[entry.type];
     const std::uint64_t size = std::uint64_t{entry.count} * unit;
     const std::size_t valueAt = size <= kValueBytes ? at + 8 : source.number(at + 8, 4);
-    if (!source.holds(valueAt, size)) {
+    if (size > room || !source.holds(valueAt, size)) {
         return std::nullopt;
     }
     // A rational number is two numbers.
@@ -95,8 +99,12 @@ Directory directoryAt(const Source& source, std::size_t at) {
         return directory;
     }
     const std::size_t count = source.number(at, 2);
+    // Values lie side by side. Where they are more than the file, it names the same ones over and over.
+    std::size_t room = source.size();
     for (std::size_t i = 0; i < count && source.holds(at + 2 + i * kEntryBytes, kEntryBytes); ++i) {
-        if (std::optional<Entry> entry = entryAt(source, at + 2 + i * kEntryBytes)) {
+        std::optional<Entry> entry = entryAt(source, at + 2 + i * kEntryBytes, room);
+        if (entry) {
+            room -= entry->value.size();
             directory.push_back(std::move(*entry));
         }
     }
@@ -182,8 +190,8 @@ Entry lengthOf(std::uint16_t tag, int pixels, const Entry& resolution) {
     return length;
 }
 
-void copyDirectory(const Source& source, const Directory& from, std::uint16_t tag, Bytes& tiff,
-                   Directory& to) {
+void copyReferred(const Source& source, const Directory& from, std::uint16_t tag, Bytes& tiff,
+                  Directory& to) {
     const Entry* const place = find(from, tag);
     if (place == nullptr || place->value.size() != kValueBytes) {
         return;
@@ -195,6 +203,21 @@ void copyDirectory(const Source& source, const Directory& from, std::uint16_t ta
     Entry entry{tag, kLong, 1, {}};
     add(entry.value, append(tiff, std::move(copied)), 4);
     to.push_back(entry);
+}
+
+// Of a camera's notes, from the main directory of one file to that of another.
+void copyNotes(const Source& source, Bytes& tiff, Directory& directory) {
+    const Directory noted =
+        source.holds(0, kHeaderBytes) ? directoryAt(source, source.number(4, 4)) : Directory();
+    for (const std::uint16_t tag : kOfMainDirectory) {
+        const Entry* const entry = find(noted, tag);
+        if (entry != nullptr && find(directory, tag) == nullptr) {
+            directory.push_back(*entry);
+        }
+    }
+    for (const std::uint16_t tag : {kExif, kGps}) {
+        copyReferred(source, noted, tag, tiff, directory);
+    }
 }
 
 }  // namespace
@@ -222,25 +245,26 @@ Bytes tiffWithPosition(Bytes tiff, cv::Point position) {
     return withMainDirectory(std::move(tiff), std::move(directory));
 }
 
+Bytes exifOfTiff(const Bytes& tiff) {
+    Bytes block{'I', 'I', 42, 0, 0, 0, 0, 0};
+    Directory directory;
+    copyNotes(Source(tiff.data(), tiff.size()), block, directory);
+    if (directory.empty()) {
+        return {};
+    }
+    block = withMainDirectory(std::move(block), std::move(directory));
+    block.insert(block.begin(), kExifStart.begin(), kExifStart.end());
+    return block;
+}
+
 Bytes tiffWithExif(Bytes tiff, const Bytes& exif) {
-    const std::string start("Exif\0\0", 6);
-    const bool isNamed =
-        exif.size() >= start.size() && std::equal(start.begin(), start.end(), exif.begin());
-    const std::size_t skipped = isNamed ? start.size() : 0;
-    const Source source(exif.data() + skipped, exif.size() - skipped);
+    const bool isNamed = exif.size() >= kExifStart.size() &&
+                         std::equal(kExifStart.begin(), kExifStart.end(), exif.begin());
+    const std::size_t skipped = isNamed ? kExifStart.size() : 0;
     Directory directory = mainDirectory(tiff);
-    if (!source.holds(0, kHeaderBytes) || directory.empty()) {
+    if (directory.empty()) {
         return tiff;
     }
-    const Directory noted = directoryAt(source, source.number(4, 4));
-    for (const std::uint16_t tag : kOfMainDirectory) {
-        const Entry* const entry = find(noted, tag);
-        if (entry != nullptr && find(directory, tag) == nullptr) {
-            directory.push_back(*entry);
-        }
-    }
-    for (const std::uint16_t tag : {kExif, kGps}) {
-        copyDirectory(source, noted, tag, tiff, directory);
-    }
+    copyNotes(Source(exif.data() + skipped, exif.size() - skipped), tiff, directory);
     return withMainDirectory(std::move(tiff), std::move(directory));
 }

@@ -9,6 +9,9 @@
 // beyond 4 GB do not come here.
 bool tiffTellsAlpha(const std::vector<std::uint8_t>& tiff);
 
+// What a TIFF file tells of camera, author, exposure and place as an EXIF block; empty for nothing.
+std::vector<std::uint8_t> exifOfTiff(const std::vector<std::uint8_t>& tiff);
+
 // A TIFF file with the position of its left upper pixel in the picture that it was cropped from
 // (XPosition and YPosition, in the file's unit of length). Neither may be negative.
 std::vector<std::uint8_t> tiffWithPosition(std::vector<std::uint8_t> tiff, cv::Point position);

@@ -220,7 +220,9 @@ Picture readByVips(const PictureFile& file, PictureFormat format) {
     const Reading reading =
         file.takesDamaged() ? readDamaged(file, format) : readWhole(file, format);
     Picture picture = pictureOf(reading.image.get(), reading.samples);
-    picture.stored.timesAlpha =
-        format == PictureFormat::kTiff && !picture.alpha.empty() && tiffTellsAlpha(file.bytes);
+    if (format == PictureFormat::kTiff) {
+        picture.stored.timesAlpha = !picture.alpha.empty() && tiffTellsAlpha(file.bytes);
+        picture.notes.exif = exifOfTiff(file.bytes);
+    }
     return picture;
 }
