@@ -10,9 +10,3 @@ extern "C" const char* __tsan_default_suppressions();
 extern "C" const char* __tsan_default_suppressions() {
     return "deadlock:libgdal";
 }
-
-// The encoder by which a test makes a HEIC file keeps some memory.
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libx265";
-}

@@ -158,11 +158,17 @@ std::uint32_t append(Bytes& tiff, Directory directory) {
     return start;
 }
 
-// Nothing for a file of the other byte order, which the library writes on machines of that order alone.
-Directory mainDirectory(const Bytes& tiff) {
-    const Source source(tiff.data(), tiff.size());
-    const bool isKnown = tiff.size() > kHeaderBytes && tiff[0] == 'I' && tiff[2] == 42;
+// Nothing for files beyond 4 GB, which are of another form.
+Directory mainDirectory(const Source& source) {
+    constexpr std::uint32_t kUsualForm = 42;
+    const bool isKnown = source.holds(0, kHeaderBytes) && source.number(2, 2) == kUsualForm;
     return isKnown ? directoryAt(source, source.number(4, 4)) : Directory();
+}
+
+// Of a file to be written again, which the library made in the order of this machine.
+Directory mainDirectory(const Bytes& tiff) {
+    return !tiff.empty() && tiff[0] == 'I' ? mainDirectory(Source(tiff.data(), tiff.size()))
+                                           : Directory();
 }
 
 Bytes withMainDirectory(Bytes tiff, Directory directory) {
@@ -207,8 +213,7 @@ void copyReferred(const Source& source, const Directory& from, std::uint16_t tag
 
 // Of a camera's notes, from the main directory of one file to that of another.
 void copyNotes(const Source& source, Bytes& tiff, Directory& directory) {
-    const Directory noted =
-        source.holds(0, kHeaderBytes) ? directoryAt(source, source.number(4, 4)) : Directory();
+    const Directory noted = mainDirectory(source);
     for (const std::uint16_t tag : kOfMainDirectory) {
         const Entry* const entry = find(noted, tag);
         if (entry != nullptr && find(directory, tag) == nullptr) {
@@ -223,11 +228,7 @@ void copyNotes(const Source& source, Bytes& tiff, Directory& directory) {
 }  // namespace
 
 bool tiffTellsAlpha(const Bytes& tiff) {
-    const Source source(tiff.data(), tiff.size());
-    if (!source.holds(0, kHeaderBytes)) {
-        return false;
-    }
-    const Directory directory = directoryAt(source, source.number(4, 4));
+    const Directory directory = mainDirectory(Source(tiff.data(), tiff.size()));
     const Entry* const further = find(directory, kExtraSamples);
     return further != nullptr && !further->value.empty() && further->value[0] != 0;
 }
