@@ -1,7 +1,8 @@
 // Picture files to pixels: JPEG, PNG, WebP, TIFF, HEIC, AVIF, BMP, PPM and PGM, and no others.
 //
 // The first call that opens a picture loads the libraries that read them, which takes some hundredths
-// of a second; a program that never opens one does without. Every call may come from any thread.
+// of a second; a program that never opens one does without. Every call may come from any thread; they take
+// turns. While a HEIC or AVIF file is read, what the process prints on standard error is thrown away.
 #pragma once
 
 #include <cstdint>

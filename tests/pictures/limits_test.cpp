@@ -3,7 +3,7 @@
 #include <vips/vips.h>
 #include <zlib.h>
 
-#include <chrono>
+#include <algorithm>
 #include <random>
 
 #include "picture_files.h"
@@ -123,6 +123,19 @@ TEST(Damage, NeverGoesUnnoticedByTheCaller) {
         EXPECT_EQ(errorOf(half).rfind("damaged: it is damaged (", 0), 0U)
             << ending << errorOf(half);
     }
+}
+
+// The decoder has something to say of pixels that begin with what is none of their parts.
+TEST(Damage, IsNotPrintedByLibraries) {
+    Bytes avif = encodePicture(samplePart(), ".avif");
+    const std::string name = "mdat";
+    const auto pixels = std::search(avif.begin(), avif.end(), name.begin(), name.end()) + 4;
+    ASSERT_LT(pixels + 2, avif.end());
+    pixels[0] = 0x02;
+    pixels[1] = 0x7F;
+    testing::internal::CaptureStderr();
+    errorOf(avif);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 // Notes that are wrong take nothing from a picture.

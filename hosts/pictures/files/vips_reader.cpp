@@ -1,10 +1,12 @@
 #include "pictures/files/vips_reader.h"
 
 #include <opencv2/imgproc.hpp>
+#include <optional>
 
 #include "pictures/files/colours.h"
 #include "pictures/files/notes.h"
 #include "pictures/files/png_parts.h"
+#include "pictures/files/quiet_standard_error.h"
 #include "pictures/files/rows.h"
 #include "pictures/files/tiff_parts.h"
 #include "pictures/files/vips_library.h"
@@ -171,6 +173,10 @@ struct Reading {
 
 Reading read(const PictureFile& file, PictureFormat format, VipsFailOn strictness) {
     takeVipsError();
+    std::optional<QuietStandardError> quiet;
+    if (format == PictureFormat::kHeif) {
+        quiet.emplace();  // the decoders of AV1 and HEVC print
+    }
     Reading reading;
     reading.image = open(file.bytes, format, strictness);
     bool isWhole = false;
