@@ -209,9 +209,7 @@ Reading readWhole(const PictureFile& file, PictureFormat format) {
 }
 
 Reading readDamaged(const PictureFile& file, PictureFormat format) {
-    const Bytes mended =
-        format == PictureFormat::kPng ? withRightCheckSums(file.bytes) : file.bytes;
-    Reading reading = read({mended, file.name, file.options}, format, VIPS_FAIL_ON_NONE);
+    Reading reading = read(file, format, VIPS_FAIL_ON_NONE);
     const bool isNothing = !reading.image || (!reading.fault.empty() &&
                                               cv::countNonZero(reading.samples.reshape(1)) == 0);
     if (isNothing) {
@@ -223,8 +221,12 @@ Reading readDamaged(const PictureFile& file, PictureFormat format) {
 }  // namespace
 
 Picture readByVips(const PictureFile& file, PictureFormat format) {
+    const bool isMended = file.takesDamaged() && format == PictureFormat::kPng;
+    // The library's image refers to it until the notes are taken.
+    const Bytes mended = isMended ? withRightCheckSums(file.bytes) : Bytes();
+    const PictureFile given{isMended ? mended : file.bytes, file.name, file.options};
     const Reading reading =
-        file.takesDamaged() ? readDamaged(file, format) : readWhole(file, format);
+        file.takesDamaged() ? readDamaged(given, format) : readWhole(given, format);
     Picture picture = pictureOf(reading.image.get(), reading.samples);
     if (format == PictureFormat::kTiff) {
         picture.stored.timesAlpha = !picture.alpha.empty() && tiffTellsAlpha(file.bytes);
