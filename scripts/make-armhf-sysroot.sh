@@ -5,7 +5,7 @@ set -eu
 folder=${1:?usage: $0 FOLDER}
 packages=libc6-dev,libstdc++-12-dev,libopencv-core-dev,libopencv-imgproc-dev,libopencv-imgcodecs-dev
 packages=$packages,libvips-dev,liblcms2-dev,libtiff-dev,libheif-dev,zlib1g-dev,android-liblog-dev,libcli11-dev
-packages=$packages,nlohmann-json3-dev,libxxhash-dev,libgtest-dev
+packages=$packages,nlohmann-json3-dev,libxxhash-dev,libeigen3-dev,libgtest-dev
 suite=bookworm
 [ "$(cat "$folder/packages" 2>/dev/null)" != "$suite $packages" ] || exit 0
 

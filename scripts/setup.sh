@@ -9,7 +9,7 @@ set -eu
 packages="build-essential cmake ninja-build pkg-config git clang-format
     libopencv-core-dev libopencv-imgproc-dev libopencv-imgcodecs-dev android-liblog-dev
     libvips-dev liblcms2-dev libtiff-dev libheif-dev zlib1g-dev libcli11-dev nlohmann-json3-dev
-    libxxhash-dev libgtest-dev icc-profiles-free"
+    libxxhash-dev libeigen3-dev libgtest-dev icc-profiles-free"
 test_packages="zsh fish"
 fuzz_packages="clang libclang-rt-dev llvm"
 case "${1-}" in

@@ -1,0 +1,36 @@
+// The photograph is looked at in reductions by powers of two ("levels", 0 being the photograph). Each
+// stretch of the outline is solved at the finest level at which its edge is not too soft. From coarse
+// to fine: what a coarser level has solved is enlarged and stays, the rest is solved beside it.
+#include "matting/soft_alpha.h"
+
+#include <deque>
+
+#include "matting/level_alpha.h"
+#include "matting/outline_level.h"
+
+namespace {
+
+constexpr size_t kMostLevels =
+    6;  // the last one's edges are at most 32 times as wide as at the first
+
+}  // namespace
+
+void softAlpha(const ColourPlane& photograph, Plane<const std::uint8_t> mask, double width,
+               Plane<std::uint16_t> alpha, const std::function<void()>& checkpoint) {
+    std::deque<OutlineLevel> levels;
+    levels.emplace_back(photograph, mask, alpha, checkpoint);
+    while (levels.size() < kMostLevels && levels.back().isTooSoftSomewhere()) {
+        const OutlineLevel& finer = levels.back();
+        levels.emplace_back(photograph, finer, checkpoint);
+    }
+    for (size_t number = levels.size(); number-- > 0;) {
+        const OutlineLevel& level = levels[number];
+        const bool isCoarsest = number + 1 == levels.size();
+        setHard(level);
+        if (!isCoarsest) {
+            enlarge(levels[number + 1], level, checkpoint);
+        }
+        solve(photograph, level, static_cast<float>(width) / static_cast<float>(1 << number),
+              isCoarsest, checkpoint);
+    }
+}
