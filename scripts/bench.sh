@@ -43,6 +43,8 @@ run "$programs/segcore-bench-stages" --csv "$results" --benchmark_repetitions="$
 # shellcheck disable=SC2086 # one argument a word
 run "$programs/segcore-bench-sessions" --csv "$results" $folders
 run "$programs/segcore-bench-corrections" --csv "$results"
+run "$programs/segcore-bench-matting" --benchmark_out_format=json \
+    --benchmark_out="${results%.csv}-matting.json"
 run "$programs/segcore-bench-peers" --csv "$results" --full-runs "$full_runs"
 run "$programs/segcore-bench-block-max-flow" --csv "$results"
 run bench/count_instructions.py "$programs/segcore-bench-profile" "$results" --working

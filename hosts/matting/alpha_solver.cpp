@@ -23,7 +23,7 @@ class AlphaSystem : public Eigen::EigenBase<AlphaSystem> {
     enum {
         ColsAtCompileTime = Eigen::Dynamic,
         MaxColsAtCompileTime = Eigen::Dynamic,
-        IsRowMajor = false
+        IsRowMajor = 0
     };
 
     AlphaSystem(const MattingLaplacian& laplacian, const std::vector<float>& weight,

@@ -3,6 +3,7 @@
 #include "matting/feather.h"
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "matting/edge_profile.h"
@@ -18,7 +19,7 @@ std::vector<std::uint32_t> halfKernel(float sigma) {
     for (int i = 1;; ++i) {
         const float share = blurredEdge((static_cast<float>(i) + 0.5F) / sigma) -
                             blurredEdge((static_cast<float>(i) - 0.5F) / sigma);
-        const auto tap = static_cast<std::uint32_t>(share * static_cast<float>(kOne) + 0.5F);
+        const auto tap = static_cast<std::uint32_t>(std::lround(share * static_cast<float>(kOne)));
         if (tap == 0) {
             break;
         }

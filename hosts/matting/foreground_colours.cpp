@@ -251,7 +251,7 @@ void keep(Plane<Value> picture, Plane<const std::uint16_t> alpha,
         Sweeps<kChannels>(fine).run(kRounds);
         layer = std::move(fine);
     }
-    constexpr float kScale = static_cast<float>(std::numeric_limits<Value>::max());
+    constexpr auto kScale = static_cast<float>(std::numeric_limits<Value>::max());
     for (const PixelRun& run : layer.pixels.runs()) {
         for (int x = run.begin; x < run.end; ++x) {
             if (!isSoft(alpha.row(run.row)[x])) {
@@ -260,7 +260,7 @@ void keep(Plane<Value> picture, Plane<const std::uint16_t> alpha,
             Value* pixel = picture.row(run.row) + static_cast<size_t>(x) * kChannels;
             const Colour<kChannels>& colour = layer.front[static_cast<size_t>(run.numberOf(x))];
             for (size_t c = 0; c < kChannels; ++c) {
-                pixel[c] = static_cast<Value>(colour[c] * kScale + 0.5F);
+                pixel[c] = static_cast<Value>(std::lround(colour[c] * kScale));
             }
         }
     }

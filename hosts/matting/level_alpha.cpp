@@ -26,7 +26,7 @@ class Enlargement {
         for (int y = top; y < std::min(top + kTile, m_to.height); ++y) {
             for (int x = left; x < std::min(left + kTile, m_to.width); ++x) {
                 if (m_fine.isTooSoft(x, y)) {
-                    m_to.row(y)[x] = static_cast<std::uint16_t>(at(x, y) + 0.5F);
+                    m_to.row(y)[x] = static_cast<std::uint16_t>(std::lround(at(x, y)));
                 }
             }
         }
@@ -134,10 +134,10 @@ void solve(const ColourPlane& photograph, const OutlineLevel& level, float width
     const PixelRuns all = grown(inner, kRim);
     const MattingLaplacian laplacian(inner, all, coloursOf(photograph, level.number(), all, kRim),
                                      checkpoint);
+    const AlphaPrior prior = outlinePrior(inner, level.band(), level.shapes());
     Start start = startOf(level, all);
     std::vector<float>& alpha = start.alpha;
-    solveAlpha(inner, laplacian, outlinePrior(inner, level.band(), level.shapes()), alpha,
-               checkpoint);
+    solveAlpha(inner, laplacian, prior, alpha, checkpoint);
     for (float& value : alpha) {
         value = std::clamp(value, 0.0F, 1.0F);
     }
@@ -147,6 +147,6 @@ void solve(const ColourPlane& photograph, const OutlineLevel& level, float width
         const float* from = &alpha[static_cast<size_t>((stretch++)->first)];
         std::transform(
             from, from + run.length(), level.alpha().row(run.row) + run.begin,
-            [](float value) { return static_cast<std::uint16_t>(value * kWhole + 0.5F); });
+            [](float value) { return static_cast<std::uint16_t>(std::lround(value * kWhole)); });
     }
 }

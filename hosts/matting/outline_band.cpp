@@ -4,7 +4,9 @@
 #include "matting/outline_band.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -206,4 +208,47 @@ void refineDistances(Plane<const std::uint16_t> covered, int full, OutlineBand& 
             band.distance[pixel] += static_cast<float>(sum) / static_cast<float>(full) - 1.0F;
         }
     }
+}
+
+std::vector<float> smoothed(const PixelRuns& pixels, const std::vector<float>& values) {
+    constexpr std::array<float, 3> kWeights = {0.4991F, 0.2285F, 0.0219F};  // 0, 1, 2 pixels away
+    std::vector<float> along(values.size());
+    for (const PixelRun& run : pixels.runs()) {
+        const float* from = &values[static_cast<size_t>(run.first)];
+        for (int i = 0; i < run.length(); ++i) {
+            const auto at = [&](int other) {
+                return from[other >= 0 && other < run.length() ? other : i];
+            };
+            along[static_cast<size_t>(run.first + i)] = kWeights[0] * at(i) +
+                                                        kWeights[1] * (at(i - 1) + at(i + 1)) +
+                                                        kWeights[2] * (at(i - 2) + at(i + 2));
+        }
+    }
+    std::vector<float> result(values.size());
+    for (size_t pixel = 0; pixel < along.size(); ++pixel) {
+        result[pixel] = (kWeights[0] + 2.0F * (kWeights[1] + kWeights[2])) * along[pixel];
+    }
+    // Where there is another row's pixel, it takes the place of the pixel itself.
+    for (int way = -2; way <= 2; ++way) {
+        if (way == 0) {
+            continue;
+        }
+        const float weight = kWeights[static_cast<size_t>(std::abs(way))];
+        for (const PixelRun& run : pixels.runs()) {
+            const int row = run.row + way;
+            if (row < 0 || row >= pixels.height()) {
+                continue;
+            }
+            for (int number = pixels.firstOf(row); number < pixels.firstOf(row + 1); ++number) {
+                const PixelRun& other = pixels.runs()[static_cast<size_t>(number)];
+                const int end = std::min(run.end, other.end);
+                for (int x = std::max(run.begin, other.begin); x < end; ++x) {
+                    const auto pixel = static_cast<size_t>(run.numberOf(x));
+                    result[pixel] +=
+                        weight * (along[static_cast<size_t>(other.numberOf(x))] - along[pixel]);
+                }
+            }
+        }
+    }
+    return result;
 }

@@ -36,3 +36,7 @@ OutlineBand outlineBand(Plane<const std::uint8_t> mask, int reach,
 // Corrects the distances in a reduced mask by how much of the pixels at the outline the object covers:
 // `covered` counts, `full` stands for all of a pixel.
 void refineDistances(Plane<const std::uint16_t> covered, int full, OutlineBand& band);
+
+// Values of the pixels, such as distances, smoothed by a Gaussian with a deviation of 0.8 pixels. What
+// lies beyond the set counts like the pixel itself.
+std::vector<float> smoothed(const PixelRuns& pixels, const std::vector<float>& values);

@@ -1,5 +1,7 @@
 #include "matting/outline_level.h"
 
+#include <algorithm>
+
 OutlineLevel::OutlineLevel(const ColourPlane& photograph, Plane<const std::uint8_t> mask,
                            Plane<std::uint16_t> alpha, const std::function<void()>& checkpoint)
     : m_mask(mask), m_alpha(alpha), m_band(outlineBand(mask, EdgeShapes::kReach, checkpoint)) {
@@ -31,10 +33,8 @@ bool OutlineLevel::isTooSoft(int x, int y) const {
 }
 
 bool OutlineLevel::isTooSoftSomewhere() const {
-    for (const PixelRun& run : m_band.pixels.runs()) {
-        if (isTooSoft(run.begin, run.row) || isTooSoft(run.end - 1, run.row)) {
-            return true;
-        }
-    }
-    return false;
+    const std::vector<PixelRun>& runs = m_band.pixels.runs();
+    return std::any_of(runs.begin(), runs.end(), [&](const PixelRun& run) {
+        return isTooSoft(run.begin, run.row) || isTooSoft(run.end - 1, run.row);
+    });
 }

@@ -4,6 +4,7 @@
 #include <random>
 
 #include "matting/alpha_solver.h"
+#include "matting/connected_alpha.h"
 #include "matting/reduction.h"
 
 namespace {
@@ -192,5 +193,51 @@ TEST(AlphaSolver, FindsTheMinimum) {
             const bool isInner = std::find(here.begin(), here.end(), pixel) != here.end();
             EXPECT_TRUE(isInner || alpha[pixel] == start[pixel]);
         }
+    }
+}
+
+// The plain definition: the best way from the mask, whose worst pixel counts, found by trying again.
+TEST(ConnectedAlpha, HasNoHazeAndNoHoles) {
+    for (unsigned seed = 0; seed < 8; ++seed) {
+        const Equations equations(seed);
+        const std::vector<float> before = randomValues(equations.all.size(), seed);
+        std::vector<std::uint8_t> inside(before.size());
+        for (size_t pixel = 0; pixel < inside.size(); ++pixel) {
+            inside[pixel] = pixel % 20 < 7 ? 1 : 0;
+        }
+        std::vector<float> after = before;
+        connectToOutline(equations.sparse.stretches(), inside, after);
+        std::vector<float> expected = before;
+        for (const bool ofObject : {true, false}) {
+            const auto level = [&](size_t pixel) {
+                return ofObject ? expected[pixel] : 1.0F - expected[pixel];
+            };
+            std::vector<float> reached(before.size());
+            for (size_t pixel = 0; pixel < before.size(); ++pixel) {
+                reached[pixel] = (inside[pixel] != 0) == ofObject ? level(pixel) : 0.0F;
+            }
+            for (int again = 0; again < kPixels; ++again) {
+                for (const PixelRun& run : equations.inner.runs()) {
+                    for (int x = run.begin; x < run.end; ++x) {
+                        const size_t pixel = equations.numberOf(x, run.row);
+                        for (int near = 0; near < 9; ++near) {
+                            const PixelRun* other =
+                                equations.all.find(run.row + kRim - 1 + near / 3, x + kRim);
+                            const auto number =
+                                static_cast<size_t>(other->numberOf(x + kRim - 1 + near % 3));
+                            reached[pixel] =
+                                std::max(reached[pixel], std::min(level(pixel), reached[number]));
+                        }
+                    }
+                }
+            }
+            equations.forInner([&](size_t pixel, int) {
+                if ((inside[pixel] != 0) != ofObject) {
+                    expected[pixel] = ofObject ? reached[pixel] : 1.0F - reached[pixel];
+                }
+            });
+        }
+        EXPECT_EQ(after, expected) << seed;
+        EXPECT_NE(after, before);
     }
 }
