@@ -41,8 +41,9 @@ struct Evidence {
         add(other.sums, weight);
         count += weight * other.count;
     }
+    bool isEmpty() const { return count <= 0.0F; }
     float meanLogarithm(size_t edge) const {
-        return count > 0.0F ? sums.logarithms[edge] / count : 0.0F;
+        return isEmpty() ? 0.0F : sums.logarithms[edge] / count;
     }
 };
 
@@ -57,7 +58,7 @@ EdgeShape likeliestShape(const Evidence& near, const Evidence& whole) {
     const auto best =
         static_cast<size_t>(std::min_element(means.begin(), means.end()) - means.begin());
     EdgeShape shape{kTriedSigmas[best], 1.0F};
-    if (near.count > 0.0F) {
+    if (!near.isEmpty()) {
         shape.unexplained = near.sums.shares[best] / near.count;
     }
     if (best > 0 && best + 1 < kCount) {
@@ -103,27 +104,6 @@ class Windows {
     std::vector<TriedEdges> m_alphas;
 };
 
-template <int kSquare>
-Squares<Evidence, kSquare> pooled(const Squares<Evidence, kSquare>& squares, Evidence& whole) {
-    constexpr int kAround = static_cast<int>(kPool.size()) - 1;
-    Squares<Evidence, kSquare> result(squares.columns() * kSquare, squares.rows() * kSquare);
-    squares.forEach([&](const Evidence& here, int column, int row) {
-        if (here.count <= 0.0F) {
-            return;
-        }
-        whole.add(here, 1.0F);
-        const int bottom = std::min(row + kAround, squares.rows() - 1);
-        const int right = std::min(column + kAround, squares.columns() - 1);
-        for (int v = std::max(row - kAround, 0); v <= bottom; ++v) {
-            for (int u = std::max(column - kAround, 0); u <= right; ++u) {
-                result.at(u, v).add(here, kPool[static_cast<size_t>(std::abs(u - column))] *
-                                              kPool[static_cast<size_t>(std::abs(v - row))]);
-            }
-        }
-    });
-    return result;
-}
-
 }  // namespace
 
 EdgeShapes::EdgeShapes(const OutlineBand& band, const std::vector<float>& colours,
@@ -141,10 +121,11 @@ EdgeShapes::EdgeShapes(const OutlineBand& band, const std::vector<float>& colour
         }
     }
     Evidence whole;
-    const Squares<Evidence, kSquare> near = pooled(evidence, whole);
+    evidence.forEach([&](const Evidence& here, int, int) { whole.add(here, 1.0F); });
+    const Squares<Evidence, kSquare> near = pooled(evidence, kPool);
     const EdgeShape common = likeliestShape({}, whole);
     near.forEach([&](const Evidence& here, int column, int row) {
-        m_squares.at(column, row) = here.count > 0.0F ? likeliestShape(here, whole) : common;
+        m_squares.at(column, row) = here.isEmpty() ? common : likeliestShape(here, whole);
     });
     if (finer != nullptr) {
         takeOver(*finer);

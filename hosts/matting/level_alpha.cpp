@@ -134,7 +134,8 @@ void solve(const ColourPlane& photograph, const OutlineLevel& level, float width
     const PixelRuns all = grown(inner, kRim);
     const MattingLaplacian laplacian(inner, all, coloursOf(photograph, level.number(), all, kRim),
                                      checkpoint);
-    const AlphaPrior prior = outlinePrior(inner, level.band(), level.shapes());
+    const AlphaPrior prior =
+        outlinePrior(inner, level, coloursOf(photograph, level.number(), inner, 0));
     Start start = startOf(level, all);
     std::vector<float>& alpha = start.alpha;
     solveAlpha(inner, laplacian, prior, alpha, checkpoint);

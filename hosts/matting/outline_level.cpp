@@ -26,6 +26,7 @@ void OutlineLevel::measure(const ColourPlane& photograph, const EdgeShapes* fine
     const std::vector<float> colours = coloursOf(photograph, m_number, m_band.pixels, 0);
     checkpoint();
     m_shapes = std::make_unique<EdgeShapes>(m_band, colours, finer, checkpoint);
+    m_estimates = std::make_unique<ColourEstimates>(m_band, colours, *m_shapes, checkpoint);
 }
 
 bool OutlineLevel::isTooSoft(int x, int y) const {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+#include "matting/colour_estimate.h"
 #include "matting/edge_softness.h"
 #include "matting/outline_band.h"
 #include "matting/plane.h"
@@ -30,6 +31,7 @@ class OutlineLevel {
     Plane<std::uint16_t> alpha() const { return m_alpha; }
     const OutlineBand& band() const { return m_band; }  // reaches EdgeShapes::kReach pixels
     const EdgeShapes& shapes() const { return *m_shapes; }
+    const ColourEstimates& estimates() const { return *m_estimates; }
 
     // Whether the edge at a pixel is to be solved at a coarser level.
     bool isTooSoft(int x, int y) const;
@@ -46,4 +48,5 @@ class OutlineLevel {
     Plane<std::uint16_t> m_alpha;
     OutlineBand m_band;
     std::unique_ptr<EdgeShapes> m_shapes;
+    std::unique_ptr<ColourEstimates> m_estimates;
 };

@@ -2,11 +2,11 @@
 #pragma once
 
 #include "matting/alpha_solver.h"
-#include "matting/edge_softness.h"
-#include "matting/outline_band.h"
+#include "matting/outline_level.h"
 
 // Pixels from the outline that an edge of this shape may reach to.
 float softReach(const EdgeShape& shape);
 
-// For the pixels of `inner`, all of which are in the band.
-AlphaPrior outlinePrior(const PixelRuns& inner, const OutlineBand& band, const EdgeShapes& shapes);
+// For the pixels of `inner`, all of which are in the level's band. `colours`: three values of each.
+AlphaPrior outlinePrior(const PixelRuns& inner, const OutlineLevel& level,
+                        const std::vector<float>& colours);

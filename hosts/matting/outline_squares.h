@@ -2,7 +2,9 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <cstdlib>
 #include <vector>
 
 // Some value of each square, kSide pixels wide and high, of a picture of `width` x `height` pixels.
@@ -60,3 +62,26 @@ class Squares {
     int m_rows;
     std::vector<Value> m_values;
 };
+
+// Sums of each square with those of its neighbours, weighted by the product of `weights` at the columns'
+// and at the rows' distance. Sums need add(sums, weight) and isEmpty().
+template <typename Sums, int kSide, size_t kCount>
+Squares<Sums, kSide> pooled(const Squares<Sums, kSide>& squares,
+                            const std::array<float, kCount>& weights) {
+    constexpr int kReach = static_cast<int>(kCount) - 1;
+    Squares<Sums, kSide> result(squares.columns() * kSide, squares.rows() * kSide);
+    squares.forEach([&](const Sums& here, int column, int row) {
+        if (here.isEmpty()) {
+            return;
+        }
+        const int bottom = std::min(row + kReach, squares.rows() - 1);
+        const int right = std::min(column + kReach, squares.columns() - 1);
+        for (int v = std::max(row - kReach, 0); v <= bottom; ++v) {
+            for (int u = std::max(column - kReach, 0); u <= right; ++u) {
+                result.at(u, v).add(here, weights[static_cast<size_t>(std::abs(u - column))] *
+                                              weights[static_cast<size_t>(std::abs(v - row))]);
+            }
+        }
+    });
+    return result;
+}

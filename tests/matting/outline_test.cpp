@@ -3,6 +3,7 @@
 #include <cmath>
 #include <random>
 
+#include "matting/colour_estimate.h"
 #include "matting/edge_softness.h"
 #include "matting/outline_band.h"
 #include "matting/reduction.h"
@@ -134,7 +135,7 @@ TEST(OutlineBand, KnowsPartsOfPixelsInReducedMasks) {
 }
 
 // Upright edges blurred by a true Gaussian, between colours with noise.
-TEST(EdgeShapes, MeasureTheSoftnessOfAnEdge) {
+TEST(EdgeShapes, MeasureSoftnessAndTellingColours) {
     for (const double sigma : {0.5, 1.1, 1.5, 2.0, 4.0}) {
         for (const double contrast : {1.0, 0.05}) {
             Mask mask{120, 120, {}};
@@ -156,13 +157,25 @@ TEST(EdgeShapes, MeasureTheSoftnessOfAnEdge) {
             const ColourPlane colours{{photograph.data(), 360, 120, 120}, 3};
             const EdgeShapes shapes(band, coloursOf(colours, 0, band.pixels, 0), nullptr, [] {});
             const EdgeShape shape = shapes.at(60.0F, 60.0F);
+            const ColourEstimates estimates(band, coloursOf(colours, 0, band.pixels, 0), shapes,
+                                            [] {});
+            // A third of the object's colour, (200, 90, 60), over the surroundings'.
+            const double third = contrast / 3.0;
+            const float mixed[] = {static_cast<float>((80.0 + 120.0 * third) / 255.0),
+                                   static_cast<float>((80.0 + 10.0 * third) / 255.0),
+                                   static_cast<float>((80.0 - 20.0 * third) / 255.0)};
+            const ColourAlpha estimate = estimates.at(60.0F, 60.0F, mixed);
             if (contrast == 1.0) {
                 EXPECT_GT(shape.sigma, sigma / 1.1);
                 EXPECT_LT(shape.sigma, sigma * 1.1);
                 // Noise of a variance of 4 in three channels, beside an edge of some thousand.
                 EXPECT_LT(shape.unexplained, 0.02F) << sigma;
+                EXPECT_NEAR(static_cast<double>(estimate.alpha), 1.0 / 3.0, 0.02);
+                // The contrast's square of 14900 over the variances: twice 4, and 6.5 for any picture.
+                EXPECT_NEAR(static_cast<double>(estimate.certainty), 14900.0 / 14.5, 150.0);
             } else {  // six levels in one channel
                 EXPECT_GT(shape.unexplained, 0.3F) << sigma;
+                EXPECT_LT(estimate.certainty, 10.0F) << sigma;
             }
         }
     }
