@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "matting/colour_estimate.h"
@@ -32,6 +33,9 @@ class OutlineLevel {
     const OutlineBand& band() const { return m_band; }  // reaches EdgeShapes::kReach pixels
     const EdgeShapes& shapes() const { return *m_shapes; }
     const ColourEstimates& estimates() const { return *m_estimates; }
+
+    // Leaves the level without; nothing else may be asked of it any more.
+    OutlineBand takeBand() { return std::move(m_band); }
 
     // Whether the edge at a pixel is to be solved at a coarser level.
     bool isTooSoft(int x, int y) const;
