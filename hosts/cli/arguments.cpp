@@ -31,19 +31,30 @@ void declareStats(CLI::App& command, StatsForm& stats) {
         ->option_text("[text|json]");
 }
 
-void declareOutputs(CLI::App& command, CutOutputs& outputs) {
+void declareFile(CLI::App& command, const char* names, std::string& path, const char* what) {
+    command.add_option(names, path, what)->option_text("FILE")->group("Outputs");
+}
+
+void declareResults(CLI::App& command, ResultOutputs& outputs) {
+    declareFile(command, "-m,--mask", outputs.mask,
+                "Mask: 255 object, 0 the rest; .png, .bmp, .tif or .webp");
+    declareFile(command, "-o,--cutout", outputs.cutout,
+                "Cut-out: the object on a transparent ground; .png, .tif, .webp or .avif, with a "
+                "--background also .jpg");
+    declareFile(command, "--alpha", outputs.alpha, "How much of each pixel is object, as grey");
+    declareFile(command, "--svg", outputs.svg, "Object as an SVG path");
+    declareFile(command, "--json", outputs.json, "Outline as JSON lists of points");
     declareDelivery(command, outputs.choice);
-    const auto file = [&command](const char* names, std::string& path, const char* what) {
-        command.add_option(names, path, what)->option_text("FILE")->group("Outputs");
-    };
-    file("-m,--mask", outputs.mask, "Mask: 255 object, 0 the rest; .png, .bmp, .tif or .webp");
-    file("-o,--cutout", outputs.cutout,
-         "Cut-out: the object on a transparent ground; .png, .tif, .webp or .avif");
-    file("-p,--preview", outputs.preview,
-         "Photograph with the object's outline painted in; also .jpg");
-    file("--svg", outputs.svg, "Object as an SVG path");
-    file("--json", outputs.json, "Outline as JSON lists of points");
-    file("--save-session", outputs.session, "The marks as a session file for segcore replay");
+    declarePictures(command, outputs.pictures);
+    declareStats(command, outputs.stats);
+}
+
+void declareOutputs(CLI::App& command, CutOutputs& outputs) {
+    declareResults(command, outputs);
+    declareFile(command, "-p,--preview", outputs.preview,
+                "Photograph with the object's outline painted in; also .jpg");
+    declareFile(command, "--save-session", outputs.session,
+                "The marks as a session file for segcore replay");
     command
         .add_option("--dump-steps", outputs.stepFolder,
                     "The mask after each step, step-001.png …, in a new or empty folder")
@@ -53,17 +64,10 @@ void declareOutputs(CLI::App& command, CutOutputs& outputs) {
         .add_flag("--force", outputs.force,
                   "Let --dump-steps write into a folder that holds files already")
         ->group("Outputs");
-    declareStats(command, outputs.stats);
-}
-
-void declareDamaged(CLI::App& command, Damaged& damaged) {
-    command.add_flag_callback(
-        "--accept-damaged", [&damaged] { damaged = Damaged::kAccepted; },
-        "Take what there is of a damaged photograph");
 }
 
 void declareInput(CLI::App& command, CutInput& input) {
-    declareDamaged(command, input.damaged);
+    declareReading(command, input.reading);
     declareTimeLimit(command, input.timeLimit);
     declareTimeBudget(command, input.timeBudget);
 }
@@ -93,10 +97,12 @@ void declareCut(CLI::App& app) {
     declareOutputs(command, *outputs);
     command.callback([photo, input, marks, outputs] {
         requireMarksAfter(*marks);
+        input->session.inSrgb = true;
         if (!input->sessionName.empty()) {
             input->session = readSessionFile(input->sessionName);
         }
         input->session.photo = *photo;
+        input->usualEdges = Edges::kSoft;
         input->marks = marks->steps;
         runCut(*input, *outputs);
     });
@@ -124,6 +130,25 @@ void declareReplay(CLI::App& app) {
     });
 }
 
+void declareMatte(CLI::App& app) {
+    CLI::App& command =
+        subcommand(app, "matte", "Make a cut-out of a photograph and a mask from elsewhere");
+    const auto request = std::make_shared<MatteRequest>();
+    command.add_option("PHOTO", request->photo, "Photograph, or - for standard input")
+        ->required()
+        ->option_text(" ");
+    command
+        .add_option(
+            "--from-mask", request->mask,
+            "Mask of the photograph's size: object where its alpha, or else its grey, is 128 "
+            "or more")
+        ->required()
+        ->option_text("FILE");
+    declareReading(command, request->reading);
+    declareResults(command, request->outputs);
+    command.callback([request] { runMatte(*request); });
+}
+
 void declareSnap(CLI::App& app) {
     CLI::App& command =
         subcommand(app, "snap", "Follow the edges of a photograph from point to point");
@@ -133,7 +158,7 @@ void declareSnap(CLI::App& app) {
     command.add_option("PHOTO", request->photo, "Photograph, or - for standard input")
         ->required()
         ->option_text(" ");
-    declareDamaged(command, request->damaged);
+    declareReading(command, request->reading);
     command.add_option("--from", through->first, "Where the path starts")
         ->required()
         ->expected(1)
@@ -162,23 +187,44 @@ void declareCommands(CLI::App& app) {
     app.require_subcommand(1);
     declareCut(app);
     declareReplay(app);
+    declareMatte(app);
     declareSnap(app);
     app.footer(
         "Example: segcore cut samples/astronaut.png --box 20,10,362,511 --cutout person.png\n"
         "Points are x,y in photograph pixels. Details: man segcore, segcore COMMAND --help.");
 }
 
+namespace {
+
+// An option whose value may be left out, and would else take any word after it for that.
+struct OptionalValue {
+    const char* option;
+    bool (*isValue)(const std::string& word);
+    const char* otherwise;
+};
+
+const OptionalValue kOptionalValues[] = {
+    {"--stats", [](const std::string& word) { return word == "text" || word == "json"; }, "text"},
+    {kCrop,
+     [](const std::string& word) {
+         return !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
+     },
+     "0"}};
+
+}  // namespace
+
 Words wordsOf(int argc, const char* const* argv) {
     Words words(argv + std::min(argc, 1), argv + argc);
     for (std::size_t i = 0; i < words.size(); ++i) {
-        if (words[i] != "--stats") {
-            continue;
-        }
-        const bool hasForm =
-            i + 1 < words.size() && (words[i + 1] == "text" || words[i + 1] == "json");
-        words[i] += "=" + (hasForm ? words[i + 1] : "text");
-        if (hasForm) {
-            words.erase(words.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+        for (const auto& [option, isValue, otherwise] : kOptionalValues) {
+            if (words[i] != option) {
+                continue;
+            }
+            const bool hasValue = i + 1 < words.size() && isValue(words[i + 1]);
+            words[i] += std::string("=") + (hasValue ? words[i + 1] : otherwise);
+            if (hasValue) {
+                words.erase(words.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+            }
         }
     }
     return words;

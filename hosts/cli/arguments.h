@@ -11,6 +11,6 @@ class App;
 // Declares the subcommands and their options; parsing runs the chosen command.
 void declareCommands(CLI::App& app);
 
-// The words after the program's name, in order. --stats has its form joined to it, so that it leaves
-// any other word after it alone.
+// The words after the program's name, in order. Options whose value may be left out have it joined to
+// them, so that they leave any other word after them alone.
 std::vector<std::string> wordsOf(int argc, const char* const* argv);

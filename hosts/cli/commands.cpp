@@ -1,13 +1,12 @@
 #include "commands.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <opencv2/imgproc.hpp>
 
 #include "errors.h"
+#include "ground.h"
 #include "memory_peak.h"
 #include "output_files.h"
 #include "pictures/picture_format.h"
@@ -18,6 +17,7 @@
 #include "session/snapped_loop.h"
 #include "session/stats.h"
 #include "session_on_disk.h"
+#include "targets.h"
 
 namespace fs = std::filesystem;
 
@@ -27,65 +27,6 @@ constexpr const char* kPng = ".png";
 
 Bytes bytesOf(const std::string& text) {
     return {text.begin(), text.end()};
-}
-
-std::vector<std::string> wantedPaths(std::vector<std::string> paths) {
-    paths.erase(std::remove(paths.begin(), paths.end(), std::string()), paths.end());
-    return paths;
-}
-
-bool isSameFile(const std::string& a, const std::string& b) {
-    std::error_code ignored;
-    return a == b ||
-           (a != kStandardStream && b != kStandardStream && fs::equivalent(a, b, ignored));
-}
-
-// Before any work: every output can be written, none over another or over an input.
-void checkTargets(const std::vector<std::string>& targets, const std::vector<std::string>& inputs) {
-    for (std::size_t i = 0; i < targets.size(); ++i) {
-        OutputFiles::checkTarget(targets[i]);
-        for (std::size_t k = 0; k < i; ++k) {
-            if (isSameFile(targets[i], targets[k]) && targets[i] != "/dev/null") {
-                throw UserError("two outputs go to " + targets[i] +
-                                "; give each output a place of its own");
-            }
-        }
-        for (const std::string& input : inputs) {
-            if (targets[i] != kStandardStream && isSameFile(targets[i], input)) {
-                throw UserError("output " + targets[i] +
-                                " would replace an input; choose another name for the output");
-            }
-        }
-    }
-}
-
-void printStats(const Stats& stats, StatsForm form, const std::vector<std::string>& targets) {
-    if (form == StatsForm::kNone) {
-        return;
-    }
-    const bool taken = std::count(targets.begin(), targets.end(), kStandardStream) > 0;
-    writeAll(taken ? STDERR_FILENO : STDOUT_FILENO,
-             bytesOf(form == StatsForm::kJson ? stats.json() : stats.text()),
-             taken ? "standard error" : "standard output");
-}
-
-// What tells a picture's format: its name's ending. What goes to a stream is PNG.
-std::string endingFor(const std::string& path, PictureContent content) {
-    return OutputFiles::isStream(path) ? kPng : formatFor(path, content);
-}
-
-// The object on transparent black, so that nothing of the rest hides under full transparency. What was
-// transparent in the photograph stays so.
-Picture cutOut(const Picture& picture, const cv::Mat& mask) {
-    const auto inMask = [&mask](const cv::Mat& image) {
-        cv::Mat part(image.size(), image.type(), cv::Scalar::all(0));
-        image.copyTo(part, mask);
-        return part;
-    };
-    Picture result = picture;
-    result.pixels = inMask(picture.pixels);
-    result.alpha = picture.alpha.empty() ? mask : inMask(picture.alpha);
-    return result;
 }
 
 std::string stepFileName(std::size_t number) {
@@ -140,58 +81,6 @@ void requireObject(const Session& session) {
     }
 }
 
-// The mask as it is written.
-cv::Mat deliveredMask(const Session& session, const MaskHygiene& hygiene, Stats& stats) {
-    requireObject(session);
-    if (!hygiene.isWanted()) {
-        return session.result();
-    }
-    const cv::Mat mask = stats.measure(
-        "tidy mask", [&] { return tidied(session.result(), hygiene, throwIfInterrupted); });
-    if (cv::countNonZero(mask) == 0) {
-        throw UserError(
-            "nothing of the object is left of what --smooth and --drop-islands take away; give "
-            "smaller numbers");
-    }
-    return mask;
-}
-
-void addResults(Session& session, const cv::Mat& mask, const Picture& picture,
-                const CutOutputs& outputs, OutputFiles& files) {
-    const auto add = [&files](const std::string& path, const auto& image, PictureContent content) {
-        files.add(path, encodePicture(image, endingFor(path, content)));
-    };
-    if (!outputs.mask.empty()) {
-        add(outputs.mask, mask, PictureContent::kMask);
-    }
-    if (!outputs.cutout.empty()) {
-        add(outputs.cutout, cutOut(picture, mask), PictureContent::kCutOut);
-    }
-    if (!outputs.preview.empty()) {
-        add(outputs.preview, session.previewOf(mask), PictureContent::kPicture);
-    }
-    if (!outputs.svg.empty() || !outputs.json.empty()) {
-        const std::vector<Contour> outline = contoursOf(mask);
-        if (!outputs.svg.empty()) {
-            files.add(outputs.svg, bytesOf(asSvg(outline, picture.pixels.size())));
-        }
-        if (!outputs.json.empty()) {
-            files.add(outputs.json, bytesOf(asJson(outline, picture.pixels.size())));
-        }
-    }
-}
-
-// Before any work: every picture's name tells a format that can hold it.
-void checkFormats(const CutOutputs& outputs) {
-    for (const auto& [path, content] : {std::pair{outputs.mask, PictureContent::kMask},
-                                        {outputs.cutout, PictureContent::kCutOut},
-                                        {outputs.preview, PictureContent::kPicture}}) {
-        if (!path.empty()) {
-            endingFor(path, content);
-        }
-    }
-}
-
 // A folder that is not there yet holds nothing that a step's mask could replace.
 std::vector<std::string> withStepFiles(std::vector<std::string> targets, const CutOutputs& outputs,
                                        std::size_t steps) {
@@ -203,8 +92,11 @@ std::vector<std::string> withStepFiles(std::vector<std::string> targets, const C
     return targets;
 }
 
-std::vector<std::string> inputsOf(const CutInput& input) {
+std::vector<std::string> inputsOf(const CutInput& input, const std::string& background) {
     std::vector<std::string> inputs{input.session.photo};
+    if (isGroundFile(background)) {
+        inputs.push_back(background);
+    }
     for (const std::vector<Step>& steps : {input.session.steps, input.marks}) {
         for (const Step& step : steps) {
             inputs.push_back(step.marksFile);
@@ -224,40 +116,64 @@ void checkRequest(const CutInput& input, const CutOutputs& outputs,
         throw UserError("no marks; mark the object, for example by --box left,top,right,bottom");
     }
     checkTargets(outputs.stepFolder.empty() ? targets : withStepFiles(targets, outputs, steps),
-                 inputsOf(input));
+                 inputsOf(input, outputs.pictures.background));
     checkFormats(outputs);
+    if (!outputs.preview.empty()) {
+        endingFor(outputs.preview, PictureContent::kPicture);
+    }
+}
+
+void addPreview(Session& session, const cv::Mat& mask, const CutOutputs& outputs,
+                OutputFiles& files) {
+    if (!outputs.preview.empty()) {
+        files.add(outputs.preview,
+                  encodePicture(session.previewOf(mask),
+                                endingFor(outputs.preview, PictureContent::kPicture),
+                                outputs.pictures.writing));
+    }
 }
 
 }  // namespace
 
 void runCut(const CutInput& input, const CutOutputs& outputs) {
     const SessionFile& file = input.session;
-    const std::vector<std::string> targets =
-        wantedPaths({outputs.mask, outputs.cutout, outputs.preview, outputs.svg, outputs.json,
-                     outputs.session});
+    std::vector<std::string> targets = pathsOf(outputs);
+    for (const std::string& path : wantedPaths({outputs.preview, outputs.session})) {
+        targets.push_back(path);
+    }
     checkRequest(input, outputs, targets);
 
     MemoryPeak memory;
     Stats stats(&memory);
     ProgramHost host;
+    const std::optional<Picture> ground = readGround(outputs.pictures.background);
     Picture picture;
     const Photo photo = stats.measure("read photograph", [&] {
-        picture = readPhoto(file.photo, {input.damaged});
-        return photoOf(picture, Colours::kAsStored, file.photo);
+        picture = readPhoto(file.photo, input.reading);
+        return photoOf(picture, file.inSrgb ? Colours::kSrgb : Colours::kAsStored, file.photo);
     });
-    requireSamePhoto(file, photo, input.sessionName);
+    if (file.size || !file.digest.empty()) {
+        requireSamePhoto(file, engineColours(picture, Colours::kAsStored), input.sessionName);
+    }
     Session session(photo, host, stats);
     session.setTimeLimit(input.timeLimit);
     session.setTimeBudget(input.timeBudget);
     OutputFiles files;
     SessionFile made = file;
     made.steps = applySteps(session, input, outputs.stepFolder, files);
-    made.output = chosenOver(file.output, outputs.choice);
-    const cv::Mat mask = deliveredMask(session, hygieneOf(made.output), stats);
+    OutputChoice usual;
+    usual.edges = input.usualEdges;
+    made.output = chosenOver(usual, chosenOver(file.output, outputs.choice));
+    requireObject(session);
+    const ObjectInPhoto object{picture, asImage(photo.words, photo.size()),
+                               deliveredMask(session.result(), hygieneOf(made.output), stats),
+                               made.output};
+    const MadeResults results = makeResults(object, ground, outputs, stats);
     stats.measure("write outputs", [&] {
-        addResults(session, mask, picture, outputs, files);
+        addResults(object, results, outputs, files);
+        addPreview(session, object.mask, outputs, files);
         if (!outputs.session.empty()) {
-            notePhoto(made, photo);
+            notePhoto(made, engineColours(picture, Colours::kAsStored));
             files.add(outputs.session, encodeSessionFile(made, outputs.session));
         }
         files.commit();
@@ -275,8 +191,7 @@ void runSnap(const SnapRequest& request) {
     Stats stats(&memory);
     ProgramHost host;
     const Photo photo = stats.measure("read photograph", [&] {
-        return photoOf(readPhoto(request.photo, {request.damaged}), Colours::kAsStored,
-                       request.photo);
+        return photoOf(readPhoto(request.photo, request.reading), Colours::kSrgb, request.photo);
     });
     const std::vector<cv::Point> path =
         snappedPath(photo, request.points, request.alpha, host, stats);

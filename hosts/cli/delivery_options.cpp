@@ -15,9 +15,30 @@ void declarePixels(CLI::App& command, const char* name, std::optional<int>& valu
         ->group(kGroup);
 }
 
-}  // namespace
+void declareEdges(CLI::App& command, OutputChoice& choice) {
+    constexpr const char* kEdgesGroup = "Edges of the cut-out and the alpha";
+    command
+        .add_option_function<std::string>(
+            "--edges", [&choice](const std::string& name) { choice.edges = edgesNamed(name); },
+            "soft, partly object along the outline as the photograph shows it, or hard")
+        ->check(CLI::IsMember({nameOf(Edges::kSoft), nameOf(Edges::kHard)}))
+        ->option_text("soft|hard")
+        ->group(kEdgesGroup);
+    command
+        .add_option("--edge-width", choice.edgeWidth,
+                    "Pixels that a soft edge may reach to either side of the outline [as measured]")
+        ->check(CLI::Range(0.0, kLargestEdgeWidth))
+        ->option_text("W")
+        ->group(kEdgesGroup);
+    command
+        .add_option("--feather", choice.feather,
+                    "Blur soft edges further, by so many pixels (sigma) [0]")
+        ->check(CLI::Range(0.0, kLargestFeather))
+        ->option_text("S")
+        ->group(kEdgesGroup);
+}
 
-void declareDelivery(CLI::App& command, OutputChoice& choice) {
+void declareHygiene(CLI::App& command, OutputChoice& choice) {
     declarePixels(command, "--smooth", choice.smooth, kLargestSmoothing, "R",
                   "Make each pixel what most are within R pixels of it");
     declarePixels(command, "--fill-holes", choice.fillHoles, INT32_MAX, "N",
@@ -32,4 +53,11 @@ void declareDelivery(CLI::App& command, OutputChoice& choice) {
     };
     largest("--keep-largest", true, "Keep the largest piece of the object alone");
     largest("--no-keep-largest", false, "Keep all pieces, whatever a session file says");
+}
+
+}  // namespace
+
+void declareDelivery(CLI::App& command, OutputChoice& choice) {
+    declareEdges(command, choice);
+    declareHygiene(command, choice);
 }

@@ -20,7 +20,7 @@ std::string aboutLeftOver(const Words& words, const CLI::App& app, const std::st
         return first + " is no option of " + command;
     }
     if (app.get_subcommands().empty()) {
-        return first + " is no command; the commands are cut, replay and snap";
+        return first + " is no command; the commands are cut, replay, matte and snap";
     }
     std::string list;
     for (const std::string& word : words) {
@@ -64,7 +64,7 @@ std::string explain(const CLI::App& app, const CLI::ParseError& error) {
     if (isAboutWords && !leftOver.empty()) {
         what = aboutLeftOver(leftOver, app, name);
     } else if (chosen.empty() && isAboutWords) {
-        what = "no command; the commands are cut, replay and snap";
+        what = "no command; the commands are cut, replay, matte and snap";
     }
     return oneLine(what) + "; see " + name + " --help";
 }

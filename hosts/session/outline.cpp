@@ -58,17 +58,21 @@ std::string asSvg(const std::vector<Contour>& contours, cv::Size photo) {
     return svgOf("0 0", R"(fill-rule="evenodd")", data, photo);
 }
 
-std::string asJson(const std::vector<Contour>& contours, cv::Size photo) {
+std::string asJson(const std::vector<Contour>& contours, cv::Size photo,
+                   const std::optional<cv::Rect>& crop) {
     Json lines = Json::array();
     Json parents = Json::array();
     for (const Contour& contour : contours) {
         lines.push_back(pairsOf(contour.corners));
         parents.push_back(contour.parent);
     }
-    return textOf({{"width", photo.width},
-                   {"height", photo.height},
-                   {"contours", std::move(lines)},
-                   {"parents", std::move(parents)}});
+    Json document = {{"width", photo.width}, {"height", photo.height}};
+    if (crop) {
+        document["crop"] = {crop->x, crop->y, crop->width, crop->height};
+    }
+    document["contours"] = std::move(lines);
+    document["parents"] = std::move(parents);
+    return textOf(document);
 }
 
 std::string pathAsSvg(const std::vector<cv::Point>& path, cv::Size photo) {

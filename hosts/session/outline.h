@@ -2,6 +2,7 @@
 #pragma once
 
 #include <opencv2/core.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,8 +12,10 @@
 std::string asSvg(const std::vector<Contour>& contours, cv::Size photo);
 
 // {"width": W, "height": H, "contours": [[[x, y], ...], ...], "parents": [-1, ...]}, a parent for
-// each contour: the index of the one right around it.
-std::string asJson(const std::vector<Contour>& contours, cv::Size photo);
+// each contour: the index of the one right around it. With "crop": [left, top, width, height] when
+// pictures of the object show that part of the photograph; contours are the photograph's all the same.
+std::string asJson(const std::vector<Contour>& contours, cv::Size photo,
+                   const std::optional<cv::Rect>& crop = {});
 
 // One open path through the middle of pixels; in JSON {"width": W, "height": H,
 // "path": [[x, y], ...]}.

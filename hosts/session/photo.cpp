@@ -30,14 +30,17 @@ cv::Mat asImage(const std::vector<std::uint32_t>& words, cv::Size size) {
     return {size, CV_8UC4, const_cast<std::uint32_t*>(words.data())};
 }
 
-std::string digestOf(const Photo& photo) {
+std::string digestOf(const cv::Mat& image) {
     constexpr const char* kHexDigits = "0123456789abcdef";
     XXH3_state_t state;
     XXH3_128bits_reset(&state);
-    const cv::Mat image = asImage(photo.words, photo.size());
-    cv::Mat row;  // a photograph is not copied whole
+    cv::Mat opaque;  // a photograph is not copied whole
     for (int y = 0; y < image.rows; ++y) {
-        cv::cvtColor(image.row(y), row, cv::COLOR_BGRA2BGR);
+        cv::Mat row = image.row(y);
+        if (image.channels() == 4) {
+            cv::cvtColor(row, opaque, cv::COLOR_BGRA2BGR);
+            row = opaque;
+        }
         XXH3_128bits_update(&state, row.data, row.total() * row.elemSize());
     }
     XXH128_canonical_t canonical;
@@ -48,4 +51,8 @@ std::string digestOf(const Photo& photo) {
         text += kHexDigits[byte & 0xFU];
     }
     return text;
+}
+
+std::string digestOf(const Photo& photo) {
+    return digestOf(asImage(photo.words, photo.size()));
 }

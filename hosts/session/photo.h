@@ -26,3 +26,5 @@ cv::Mat asImage(const std::vector<std::uint32_t>& words, cv::Size size);
 // 32 hexadecimal digits, XXH3 of 128 bits in its canonical order, over the blue, green and red bytes
 // of the pixels row by row, which is what the engine is given.
 std::string digestOf(const Photo& photo);
+// The same of an image, CV_8UC3 or CV_8UC4.
+std::string digestOf(const cv::Mat& image);

@@ -141,18 +141,18 @@ std::string formatSessionFile(const SessionFile& session, const FileNaming& name
     return text + "]}\n";
 }
 
-void notePhoto(SessionFile& session, const Photo& photo) {
-    session.size = photo.size();
-    session.digest = digestOf(photo);
+void notePhoto(SessionFile& session, const cv::Mat& stored) {
+    session.size = stored.size();
+    session.digest = digestOf(stored);
 }
 
-void requireSamePhoto(const SessionFile& session, const Photo& photo, const std::string& name) {
-    if (session.size && *session.size != photo.size()) {
+void requireSamePhoto(const SessionFile& session, const cv::Mat& stored, const std::string& name) {
+    if (session.size && *session.size != stored.size()) {
         throw UserError(name + " was made on a photograph of " + asText(*session.size) +
-                        " and this one has " + asText(photo.size()) +
+                        " and this one has " + asText(stored.size()) +
                         "; give the photograph that it was made on");
     }
-    if (!session.digest.empty() && session.digest != digestOf(photo)) {
+    if (!session.digest.empty() && session.digest != digestOf(stored)) {
         throw UserError(
             name +
             " was made on a photograph of this size with other pixels; give the "

@@ -68,9 +68,10 @@ SessionFile parseSessionFile(const std::string& text, const std::string& name,
 // In the oldest form that says everything, down to a text of before sizes, digests and versions.
 std::string formatSessionFile(const SessionFile& session, const FileNaming& nameInFile);
 
-// Notes the photograph's size and digest.
-void notePhoto(SessionFile& session, const Photo& photo);
+// Notes the photograph's size and digest; `stored` has its colours as stored (CV_8UC3, or CV_8UC4 with
+// anything as the fourth), since a conversion to sRGB may differ by a level from one machine to another.
+void notePhoto(SessionFile& session, const cv::Mat& stored);
 
 // Throws UserError for a photograph of another size or with other pixels than noted; `name` is the
 // session's for the message.
-void requireSamePhoto(const SessionFile& session, const Photo& photo, const std::string& name);
+void requireSamePhoto(const SessionFile& session, const cv::Mat& stored, const std::string& name);

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <algorithm>
+#include <opencv2/core.hpp>
 
 #include "command.h"
 
@@ -51,6 +52,20 @@ const Fault kFaults[] = {
     {"boxed --mask m", 1, "its format"},
     {"boxed --mask m.jpg", 1, "blurs"},
     {"boxed --cutout c.bmp", 1, "no transparency"},
+    {"boxed --cutout c.jpg", 1, "or give a --background"},
+    {"boxed --background reddish --cutout c.jpg", 1, "neither a colour nor a file"},
+    {"boxed --background old.png --cutout old.png", 1, "replace an input"},
+    {"boxed --edges round --cutout c.png", 2, "--edges"},
+    {"boxed --feather -1 --cutout c.png", 2, "--feather"},
+    {"boxed --crop -1 --cutout c.png", 2, "-1 is no option"},
+    {"boxed --max-pixels 19199 --cutout c.png", 1, "19199"},
+    {"segcore matte photo.png --cutout c.png", 2, "--from-mask"},
+    {"segcore matte photo.png --from-mask photo.png", 1, "nothing to write"},
+    {"segcore matte photo.png --from-mask photo.png --cutout c.png", 1, "photo.png is no mask"},
+    {"segcore matte photo.png --from-mask absent.png --cutout c.png", 1, "read absent.png"},
+    {"segcore matte photo.png --from-mask '" SEGCORE_SAMPLES "/rocket.jpg' --cutout c.png", 1,
+     "640 x 427 pixels and the photograph 160 x 120"},
+    {"segcore matte photo.png --from-mask old.png --mask old.png", 1, "replace an input"},
     {"boxed --mask old.png --dump-steps .", 1, "holds files"},
     {"segcore cut --help >/dev/full", 1, "No space left"},
     {"boxed --stats >/dev/full", 1, "No space left"},
@@ -110,5 +125,30 @@ TEST_P(Interrupt, EndsTheRunWithoutATrace) {
 INSTANTIATE_TEST_SUITE_P(All, Interrupt,
                          testing::Combine(testing::Values("0", "0.09", "0.31"),
                                           testing::Values("photo.png", "-")));
+
+// Where all of the picture is edge, soft edges take most of the time.
+TEST(SoftEdges, AreLeftWhenTheUserStopsThem) {
+    const cv::Size size(1000, 800);
+    cv::Mat noise(size, CV_8UC3);
+    cv::randu(noise, 0, 256);
+    cv::Mat stripes = cv::Mat::zeros(size, CV_8UC1);
+    for (int x = 0; x < size.width; x += 16) {
+        stripes.colRange(x, std::min(x + 8, size.width)).setTo(255);
+    }
+    const Workplace place;
+    place.write("noise.png", encoded(noise, ".png"));
+    place.write("stripes.png", encoded(stripes, ".png"));
+    const Outcome outcome = place.run(
+        "ms() { echo $(($(date +%s%N) / 1000000)); }\n"
+        "m() { exec " SEGCORE_RUNNER " '" SEGCORE_PROGRAM
+        "' matte noise.png --from-mask stripes.png --alpha $1; }\n"
+        "a=$(ms); (m whole.png); b=$(ms); m a.png & p=$!\n"
+        "t=$((b - a)); sleep $((t * 2 / 5000)).$(printf %03d $((t * 2 / 5 % 1000))); kill -INT $p; "
+        "wait $p\n"
+        "code=$?; c=$(ms); echo \"$t $((c - b))\" >&2\n"
+        "[ $code = 130 ] && [ $((4 * (c - b))) -lt $((3 * t)) ] && ls");
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, "noise.png\nold.png\nphoto.png\nstripes.png\nwhole.png\n");
+}
 
 }  // namespace

@@ -48,7 +48,7 @@ TEST_P(HelpOf, IsWhatEachShellOffers) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, HelpOf, testing::Values("cut", "replay", "snap"));
+INSTANTIATE_TEST_SUITE_P(All, HelpOf, testing::Values("cut", "replay", "matte", "snap"));
 
 TEST(ManPage, ShowsASessionThatReplays) {
     const Workplace place;

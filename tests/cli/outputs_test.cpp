@@ -42,15 +42,16 @@ TEST(Outputs, AreWhatTheLibraryDelivers) {
     const Workplace place;
     const Outcome outcome = place.run(
         "l() { segcut --passes 1 --loop-add 30,10 130,20 '120,110 25,100' \"$@\"; }\n"
-        "l --preview p.png && l --mask m.png --cutout c.png --stats json");
+        "l --preview p.png && l --mask m.png --cutout c.png --edges hard --stats json");
     ASSERT_EQ(outcome.code, 0) << outcome.err;
     std::vector<std::string> stages;
     const Json stats = Json::parse(outcome.out);
     for (const Json& stage : stats["stages"]) {
         stages.push_back(stage["stage"]);
     }
-    EXPECT_EQ(stages, (std::vector<std::string>{"read photograph", "take photograph",
-                                                "step 1, loop-add", "write outputs"}));
+    EXPECT_EQ(stages,
+              (std::vector<std::string>{"read photograph", "take photograph", "step 1, loop-add",
+                                        "colours of the object", "write outputs"}));
     HostSession session(discScene());
     session.loop({30, 10, 130, 20, 120, 110, 25, 100});
     const cv::Mat mask = programMask(session.mask, {session.width, session.height});

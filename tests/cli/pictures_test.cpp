@@ -82,8 +82,8 @@ TEST(CheckSums, AreLookedAt) {
 TEST(Names, DecideFormats) {
     const Workplace place;
     const Outcome outcome = place.run(
-        "boxed --mask m.bmp --cutout c.WEBP --preview p.jpg && "
-        "boxed --mask m.png --cutout c.tiff --preview p.png");
+        "boxed --edges hard --mask m.bmp --cutout c.WEBP --preview p.jpg && "
+        "boxed --edges hard --mask m.png --cutout c.tiff --preview p.png");
     ASSERT_EQ(outcome.code, 0) << outcome.err;
     EXPECT_TRUE(same(place.image("m.bmp"), place.image("m.png")));
     EXPECT_EQ(place.read("m.bmp").substr(0, 2), "BM");

@@ -54,14 +54,16 @@ TEST(SessionFile, KeepsItsFormWithoutAPhotographNoted) {
 TEST(SessionFile, NotesThePhotographThatItWasMadeOn) {
     SessionFile file;
     file.photo = "folder/p.png";
-    notePhoto(file, twoPixels());
+    const Photo noted = twoPixels();
+    notePhoto(file, asImage(noted.words, noted.size()));
     const std::string text = formatSessionFile(file, leave);
     const std::string head =
         "{\"version\": 1,\n \"photo\": \"p.png\",\n \"width\": 2,\n \"height\": 1,";
     EXPECT_EQ(text.substr(0, head.size()), head);
     const SessionFile again = parseSessionFile(text, "s.json", enter);
     const auto complaintAbout = [&again](const Photo& photo) {
-        return refusalOf([&] { requireSamePhoto(again, photo, "s.json"); });
+        return refusalOf(
+            [&] { requireSamePhoto(again, asImage(photo.words, photo.size()), "s.json"); });
     };
     EXPECT_EQ(complaintAbout(twoPixels()), "");
     const Photo upright{1, 2, twoPixels().words};

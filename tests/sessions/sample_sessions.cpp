@@ -14,6 +14,7 @@ namespace {
 
 const char* const kSessions[] = {
     "samples/astronaut.json",
+    "samples/cat.json",
     "samples/coffee.json",
     "samples/rocket.json",
     "tests/sessions/astronaut-loop.json",
@@ -30,10 +31,12 @@ std::string textIn(const fs::path& file) {
     return text.str();
 }
 
-Photo photographIn(const std::string& file) {
-    const std::string bytes = textIn(file);
-    const Picture picture = readPicture({bytes.begin(), bytes.end()}, file);
-    return photoOf(engineColours(picture, Colours::kAsStored), file);
+Photo photographOf(const SessionFile& session) {
+    const std::string bytes = textIn(session.photo);
+    const Picture picture = readPicture({bytes.begin(), bytes.end()}, session.photo);
+    requireSamePhoto(session, engineColours(picture, Colours::kAsStored), session.photo);
+    return photoOf(engineColours(picture, session.inSrgb ? Colours::kSrgb : Colours::kAsStored),
+                   session.photo);
 }
 
 Digest digestOfBytes(const cv::Mat& image) {
@@ -49,8 +52,7 @@ void record(Recorder& recorder, const fs::path& file) {
     const SessionFile sessionFile = parseSessionFile(
         textIn(file), file.filename(),
         [&](const std::string& name) { return (file.parent_path() / name).string(); });
-    const Photo photo = photographIn(sessionFile.photo);
-    requireSamePhoto(sessionFile, photo, file.filename());
+    const Photo photo = photographOf(sessionFile);
     SessionHost host;
     Stats stats;
     Session session(photo, host, stats);

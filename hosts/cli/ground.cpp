@@ -1,0 +1,66 @@
+#include "ground.h"
+
+#include <charconv>
+#include <filesystem>
+#include <map>
+
+#include "byte_stream.h"
+#include "errors.h"
+#include "photo.h"
+#include "pictures/compose.h"
+
+namespace {
+
+constexpr std::size_t kHexDigits = 6;
+constexpr int kHex = 16;
+
+const std::map<std::string, unsigned> kNamed{{"black", 0x000000U}, {"white", 0xFFFFFFU}};
+
+// Red, green and blue from the upper byte on.
+std::optional<unsigned> colourNamed(const std::string& text) {
+    const auto named = kNamed.find(text);
+    if (named != kNamed.end()) {
+        return named->second;
+    }
+    // With the sign in front, which shells take for the start of a comment, or without.
+    const std::string digits = text.rfind('#', 0) == 0 ? text.substr(1) : text;
+    unsigned colour = 0;
+    const char* const end = digits.data() + digits.size();
+    const auto read = std::from_chars(digits.data(), end, colour, kHex);
+    const bool isColour = digits.size() == kHexDigits && read.ec == std::errc() && read.ptr == end;
+    return isColour ? std::optional(colour) : std::nullopt;
+}
+
+// One pixel, grey where it can be, so that a grey cut-out stays grey.
+Picture pictureOf(unsigned colour) {
+    const cv::Vec3b pixel(static_cast<std::uint8_t>(colour),
+                          static_cast<std::uint8_t>(colour >> 8U),
+                          static_cast<std::uint8_t>(colour >> 16U));
+    Picture picture = plainPicture({1, 1}, pixel);
+    if (pixel[0] == pixel[1] && pixel[1] == pixel[2]) {
+        picture.pixels = cv::Mat(1, 1, CV_8UC1, cv::Scalar(pixel[0]));
+    }
+    return picture;
+}
+
+}  // namespace
+
+bool isGroundFile(const std::string& background) {
+    return !background.empty() && background != kPhotoAsGround && !colourNamed(background);
+}
+
+std::optional<Picture> readGround(const std::string& background) {
+    if (const std::optional<unsigned> colour = colourNamed(background)) {
+        return pictureOf(*colour);
+    }
+    if (!isGroundFile(background)) {
+        return std::nullopt;
+    }
+    std::error_code ignored;
+    if (background != kStandardStream && !std::filesystem::exists(background, ignored)) {
+        throw UserError("--background " + background +
+                        " is neither a colour nor a file; give RRGGBB, white, black, photo or a "
+                        "picture");
+    }
+    return readPhoto(background, {});
+}
