@@ -1,5 +1,5 @@
 #!/bin/sh
-# Makes the pictures of README.md and docs/algorithm.md anew, from samples/.
+# Makes the pictures of README.md and docs/ anew, from samples/.
 set -eu
 cd "$(dirname "$0")/.."
 

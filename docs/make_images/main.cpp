@@ -1,4 +1,4 @@
-// Makes the pictures of README.md and docs/algorithm.md from the sample photographs:
+// Makes the pictures of README.md and docs/ from the sample photographs:
 //     make-doc-images SAMPLES IMAGES
 #include <cstdio>
 #include <exception>
@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "cut_outs.h"
 #include "painting.h"
 #include "pictures/engine_colours.h"
 #include "pictures/read_picture.h"
@@ -140,6 +141,7 @@ int main(int argc, char** argv) {
         paintCup(cup, images);
         paintPerson(person, images);
         paintCorrections(cup, images);
+        paintCutOuts(samples, images);
         writePicture(images, "snapping",
                      sideBySide({paintSnapping(cup, kRim)(kRimView),
                                  paintSnapping(person, kSilhouette)(kSilhouetteView)}));
