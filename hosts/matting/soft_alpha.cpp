@@ -13,8 +13,8 @@
 
 namespace {
 
-constexpr size_t kMostLevels =
-    6;  // the last one's edges are at most 32 times as wide as at the first
+// The last level's edges are 32 times as wide as they may be at the first.
+constexpr size_t kMostLevels = 6;
 
 // Returns the pixels along the outline.
 OutlineBand alphaAlong(const ColourPlane& photograph, Plane<const std::uint8_t> mask, double width,
