@@ -23,9 +23,9 @@ struct WriteOptions {
 };
 
 // The bytes of a file in the format of an ending from formatFor. Keeps 16 bits in PNG and TIFF files and
-// 12 of them in AVIF; other formats get 8. Alpha may have another depth than the pixels, and is left out
-// where the format has none (JPEG, BMP). Throws PictureError when the format cannot hold the picture:
-// JPEG and AVIF end at sides of 65,500 and 16,384 pixels, WebP at 16,383.
+// 12 of them in AVIF; other formats get 8. Alpha may have another depth than the pixels. Throws
+// PictureError when the format cannot hold the picture: JPEG and BMP nothing that is transparent
+// anywhere; JPEG and AVIF end at sides of 65,500 and 16,384 pixels, WebP at 16,383.
 std::vector<std::uint8_t> encodePicture(const Picture& picture, const std::string& ending,
                                         const WriteOptions& options = {});
 

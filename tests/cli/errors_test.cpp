@@ -53,6 +53,7 @@ const Fault kFaults[] = {
     {"boxed --mask m.jpg", 1, "blurs"},
     {"boxed --cutout c.bmp", 1, "no transparency"},
     {"boxed --cutout c.jpg", 1, "or give a --background"},
+    {"boxed --cutout - | boxed --background - --cutout c.jpg", 1, "transparent in places"},
     {"boxed --background reddish --cutout c.jpg", 1, "neither a colour nor a file"},
     {"boxed --background old.png --cutout old.png", 1, "replace an input"},
     {"boxed --edges round --cutout c.png", 2, "--edges"},

@@ -8,6 +8,7 @@
 #include "picture_files.h"
 #include "pictures/compose.h"
 #include "pictures/engine_colours.h"
+#include "pictures/picture_error.h"
 #include "pictures/read_picture.h"
 #include "pictures/write_picture.h"
 
@@ -136,6 +137,10 @@ TEST(RoundTrip, KeepsTransparencyWhereColoursLoseALittle) {
     ASSERT_EQ(read.pixels.type(), CV_16UC3);
     EXPECT_LT(cv::norm(read.pixels, cut.pixels, cv::NORM_L1) / 96 / 64 / 3, 3 * 257);
     EXPECT_LT(largestDifference(read.alpha, cut.alpha), 4 * 257);
+    for (const char* ending : {".jpg", ".bmp"}) {
+        EXPECT_THROW(encodePicture(cut, ending), PictureError) << ending;
+    }
+    cut.alpha.setTo(65535);
     EXPECT_TRUE(readPicture(encodePicture(cut, ".jpg"), "jpg").alpha.empty());
     const cv::Mat bmp = engineColours(readPicture(encodePicture(cut, ".bmp"), "bmp"), {});
     EXPECT_EQ(largestDifference(bmp, engineColours(cut, Colours::kSrgb)), 0.0);

@@ -100,6 +100,19 @@ cv::Mat inDepth(const cv::Mat& image, int depth) {
     return result;
 }
 
+// Without alpha the colours would come to light that it hides.
+void requireOpaque(const cv::Mat& alpha, const std::string& ending) {
+    double least = UINT8_MAX;
+    if (!alpha.empty()) {
+        cv::minMaxLoc(inDepth(alpha, CV_8U), &least);
+    }
+    if (least < UINT8_MAX) {
+        throw PictureError("the image is transparent in places, which " + ending +
+                           " files cannot be; lay it on an opaque background or choose another "
+                           "format, such as .png");
+    }
+}
+
 // A picture on its way to a file.
 struct Written {
     VipsImage* image;
@@ -200,9 +213,13 @@ Bytes withFurtherNotes(Bytes bytes, const Writer& writer, const Picture& picture
 Bytes encodeFile(const Picture& picture, const std::string& ending, const WriteOptions& options) {
     takeVipsError();
     if (ending == ".bmp") {
+        requireOpaque(picture.alpha, ending);
         return encodeBmp(inDepth(picture.pixels, CV_8U));
     }
     const Writer& writer = writerFor(ending);
+    if (!writer.holdsAlpha) {
+        requireOpaque(picture.alpha, ending);
+    }
     const int depth = writer.holdsSixteenBits ? picture.pixels.depth() : CV_8U;
     const cv::Mat pixels = inDepth(picture.pixels, depth);
     Samples samples{pixels, writer.holdsAlpha ? inDepth(picture.alpha, depth) : cv::Mat()};
