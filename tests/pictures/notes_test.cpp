@@ -102,6 +102,34 @@ TEST(Notes, AreLeftOutOnRequest) {
     }
 }
 
+// Programs look at XMP's orientation too. Its small picture and Photoshop's show the whole photograph.
+TEST(Notes, DoNotShowOrTurnTheWholePhotograph) {
+    using namespace std::string_literals;
+    const auto bytesOf = [](const std::string& text) { return Bytes(text.begin(), text.end()); };
+    const std::string spaces =
+        "xmlns:t='http://ns.adobe.com/tiff/1.0/' xmlns:xmp=\"http://ns.adobe.com/xap/1.0/\"";
+    const std::string small = "<xmp:Thumbnails><rdf:Alt>UNCUT</rdf:Alt></xmp:Thumbnails>";
+    const std::string others = "t:OrientationX='6' u:Orientation='6'";
+    const std::string rating = "<xmp:Rating>6</xmp:Rating>";
+    const std::string copyright = "8BIM\x04\x04\x01n\0\0\0\x05\x1C\x02\x74\0\0\0"s;  // odd
+    const std::string preview = "8BIM\x04\x0C\0\0\0\0\0\x06UNCUT!"s;
+    const std::string start = "Photoshop 3.0\0"s;
+    Picture photo;
+    photo.pixels = samplePart();
+    photo.notes.xmp = bytesOf("<d " + spaces + " t:Orientation = \"6\" " + others + ">" + small +
+                              rating + "<t:Orientation>8</t:Orientation></d>");
+    photo.notes.iptc = bytesOf(start + preview + copyright + preview + "8BIM\x04\x04\0");
+    const Picture read = readPicture(encodePicture(photo, ".jpg"), "jpg");
+    EXPECT_EQ(std::string(read.notes.xmp.begin(), read.notes.xmp.end()),
+              "<d " + spaces + " t:Orientation = \"1\" " + others + ">" + rating +
+                  "<t:Orientation>1</t:Orientation></d>");
+    EXPECT_EQ(read.notes.iptc, bytesOf(start + copyright));
+    photo.notes.xmp = bytesOf("<d " + spaces + "><xmp:Thumbnails>UNCUT</d>");
+    photo.notes.iptc = bytesOf(start + preview);
+    const Bytes without = encodePicture(photo, ".jpg");
+    EXPECT_EQ(std::string(without.begin(), without.end()).find("UNCUT"), std::string::npos);
+}
+
 // By the format's own library.
 class TiffOnDisk {
   public:

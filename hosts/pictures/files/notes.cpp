@@ -1,5 +1,7 @@
 #include "pictures/files/notes.h"
 
+#include "pictures/files/whole_photograph.h"
+
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -47,8 +49,8 @@ void addNotes(const PictureNotes& notes, bool strip, VipsImage* written) {
         written->Xres = notes.resolution.width;
         written->Yres = notes.resolution.height;
     }
-    setBlob(written, VIPS_META_XMP_NAME, notes.xmp);
-    setBlob(written, VIPS_META_IPTC_NAME, notes.iptc);
+    setBlob(written, VIPS_META_XMP_NAME, xmpOfCutOut(notes.xmp));
+    setBlob(written, VIPS_META_IPTC_NAME, iptcOfCutOut(notes.iptc));
     // The library takes the block apart into fields, from which it makes another one for the file.
     setBlob(written, VIPS_META_EXIF_NAME, notes.exif);
     vips_image_set_int(written, VIPS_META_ORIENTATION, 1);

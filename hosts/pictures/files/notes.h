@@ -6,7 +6,7 @@
 
 PictureNotes notesOf(VipsImage* opened);
 
-// EXIF says afterwards that the picture is upright, and has lost the small picture that cameras add: it
-// would show what was cut away. Without a resolution the image keeps its own. `strip` leaves all but the
-// profile out.
+// EXIF and XMP say afterwards that the picture is upright, and all notes have lost the small pictures
+// that cameras and programs add: they would show what was cut away. Without a resolution the image keeps
+// its own. `strip` leaves all but the profile out.
 void addNotes(const PictureNotes& notes, bool strip, VipsImage* written);
