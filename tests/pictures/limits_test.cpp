@@ -125,6 +125,22 @@ TEST(Damage, NeverGoesUnnoticedByTheCaller) {
     }
 }
 
+// libtiff goes on without values that it does not find; here the last one in the file is the profile.
+TEST(Damage, IsNoticedWhereTiffLosesItsProfile) {
+    for (const char* ending : {".tif", ".tif[bigtiff]"}) {
+        SCOPED_TRACE(ending);
+        Bytes tiff = writtenByVips(samplePart(), ending, [](VipsImage* image) {
+            const Bytes bytes = bytesIn("/usr/share/color/icc/compatibleWithAdobeRGB1998.icc");
+            vips_image_set_blob_copy(image, VIPS_META_ICC_NAME, bytes.data(), bytes.size());
+        });
+        EXPECT_EQ(errorOf(tiff), "");
+        EXPECT_FALSE(readPicture(tiff, "it").notes.profile.empty());
+        tiff.resize(tiff.size() - 50);
+        EXPECT_NE(errorOf(tiff).find("damaged: it is damaged (the file ends"), std::string::npos)
+            << errorOf(tiff);
+    }
+}
+
 // The decoder has something to say of pixels that begin with what is none of their parts.
 TEST(Damage, IsNotPrintedByLibraries) {
     Bytes avif = encodePicture(samplePart(), ".avif");

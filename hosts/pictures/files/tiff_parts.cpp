@@ -49,6 +49,7 @@ class Source {
         return at <= m_size && count <= m_size - at;
     }
     std::size_t size() const { return m_size; }
+    bool isBigEndian() const { return m_isBigEndian; }
     std::uint32_t number(std::size_t at, std::size_t count) const {
         std::uint32_t number = 0;
         for (std::size_t i = 0; i < count; ++i) {
@@ -179,6 +180,37 @@ Bytes withMainDirectory(Bytes tiff, Directory directory) {
     return tiff;
 }
 
+// Files up to 4 GB and beyond differ in how many bytes counts and places have.
+struct Layout {
+    std::size_t firstPlaceAt;
+    std::size_t placeBytes;
+    std::size_t numberOfEntriesBytes;
+    std::size_t entryBytes() const { return 4 + 2 * placeBytes; }
+};
+constexpr Layout kUsualLayout{4, 4, 2};
+constexpr Layout kLargeLayout{8, 8, 8};
+
+std::uint64_t placeAt(const Source& source, std::size_t at, std::size_t bytes) {
+    if (bytes <= 4) {
+        return source.number(at, bytes);
+    }
+    const std::uint64_t first = source.number(at, 4);
+    const std::uint64_t second = source.number(at + 4, 4);
+    return source.isBigEndian() ? first << 32U | second : second << 32U | first;
+}
+
+// Values of unknown types take nothing from the picture.
+bool isValueInside(const Source& source, std::size_t entryAt, const Layout& layout) {
+    const std::uint32_t type = source.number(entryAt + 2, 2);
+    const std::uint64_t unit = type < std::size(kTypeBytes) ? kTypeBytes[type] : 0;
+    const std::uint64_t count = placeAt(source, entryAt + 4, layout.placeBytes);
+    if (unit == 0 || count <= layout.placeBytes / unit) {
+        return true;
+    }
+    const std::uint64_t place = placeAt(source, entryAt + 4 + layout.placeBytes, layout.placeBytes);
+    return count <= source.size() / unit && source.holds(place, count * unit);
+}
+
 // Pixels divided by a resolution, which is a rational number itself.
 Entry lengthOf(std::uint16_t tag, int pixels, const Entry& resolution) {
     const Source parts(resolution.value.data(), resolution.value.size());
@@ -226,6 +258,33 @@ void copyNotes(const Source& source, Bytes& tiff, Directory& directory) {
 }
 
 }  // namespace
+
+bool isTiffCutOff(const Bytes& tiff) {
+    const Source source(tiff.data(), tiff.size());
+    constexpr std::uint32_t kLargeForm = 43;
+    const bool isLarge = source.holds(0, kHeaderBytes) && source.number(2, 2) == kLargeForm;
+    const Layout& layout = isLarge ? kLargeLayout : kUsualLayout;
+    if (!source.holds(layout.firstPlaceAt, layout.placeBytes)) {
+        return true;
+    }
+    const std::uint64_t start = placeAt(source, layout.firstPlaceAt, layout.placeBytes);
+    if (!source.holds(start, layout.numberOfEntriesBytes)) {
+        return true;
+    }
+    auto at = static_cast<std::size_t>(start);
+    const std::uint64_t count = placeAt(source, at, layout.numberOfEntriesBytes);
+    at += layout.numberOfEntriesBytes;
+    if (count > source.size() / layout.entryBytes() ||
+        !source.holds(at, count * layout.entryBytes())) {
+        return true;
+    }
+    for (std::uint64_t i = 0; i < count; ++i, at += layout.entryBytes()) {
+        if (!isValueInside(source, at, layout)) {
+            return true;
+        }
+    }
+    return false;
+}
 
 bool tiffTellsAlpha(const Bytes& tiff) {
     const Directory directory = mainDirectory(Source(tiff.data(), tiff.size()));

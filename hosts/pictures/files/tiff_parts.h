@@ -5,6 +5,10 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
+// Whether the file ends before its first directory does, or before a value that this refers to. libtiff
+// goes on without such values: without a profile the colours would be others.
+bool isTiffCutOff(const std::vector<std::uint8_t>& tiff);
+
 // Whether a file says of its fourth sample that it is alpha, multiplied with the colours or not. Files
 // beyond 4 GB do not come here.
 bool tiffTellsAlpha(const std::vector<std::uint8_t>& tiff);

@@ -198,6 +198,9 @@ Reading readWhole(const PictureFile& file, PictureFormat format) {
             failAsDamaged(file, *damage);
         }
     }
+    if (format == PictureFormat::kTiff && isTiffCutOff(file.bytes)) {
+        failAsDamaged(file, "the file ends before what its directory names");
+    }
     Reading reading = read(file, format, strictnessFor(format));
     if (isAboutNotes(reading.fault)) {
         reading = read(file, format, VIPS_FAIL_ON_ERROR);
