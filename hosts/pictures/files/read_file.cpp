@@ -19,7 +19,8 @@ bool holds(const std::vector<std::uint8_t>& bytes, std::size_t at, const std::st
 bool isHeif(const std::vector<std::uint8_t>& bytes) {
     constexpr std::size_t kBrandAt = 8;
     const auto hasBrand = [&](const char* brand) { return holds(bytes, kBrandAt, brand); };
-    constexpr const char* kBrands[] = {"heic", "heix", "mif1", "msf1", "avif", "avis"};
+    constexpr const char* kBrands[] = {"heic", "heix", "heim", "heis", "hevc", "hevx",
+                                       "hevm", "hevs", "mif1", "msf1", "avif", "avis"};
     return holds(bytes, 4, "ftyp") && std::any_of(std::begin(kBrands), std::end(kBrands), hasBrand);
 }
 
