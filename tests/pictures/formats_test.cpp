@@ -107,6 +107,16 @@ TEST(Formats, WithLossComeClose) {
     }
 }
 
+TEST(Formats, OfHeifFilesHaveManyBrands) {
+    Bytes heic = writtenByVips(samplePart(), ".heic[compression=hevc]");
+    const cv::Mat expected = readPicture(heic, "heic").pixels;
+    for (const std::string brand : {"heix", "heim", "heis", "hevc", "hevm", "mif1"}) {
+        SCOPED_TRACE(brand);
+        std::copy(brand.begin(), brand.end(), heic.begin() + 8);
+        EXPECT_EQ(largestDifference(readPicture(heic, brand).pixels, expected), 0.0);
+    }
+}
+
 // A cut-out over its own photograph is the photograph again.
 TEST(RoundTrip, GivesThePhotographBack) {
     for (const char* ending : {".png", ".tif", ".webp"}) {
