@@ -145,8 +145,9 @@ void runCut(const CutInput& input, const CutOutputs& outputs) {
 
     MemoryPeak memory;
     Stats stats(&memory);
-    ProgramHost host;
-    const std::optional<Picture> ground = readGround(outputs.pictures.background);
+    ProgramHost host(input.reading.maxPixels);
+    const std::optional<Picture> ground =
+        readGround(outputs.pictures.background, input.reading.maxPixels);
     Picture picture;
     const Photo photo = stats.measure("read photograph", [&] {
         picture = readPhoto(file.photo, input.reading);
@@ -189,7 +190,7 @@ void runSnap(const SnapRequest& request) {
     checkTargets(targets, {request.photo});
     MemoryPeak memory;
     Stats stats(&memory);
-    ProgramHost host;
+    ProgramHost host(request.reading.maxPixels);
     const Photo photo = stats.measure("read photograph", [&] {
         return photoOf(readPhoto(request.photo, request.reading), Colours::kSrgb, request.photo);
     });

@@ -21,7 +21,7 @@ struct CutInput {
     std::vector<Step> marks;          // that follow; without a kind each takes the usual one
     std::string sessionName;          // of the file that the photograph has to fit
     std::optional<Edges> usualEdges;  // of cut-outs, where nobody has chosen
-    ReadOptions reading;              // of the photograph
+    ReadOptions reading;              // of the photograph; the size is that of all pictures
     double timeLimit = 0.0;           // seconds for each request, 0 for no limit
     double timeBudget = 0.0;          // seconds for each step's choice of passes, likewise
 };
@@ -33,7 +33,7 @@ void runCut(const CutInput& input, const CutOutputs& outputs);
 struct MatteRequest {
     std::string photo;
     std::string mask;
-    ReadOptions reading;  // of the photograph
+    ReadOptions reading;  // of the photograph; the size is that of all pictures
     ResultOutputs outputs;
 };
 

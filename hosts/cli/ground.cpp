@@ -49,7 +49,7 @@ bool isGroundFile(const std::string& background) {
     return !background.empty() && background != kPhotoAsGround && !colourNamed(background);
 }
 
-std::optional<Picture> readGround(const std::string& background) {
+std::optional<Picture> readGround(const std::string& background, std::uint64_t maxPixels) {
     if (const std::optional<unsigned> colour = colourNamed(background)) {
         return pictureOf(*colour);
     }
@@ -62,5 +62,5 @@ std::optional<Picture> readGround(const std::string& background) {
                         " is neither a colour nor a file; give RRGGBB, white, black, photo or a "
                         "picture");
     }
-    return readPhoto(background, {});
+    return readCompanion(background, maxPixels);
 }

@@ -1,6 +1,7 @@
 // What --background says of the ground behind a cut-out.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -13,5 +14,5 @@ constexpr const char* kPhotoAsGround = "photo";
 bool isGroundFile(const std::string& background);
 
 // None for no background and for the photograph itself. Reads the file; throws UserError when it is
-// neither that nor a colour.
-std::optional<Picture> readGround(const std::string& background);
+// neither that nor a colour, or the picture has more pixels than that.
+std::optional<Picture> readGround(const std::string& background, std::uint64_t maxPixels);

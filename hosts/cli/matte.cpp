@@ -74,11 +74,13 @@ void runMatte(const MatteRequest& request) {
 
     MemoryPeak memory;
     Stats stats(&memory);
-    const std::optional<Picture> ground = readGround(outputs.pictures.background);
+    const std::optional<Picture> ground =
+        readGround(outputs.pictures.background, request.reading.maxPixels);
     const Picture picture =
         stats.measure("read photograph", [&] { return readPhoto(request.photo, request.reading); });
     const cv::Mat given = stats.measure("read mask", [&] {
-        return maskIn(readPhoto(request.mask, {}), request.mask, picture.pixels.size());
+        return maskIn(readCompanion(request.mask, request.reading.maxPixels), request.mask,
+                      picture.pixels.size());
     });
     OutputChoice choice = outputs.choice;
     choice.edges = choice.edges.value_or(Edges::kSoft);

@@ -25,10 +25,14 @@ Photo photoOf(const Picture& picture, Colours colours, const std::string& path) 
     return photoOf(engineColours(picture, colours), nameFor(path));
 }
 
-cv::Mat readImageUnchanged(const std::string& path) {
+Picture readCompanion(const std::string& path, std::uint64_t maxPixels) {
     try {
-        return storedPixels(readPicture(readAll(path), nameFor(path)));
+        return readPicture(readAll(path), nameFor(path), {Damaged::kRefused, maxPixels});
     } catch (const DamagedPicture& error) {
         throw UserError(std::string(error.what()) + "; give a whole file");
     }
+}
+
+cv::Mat readImageUnchanged(const std::string& path, std::uint64_t maxPixels) {
+    return storedPixels(readCompanion(path, maxPixels));
 }

@@ -9,7 +9,19 @@ constexpr const char* kGroup = "Pictures";
 constexpr int kLargestMargin = 100000;
 constexpr int kMostCompression = 9;
 
+// Beyond it nothing can be addressed, whatever the machine.
+constexpr std::int64_t kLargestMaxPixels = std::int64_t{1} << 40U;
+
 const std::map<std::string, Unseen> kUnseen{{"nearest", Unseen::kNearest}, {"zero", Unseen::kZero}};
+
+// The parser takes a negative number for a huge one where it is to have no sign.
+std::string notMaxPixels(const std::string& text) {
+    std::int64_t pixels = 0;
+    return CLI::detail::lexical_cast(text, pixels) && pixels >= 1 && pixels <= kLargestMaxPixels
+               ? ""
+               : "'" + text + "' is no number of pixels; give 1 to " +
+                     std::to_string(kLargestMaxPixels);
+}
 
 }  // namespace
 
@@ -57,7 +69,8 @@ void declareReading(CLI::App& command, ReadOptions& options) {
         "Take what there is of a damaged photograph");
     command
         .add_option("--max-pixels", options.maxPixels,
-                    "Refuse larger photographs before they are decoded")
+                    "Refuse larger pictures before they are decoded")
+        ->check(CLI::Validator(notMaxPixels, ""))
         ->capture_default_str()
         ->option_text("N");
 }

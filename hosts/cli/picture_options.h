@@ -23,5 +23,5 @@ constexpr const char* kCrop = "--crop";
 
 void declarePictures(CLI::App& command, PictureChoice& choice);
 
-// Damage and size of the photograph.
+// Damage of the photograph, and size of every picture that is read.
 void declareReading(CLI::App& command, ReadOptions& options);

@@ -7,6 +7,13 @@
 
 class ProgramHost : public SessionHost {
   public:
+    explicit ProgramHost(std::uint64_t maxPixels) : m_maxPixels(maxPixels) {}
+
     void throwIfInterrupted() override { ::throwIfInterrupted(); }
-    cv::Mat marksPicture(const std::string& path) override { return readImageUnchanged(path); }
+    cv::Mat marksPicture(const std::string& path) override {
+        return readImageUnchanged(path, m_maxPixels);
+    }
+
+  private:
+    std::uint64_t m_maxPixels;  // of a picture of marks
 };

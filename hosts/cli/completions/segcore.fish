@@ -18,7 +18,7 @@ complete --command segcore --long-option version --description 'Show the version
 set --local all 'cut replay matte snap'
 __segcore_option $all -s v -l verbose -d 'Show the log of the library'
 __segcore_option $all -l accept-damaged -d 'Take what there is of a damaged photograph'
-__segcore_option $all -l max-pixels -x -d 'Refuse photographs of more pixels'
+__segcore_option $all -l max-pixels -x -d 'Refuse pictures of more pixels'
 __segcore_option $all -l stats -f -a 'text json' -d 'Print time and memory of each stage'
 __segcore_option $all -l svg -r -F -d 'Outline as an SVG path'
 __segcore_option $all -l json -r -F -d 'Outline as JSON'
