@@ -7,8 +7,8 @@
 
 #include "pictures/picture.h"
 
-// The photograph itself: a cut-out over the photograph that it was cut from is that photograph.
-constexpr const char* kPhotoAsGround = "photo";
+// Whether it is the photograph itself, and the cut-out then nothing but that.
+bool isPhotoAsGround(const std::string& background);
 
 // Whether it names a file, which a colour and the photograph do not.
 bool isGroundFile(const std::string& background);

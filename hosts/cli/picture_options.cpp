@@ -33,8 +33,16 @@ void declarePictures(CLI::App& command, PictureChoice& choice) {
         ->option_text("[MARGIN]")
         ->group(kGroup);
     command
-        .add_option("--background", choice.background,
-                    "What stands behind the cut-out: RRGGBB, white, black, photo or a picture file")
+        .add_option(
+            "--background", choice.background,
+            "What stands behind the cut-out: RRGGBB, RGB, white, black, photo or a picture file")
+        ->check(CLI::Validator(
+            [](const std::string& what) {
+                return std::string(what.empty() ? "names nothing; give a colour, photo or a "
+                                                  "picture file"
+                                                : "");
+            },
+            ""))
         ->option_text("WHAT")
         ->group(kGroup);
     command

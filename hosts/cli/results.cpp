@@ -51,7 +51,7 @@ Unseen unseenOf(const ObjectInPhoto& object, const PictureChoice& pictures) {
 // Of all of the photograph.
 Picture cutOutOn(const std::optional<Picture>& ground, const ObjectInPhoto& object,
                  const cv::Mat& alpha, const PictureChoice& pictures, Stats& stats) {
-    if (pictures.background == kPhotoAsGround) {
+    if (isPhotoAsGround(pictures.background)) {
         return object.photograph;
     }
     Picture cut = stats.measure("colours of the object", [&] {

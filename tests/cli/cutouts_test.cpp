@@ -131,7 +131,11 @@ TEST(CutOut, StandsOnAGround) {
         "set -e; boxed --cutout cut.png --save-session s.json\n"
         "r() { segcore replay s.json --cutout \"$@\"; }\n"
         "r colour.png --background 3264c8; r named.jpg --background white --quality 100\n"
-        "r picture.png --background ground.png; r itself.png --background photo --crop 3");
+        "r picture.png --background ground.png; r itself.png --background photo --crop 3\n"
+        "same() { r a.png --background $1; r b.png --background $2; cmp a.png b.png; }\n"
+        "same '#3264C8' 3264c8; same F80 ff8800; same '#fff' White; same BLACK 000000\n"
+        "same Photo photo; for w in '#ff' ff88 +fff fffffff '##fff'; do\n"
+        "r c.png --background $w 2>/dev/null && exit 3; done; true");
     ASSERT_EQ(outcome.code, 0) << outcome.err;
     const Layers cut = layersOf(place.image("cut.png"));
     cv::Mat expected(cut.colours.size(), CV_8UC3);
