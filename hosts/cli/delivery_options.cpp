@@ -15,25 +15,39 @@ void declarePixels(CLI::App& command, const char* name, std::optional<int>& valu
         ->group(kGroup);
 }
 
+// What is not a number at all fails every comparison, and so must not pass for lack of one.
+CLI::Validator pixelsUpTo(double most) {
+    return CLI::Validator(
+        [most](const std::string& text) {
+            double pixels = -1.0;
+            const bool isInRange =
+                CLI::detail::lexical_cast(text, pixels) && pixels >= 0.0 && pixels <= most;
+            return isInRange ? std::string()
+                             : "'" + text + "' is no number of pixels; give 0 to " +
+                                   std::to_string(static_cast<int>(most));
+        },
+        "");
+}
+
 void declareEdges(CLI::App& command, OutputChoice& choice) {
     constexpr const char* kEdgesGroup = "Edges of the cut-out and the alpha";
     command
         .add_option_function<std::string>(
             "--edges", [&choice](const std::string& name) { choice.edges = edgesNamed(name); },
-            "soft, partly object along the outline as the photograph shows it, or hard")
+            "Soft, partly object along the outline as the photograph shows it, or hard")
         ->check(CLI::IsMember({nameOf(Edges::kSoft), nameOf(Edges::kHard)}))
         ->option_text("soft|hard")
         ->group(kEdgesGroup);
     command
         .add_option("--edge-width", choice.edgeWidth,
                     "Pixels that a soft edge may reach to either side of the outline [as measured]")
-        ->check(CLI::Range(0.0, kLargestEdgeWidth))
+        ->check(pixelsUpTo(kLargestEdgeWidth))
         ->option_text("W")
         ->group(kEdgesGroup);
     command
         .add_option("--feather", choice.feather,
                     "Blur soft edges further, by so many pixels (sigma) [0]")
-        ->check(CLI::Range(0.0, kLargestFeather))
+        ->check(pixelsUpTo(kLargestFeather))
         ->option_text("S")
         ->group(kEdgesGroup);
 }
