@@ -115,8 +115,12 @@ void checkRequest(const CutInput& input, const CutOutputs& outputs,
     if (steps == 0) {
         throw UserError("no marks; mark the object, for example by --box left,top,right,bottom");
     }
+    const std::vector<std::string> inputs = inputsOf(input, outputs.pictures.background);
+    std::vector<std::string> withSession = inputs;
+    withSession.push_back(input.sessionName);  // may be replaced by what it becomes
+    checkInputs(withSession);
     checkTargets(outputs.stepFolder.empty() ? targets : withStepFiles(targets, outputs, steps),
-                 inputsOf(input, outputs.pictures.background));
+                 inputs);
     checkFormats(outputs);
     if (!outputs.preview.empty()) {
         endingFor(outputs.preview, PictureContent::kPicture);

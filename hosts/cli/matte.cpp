@@ -69,6 +69,7 @@ void runMatte(const MatteRequest& request) {
     if (isGroundFile(outputs.pictures.background)) {
         inputs.push_back(outputs.pictures.background);
     }
+    checkInputs(inputs);
     checkTargets(targets, inputs);
     checkFormats(outputs);
 

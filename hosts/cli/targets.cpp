@@ -23,6 +23,12 @@ std::vector<std::string> wantedPaths(std::vector<std::string> paths) {
     return paths;
 }
 
+void checkInputs(const std::vector<std::string>& inputs) {
+    if (std::count(inputs.begin(), inputs.end(), kStandardStream) > 1) {
+        throw UserError("two inputs come from standard input; give files for all but one");
+    }
+}
+
 void checkTargets(const std::vector<std::string>& targets, const std::vector<std::string>& inputs) {
     for (std::size_t i = 0; i < targets.size(); ++i) {
         OutputFiles::checkTarget(targets[i]);

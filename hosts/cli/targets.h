@@ -9,6 +9,9 @@
 // Without the empty ones.
 std::vector<std::string> wantedPaths(std::vector<std::string> paths);
 
+// At most one of the paths is standard input, which can be read only once. Throws UserError.
+void checkInputs(const std::vector<std::string>& inputs);
+
 // Before any work: every output can be written, none over another or over an input. Throws UserError.
 void checkTargets(const std::vector<std::string>& targets, const std::vector<std::string>& inputs);
 

@@ -78,6 +78,13 @@ const Fault kFaults[] = {
     {"boxed --accept-damaged --background <(head -c 700 photo.png) --cutout c.png", 1,
      "); give a whole file\n"},
     {"segcore matte photo.png --cutout c.png", 2, "--from-mask"},
+    {"segcore matte - --from-mask - --cutout c.png <photo.png", 1,
+     "two inputs come from standard input"},
+    {"segcore cut - --box 30,10,130,110 --background - --cutout c.png <photo.png", 1,
+     "two inputs come from standard input"},
+    {R"(echo '{"photo": "-", "steps": [{"op": "box", "box": [30, 10, 130, 110]}]}' |
+                 segcore replay - --mask old.png)",
+     1, "two inputs come from standard input"},
     {"segcore matte photo.png --from-mask photo.png", 1, "nothing to write"},
     {"segcore matte photo.png --from-mask photo.png --cutout c.png", 1, "photo.png is no mask"},
     {"segcore matte photo.png --from-mask absent.png --cutout c.png", 1, "read absent.png"},
