@@ -11,6 +11,7 @@
 #include "session/snapped_loop.h"
 #include "session_on_disk.h"
 #include "terminal/common_options.h"
+#include "used_options.h"
 
 namespace {
 
@@ -66,6 +67,13 @@ void declareOutputs(CLI::App& command, CutOutputs& outputs) {
         ->group("Outputs");
 }
 
+void requireUseOfAll(const CLI::App& command, const CutOutputs& outputs) {
+    const OptionUse use{outputs,
+                        {outputs.mask, outputs.cutout, outputs.alpha, outputs.preview},
+                        !outputs.session.empty()};
+    requireUse(command, use);
+}
+
 void declareInput(CLI::App& command, CutInput& input) {
     declareReading(command, input.reading);
     declareTimeLimit(command, input.timeLimit);
@@ -95,8 +103,9 @@ void declareCut(CLI::App& app) {
     declareInput(command, *input);
     declareMarks(command, *marks);
     declareOutputs(command, *outputs);
-    command.callback([photo, input, marks, outputs] {
+    command.callback([&command, photo, input, marks, outputs] {
         requireMarksAfter(*marks);
+        requireUseOfAll(command, *outputs);
         input->session.inSrgb = true;
         if (!input->sessionName.empty()) {
             input->session = readSessionFile(input->sessionName);
@@ -121,7 +130,8 @@ void declareReplay(CLI::App& app) {
         ->option_text("FILE");
     declareInput(command, *input);
     declareOutputs(command, *outputs);
-    command.callback([photo, input, outputs] {
+    command.callback([&command, photo, input, outputs] {
+        requireUseOfAll(command, *outputs);
         input->session = readSessionFile(input->sessionName);
         if (!photo->empty()) {
             input->session.photo = *photo;
@@ -146,7 +156,12 @@ void declareMatte(CLI::App& app) {
         ->option_text("FILE");
     declareReading(command, request->reading);
     declareResults(command, request->outputs);
-    command.callback([request] { runMatte(*request); });
+    command.callback([&command, request] {
+        const ResultOutputs& outputs = request->outputs;
+        const OptionUse use{outputs, {outputs.mask, outputs.cutout, outputs.alpha}};
+        requireUse(command, use);
+        runMatte(*request);
+    });
 }
 
 void declareSnap(CLI::App& app) {
