@@ -41,6 +41,9 @@ TEST(CutOut, IsSoftUnlessToldOtherwise) {
         "boxed --edges hard --cutout hard.png --alpha ha.png --save-session h.json\n"
         "segcore replay s.json --cutout again.png; cmp soft.png again.png\n"
         "segcore replay h.json --cutout again.png; cmp hard.png again.png\n"
+        "segcore replay h.json --feather 2 --cutout again.png; cmp hard.png again.png\n"
+        "segcore replay s.json --edges hard --feather 0 --save-session a.json\n"
+        "segcore replay a.json --mask again.png; cmp again.png m.png\n"
         "segcore replay h.json --edges soft --cutout again.png; cmp soft.png again.png\n"
         "segcore matte photo.png --from-mask m.png --cutout again.png; cmp soft.png again.png\n"
         "segcore matte photo.png --from-mask m.png --edges hard --alpha again.png\n"
@@ -157,6 +160,50 @@ TEST(CutOut, StandsOnAGround) {
     const cv::Mat itself = place.image("itself.png");
     const cv::Rect part = cv::boundingRect(cut.alpha);
     EXPECT_TRUE(same(itself(cv::Rect({3, 3}, part.size())), place.image("photo.png")(part)));
+}
+
+// The picture over a ground of its size and depth, as any program lays it there.
+cv::Mat laidOver(const cv::Mat& cutout, const cv::Mat& ground) {
+    const double opaque = cutout.depth() == CV_16U ? 65535.0 : 255.0;
+    cv::Mat colours;
+    cv::Mat share;
+    cv::Mat under;
+    cutout.convertTo(colours, CV_64F);
+    ground.convertTo(under, CV_64F);
+    cv::extractChannel(colours, share, 3);
+    cv::merge(std::vector<cv::Mat>(3, share / opaque), share);
+    const int blueGreenRed[] = {0, 0, 1, 1, 2, 2};
+    cv::Mat seen(colours.size(), CV_64FC3);
+    cv::mixChannels(&colours, 1, &seen, 1, blueGreenRed, 3);
+    return seen.mul(share) + under.mul(cv::Scalar::all(1.0) - share);
+}
+
+// Every pixel that a hard edge shows is the photograph's. A soft one's colours are the object's alone.
+TEST(CutOut, WithHardEdgesOverItsPhotographIsThatPhotograph) {
+    const Workplace place;
+    const cv::Mat photo = layersOf(place.image("photo.png")).colours;
+    cv::Mat deep;
+    photo.convertTo(deep, CV_16U, 257, 77);
+    place.write("deep.png", encoded(deep, ".png"));
+    for (const char* const ending : {"png", "tif", "webp"}) {
+        SCOPED_TRACE(ending);
+        const Outcome outcome =
+            place.run(std::string("set -e; m='--box 30,10,130,110 --edges hard --cutout'\n") +
+                      "segcore cut photo.png $m c." + ending + "; segcore cut deep.png $m d." +
+                      ending + "; boxed --cutout s." + ending);
+        ASSERT_EQ(outcome.code, 0) << outcome.err;
+        const auto distance = [&](const char* name, const cv::Mat& ground) {
+            cv::Mat wide;
+            ground.convertTo(wide, CV_64F);
+            return cv::norm(laidOver(place.image(std::string(name) + ending), ground), wide,
+                            cv::NORM_INF);
+        };
+        EXPECT_LE(distance("c.", photo), 1.0);
+        EXPECT_GT(distance("s.", photo), 1.0);
+        if (std::string(ending) != "webp") {  // which has 8 bits
+            EXPECT_LE(distance("d.", deep), 1.0);
+        }
+    }
 }
 
 // The sample has an Adobe RGB profile: blue 200, green 100, red 50 of sRGB are other numbers there.
