@@ -68,10 +68,7 @@ void declareOutputs(CLI::App& command, CutOutputs& outputs) {
 }
 
 void requireUseOfAll(const CLI::App& command, const CutOutputs& outputs) {
-    const OptionUse use{outputs,
-                        {outputs.mask, outputs.cutout, outputs.alpha, outputs.preview},
-                        !outputs.session.empty()};
-    requireUse(command, use);
+    requireUse(command, OptionUse{outputs, outputs.preview, !outputs.session.empty()});
 }
 
 void declareInput(CLI::App& command, CutInput& input) {
@@ -157,9 +154,7 @@ void declareMatte(CLI::App& app) {
     declareReading(command, request->reading);
     declareResults(command, request->outputs);
     command.callback([&command, request] {
-        const ResultOutputs& outputs = request->outputs;
-        const OptionUse use{outputs, {outputs.mask, outputs.cutout, outputs.alpha}};
-        requireUse(command, use);
+        requireUse(command, OptionUse{request->outputs, {}, false});
         runMatte(*request);
     });
 }

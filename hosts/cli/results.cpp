@@ -137,7 +137,11 @@ void addResults(const ObjectInPhoto& object, const MadeResults& made, const Resu
                 OutputFiles& files) {
     WriteOptions writing = outputs.pictures.writing;
     const auto add = [&](const std::string& path, const auto& picture, PictureContent content) {
-        files.add(path, encodePicture(picture, endingFor(path, content), writing));
+        WriteOptions options = writing;
+        if (content == PictureContent::kMask) {
+            options.quality.reset();  // nothing of it may be lost
+        }
+        files.add(path, encodePicture(picture, endingFor(path, content), options));
     };
     if (!outputs.mask.empty()) {
         add(outputs.mask, object.mask, PictureContent::kMask);

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <vector>
 
 #include "pictures/picture_error.h"
 #include "targets.h"
@@ -22,8 +23,8 @@ bool isOneOf(const Endings& endings, const std::string& path) {
     }
 }
 
-bool isAny(const Endings& endings, const OptionUse& use) {
-    const std::vector<std::string> paths = wantedPaths(use.pictures);
+bool isAny(const Endings& endings, const std::vector<std::string>& pictures) {
+    const std::vector<std::string> paths = wantedPaths(pictures);
     return std::any_of(paths.begin(), paths.end(),
                        [&](const std::string& path) { return isOneOf(endings, path); });
 }
@@ -63,9 +64,12 @@ void requireUse(const CLI::App& command, const OptionUse& use) {
         {kCrop, isCutOrAlpha || isCropTold, "a --cutout, --alpha or --json"},
         {"--background", isCut, "a --cutout"},
         {"--unseen", isCut, "a --cutout"},
-        {"--compression", isAny({".png", ".tif", ".tiff"}, use), "a PNG or TIFF file"},
-        {"--quality", isAny({".jpg", ".jpeg", ".webp", ".avif"}, use),
-         "a JPEG, AVIF or WebP file"}};
+        {"--compression",
+         isAny({".png", ".tif", ".tiff"},
+               {outputs.mask, outputs.alpha, outputs.cutout, use.preview}),
+         "a PNG or TIFF file"},
+        {"--quality", isAny({".jpg", ".jpeg", ".webp", ".avif"}, {outputs.cutout, use.preview}),
+         "a --cutout in JPEG, AVIF or WebP"}};
     for (const Rule& rule : rules) {
         if (command.count(rule.option) > 0 && !rule.isUsed) {
             throw CLI::ValidationError(

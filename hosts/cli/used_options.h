@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "results.h"
 
@@ -13,8 +12,8 @@ class App;
 // What options may act on.
 struct OptionUse {
     const ResultOutputs& outputs;
-    std::vector<std::string> pictures;  // paths of all that are written, with empty ones
-    bool keepsChoice = false;           // a session file notes the edges for later
+    std::string preview;
+    bool keepsChoice = false;  // a session file notes the edges for later
 };
 
 // Throws CLI::ValidationError when an option given to the command changes nothing of what is written. What

@@ -83,7 +83,7 @@ const Fault kFaults[] = {
     {"boxed --crop --mask m.png", 2, "--crop: no output uses it"},
     {"boxed --background white --alpha a.png", 2, "--background: no output uses it"},
     {"boxed --unseen zero --alpha a.png", 2, "--unseen: no output uses it"},
-    {"boxed --quality 80 --cutout c.png --mask -", 2, "--quality: no output uses it"},
+    {"boxed --quality 80 --cutout c.png --mask m.webp", 2, "--quality: no output uses it"},
     {"boxed --compression 5 --cutout c.webp", 2, "--compression: no output uses it"},
     {"boxed --compression 5 --cutout c.xyz", 1, ".xyz"},
     {"segcore matte photo.png --from-mask photo.png --mask m.png --feather 2", 2,
