@@ -62,7 +62,7 @@ int main(int count, char** arguments) {
             const cv::Mat mask = maskOf(read(arguments[first + 1]));
             cv::Mat alpha;
             cv::Mat colours;
-            alphas.wall += durationOf([&] { alpha = softAlpha(photograph, mask, {}); }).wall;
+            alphas.wall += durationOf([&] { alpha = softAlpha(photograph, mask, 0.0); }).wall;
             colourings.wall += durationOf([&] {
                                    colours = foregroundColours(photograph, alpha, Unseen::kNearest);
                                }).wall;

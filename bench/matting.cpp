@@ -89,12 +89,12 @@ void measure(benchmark::State& state, Call&& call) {
 
 void BM_softAlpha(benchmark::State& state) {
     const Scene& scene = sceneOf(state);
-    measure(state, [&] { return softAlpha(scene.photograph, scene.mask, {}); });
+    measure(state, [&] { return softAlpha(scene.photograph, scene.mask, 0.0); });
 }
 
 void BM_foregroundColours(benchmark::State& state) {
     const Scene& scene = sceneOf(state);
-    const cv::Mat alpha = softAlpha(scene.photograph, scene.mask, {});
+    const cv::Mat alpha = softAlpha(scene.photograph, scene.mask, 0.0);
     measure(state, [&] { return foregroundColours(scene.photograph, alpha, Unseen::kNearest); });
 }
 

@@ -73,5 +73,5 @@ void paintCutOuts(const std::string& samples, const std::string& images) {
     mask.convertTo(hard, CV_16U, kLevels);
     writePicture(images, "cutouts",
                  sideBySide({withDetail(onNewGround(photograph, hard)),
-                             withDetail(onNewGround(photograph, softAlpha(seen, mask, {})))}));
+                             withDetail(onNewGround(photograph, softAlpha(seen, mask, 0.0)))}));
 }

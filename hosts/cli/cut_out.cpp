@@ -37,23 +37,32 @@ cv::Mat alphaOf(const cv::Mat& seen, const cv::Mat& mask, const OutputChoice& ch
     if (choice.edges != Edges::kSoft) {
         return in16Bits(mask != 0);
     }
-    return softAlpha(seen, mask, {choice.edgeWidth.value_or(0.0), choice.feather.value_or(0.0)},
-                     checkpoint);
+    return softAlpha(seen, mask, choice.edgeWidth.value_or(0.0), checkpoint);
 }
 
-cv::Mat visible(const cv::Mat& alpha, const Picture& photograph) {
-    cv::Mat result = photograph.alpha.empty() ? alpha : product(alpha, in16Bits(photograph.alpha));
+cv::Mat visible(const cv::Mat& alpha, const Picture& photograph, const OutputChoice& choice,
+                const std::function<void()>& checkpoint) {
+    const bool isSoft = choice.edges == Edges::kSoft;
+    const cv::Mat shown =
+        isSoft ? feathered(alpha, choice.feather.value_or(0.0), checkpoint) : alpha;
+    cv::Mat result = photograph.alpha.empty() ? shown : product(shown, in16Bits(photograph.alpha));
     if (photograph.pixels.depth() == CV_8U) {
         result.convertTo(result, CV_8U, 1.0 / kLevels);
     }
     return result;
 }
 
-Picture cutOut(const Picture& photograph, const cv::Mat& alpha, Unseen unseen,
+Picture cutOut(const Picture& photograph, const cv::Mat& alpha, const cv::Mat& seen, Unseen unseen,
                const std::function<void()>& checkpoint) {
     Picture result = photograph;
-    result.pixels = foregroundColours(photograph.pixels, alpha, unseen, checkpoint);
-    result.alpha = visible(alpha, photograph);
+    // A feather shows pixels without alpha, which need colours.
+    const bool showsMore = cv::countNonZero(seen) > cv::countNonZero(alpha);
+    result.pixels = foregroundColours(photograph.pixels, alpha,
+                                      showsMore ? Unseen::kNearest : unseen, checkpoint);
+    result.alpha = seen;
+    if (unseen == Unseen::kZero) {
+        result.pixels.setTo(cv::Scalar::all(0), seen == 0);
+    }
     return result;
 }
 

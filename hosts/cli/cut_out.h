@@ -15,12 +15,14 @@
 cv::Mat alphaOf(const cv::Mat& seen, const cv::Mat& mask, const OutputChoice& choice,
                 const std::function<void()>& checkpoint);
 
-// How much of each pixel is seen: of what is object that which is not transparent in the photograph.
-// CV_8UC1 or CV_16UC1 as deep as the photograph.
-cv::Mat visible(const cv::Mat& alpha, const Picture& photograph);
+// How much of each pixel is seen: of what is object, feathered if that is the choice, that which is not
+// transparent in the photograph. CV_8UC1 or CV_16UC1 as deep as the photograph.
+cv::Mat visible(const cv::Mat& alpha, const Picture& photograph, const OutputChoice& choice,
+                const std::function<void()>& checkpoint);
 
-// The photograph's pixels as seen, with the object's own colours where alphaOf found edges soft.
-Picture cutOut(const Picture& photograph, const cv::Mat& alpha, Unseen unseen,
+// The photograph's pixels, with the object's own colours where `alpha`, of alphaOf, found edges soft;
+// `seen`, of visible, is the cut-out's alpha.
+Picture cutOut(const Picture& photograph, const cv::Mat& alpha, const cv::Mat& seen, Unseen unseen,
                const std::function<void()>& checkpoint);
 
 // The pixels of an alpha that are not 0, with `margin` pixels around them, as far as there are

@@ -50,12 +50,14 @@ Unseen unseenOf(const ObjectInPhoto& object, const PictureChoice& pictures) {
 
 // Of all of the photograph.
 Picture cutOutOn(const std::optional<Picture>& ground, const ObjectInPhoto& object,
-                 const cv::Mat& alpha, const PictureChoice& pictures, Stats& stats) {
+                 const cv::Mat& alpha, const cv::Mat& seen, const PictureChoice& pictures,
+                 Stats& stats) {
     if (isPhotoAsGround(pictures.background)) {
         return object.photograph;
     }
     Picture cut = stats.measure("colours of the object", [&] {
-        return cutOut(object.photograph, alpha, unseenOf(object, pictures), throwIfInterrupted);
+        return cutOut(object.photograph, alpha, seen, unseenOf(object, pictures),
+                      throwIfInterrupted);
     });
     if (!ground) {
         return cut;
@@ -117,7 +119,7 @@ MadeResults makeResults(const ObjectInPhoto& object, const std::optional<Picture
     };
     const bool isSoft = object.choice.edges == Edges::kSoft;
     const cv::Mat alpha = isSoft ? stats.measure("soft edges", find) : find();
-    const cv::Mat seen = visible(alpha, object.photograph);
+    const cv::Mat seen = visible(alpha, object.photograph, object.choice, throwIfInterrupted);
     cv::Rect part({0, 0}, alpha.size());
     if (pictures.cropMargin) {
         part = partInUse(seen, *pictures.cropMargin);
@@ -127,7 +129,7 @@ MadeResults makeResults(const ObjectInPhoto& object, const std::optional<Picture
         throw UserError("nothing of the object can be seen; crop without it");
     }
     if (!outputs.cutout.empty()) {
-        made.cutout = cropped(cutOutOn(ground, object, alpha, pictures, stats), part);
+        made.cutout = cropped(cutOutOn(ground, object, alpha, seen, pictures, stats), part);
     }
     made.alpha = seen(part);
     return made;

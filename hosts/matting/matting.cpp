@@ -44,26 +44,32 @@ void toForeground(cv::Mat& colours, const cv::Mat& alpha, Unseen unseen,
 
 }  // namespace
 
-cv::Mat softAlpha(const cv::Mat& photograph, const cv::Mat& mask, const EdgeOptions& options,
+cv::Mat softAlpha(const cv::Mat& photograph, const cv::Mat& mask, double width,
                   const std::function<void()>& checkpoint) {
     require(photograph.type() == CV_8UC3 || photograph.type() == CV_8UC4,
             "the photograph needs three or four channels of eight bits");
     require(mask.type() == CV_8UC1 && mask.size() == photograph.size(),
             "the mask needs one channel of eight bits and the photograph's size");
-    require(options.width >= 0.0, "the width of an edge cannot be negative");
-    require(options.feather >= 0.0 && options.feather <= kWidestFeather,
-            "the feather of an edge goes from 0 to 100");
+    require(width >= 0.0, "the width of an edge cannot be negative");
     cv::Mat alpha(mask.size(), CV_16UC1);
     if (alpha.empty()) {
         return alpha;
     }
     const ColourPlane colours{planeOf<std::uint8_t>(photograph), photograph.channels()};
-    softAlpha(colours, planeOf<std::uint8_t>(mask), options.width, planeOf<std::uint16_t>(alpha),
+    softAlpha(colours, planeOf<std::uint8_t>(mask), width, planeOf<std::uint16_t>(alpha),
               callable(checkpoint));
-    if (options.feather > 0.0) {
-        feather(planeOf<std::uint16_t>(alpha), options.feather, callable(checkpoint));
-    }
     return alpha;
+}
+
+cv::Mat feathered(const cv::Mat& alpha, double sigma, const std::function<void()>& checkpoint) {
+    require(alpha.type() == CV_16UC1, "alpha needs one channel of 16 bits");
+    require(sigma >= 0.0 && sigma <= kWidestFeather, "the feather of an edge goes from 0 to 100");
+    if (sigma == 0.0 || alpha.empty()) {
+        return alpha;
+    }
+    cv::Mat blurred = alpha.clone();
+    feather(planeOf<std::uint16_t>(blurred), sigma, callable(checkpoint));
+    return blurred;
 }
 
 cv::Mat foregroundColours(const cv::Mat& picture, const cv::Mat& alpha, Unseen unseen,

@@ -50,6 +50,7 @@ TEST(CutOut, IsSoftUnlessToldOtherwise) {
         "segcore matte photo.png --from-mask m.png --edges hard --alpha again.png\n"
         "cmp ha.png again.png; cmp ha.png m.png\n"
         "segcore replay s.json --feather 3 --cutout feathered.png\n"
+        "segcore replay s.json --feather 3 --unseen zero --cutout bare.png\n"
         "segcore replay s.json --unseen zero --cutout zero.png");
     ASSERT_EQ(outcome.code, 0) << outcome.err;
     EXPECT_NE(outcome.out.find("soft edges"), std::string::npos);
@@ -66,7 +67,13 @@ TEST(CutOut, IsSoftUnlessToldOtherwise) {
     EXPECT_EQ(cv::countNonZero((soft.alpha != 255) & shrunk(mask, 12)), 0);
     EXPECT_EQ(cv::countNonZero(soft.alpha & shrunk(~mask, 12)), 0);
     EXPECT_TRUE(same(layersOf(place.image("hard.png")).alpha, mask));
-    EXPECT_GT(partlyOpaque(layersOf(place.image("feathered.png")).alpha), partlyOpaque(soft.alpha));
+    const Layers feathered = layersOf(place.image("feathered.png"));
+    EXPECT_GT(partlyOpaque(feathered.alpha), partlyOpaque(soft.alpha));
+    EXPECT_TRUE(same(feathered.colours, soft.colours));
+    const Layers bare = layersOf(place.image("bare.png"));
+    cv::Mat shown;
+    cv::inRange(bare.colours, cv::Scalar::all(0), cv::Scalar::all(0), shown);
+    EXPECT_EQ(cv::countNonZero(~shown & (bare.alpha == 0)), 0);
     // The disc is red. So are the pixels that show nothing of it, unless they are to be zero.
     const cv::Vec3b unseen = soft.colours.at<cv::Vec3b>(2, 2);
     EXPECT_EQ(soft.alpha.at<std::uint8_t>(2, 2), 0);

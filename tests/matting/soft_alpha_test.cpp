@@ -70,7 +70,7 @@ TEST(SoftAlpha, KeepsSharpEdgesSharp) {
                              : cv::Vec3b(40, static_cast<std::uint8_t>(70 + noise), 90);
             }
         }
-        const cv::Mat alpha = softAlpha(photograph, mask, {});
+        const cv::Mat alpha = softAlpha(photograph, mask, 0.0);
         for (int y = 0; y < kSide; ++y) {
             for (int x = 0; x < kSide; ++x) {
                 const double share = alpha.at<std::uint16_t>(y, x) / 65535.0;
@@ -92,7 +92,7 @@ TEST(SoftAlpha, FollowsBlurredEdges) {
     for (const auto& [sigma, most] :
          {std::pair(0.5, 0.45), {1.0, 0.36}, {2.0, 0.37}, {5.0, 0.42}}) {
         const Composite composite(sigma);
-        const cv::Mat alpha = softAlpha(composite.photograph, composite.mask, {});
+        const cv::Mat alpha = softAlpha(composite.photograph, composite.mask, 0.0);
         const double hard = errorSum(composite.mask, composite.alpha);
         EXPECT_LT(errorSum(alpha, composite.alpha), most * hard) << sigma;
         // No holes in the object and no haze outside of it, a little beyond the edge.
@@ -114,13 +114,13 @@ TEST(SoftAlpha, ComesBackToAnEdgeThatTheMaskMissed) {
     cv::Mat mask = composite.mask.clone();
     cv::dilate(composite.mask(part), mask(part), {}, {-1, -1}, 4);
     const double hard = errorSum(mask, composite.alpha);
-    const double soft = errorSum(softAlpha(composite.photograph, mask, {}), composite.alpha);
+    const double soft = errorSum(softAlpha(composite.photograph, mask, 0.0), composite.alpha);
     EXPECT_LT(soft, 0.45 * hard);
 }
 
 TEST(SoftAlpha, GoesNoFurtherThanItsWidthAndIsFeathered) {
     const Composite composite(1.0);
-    const cv::Mat narrow = softAlpha(composite.photograph, composite.mask, {1.5, 0.0});
+    const cv::Mat narrow = softAlpha(composite.photograph, composite.mask, 1.5);
     cv::Mat inside;
     cv::Mat outside;
     cv::distanceTransform(composite.mask, inside, cv::DIST_L2, cv::DIST_MASK_PRECISE);
@@ -133,8 +133,8 @@ TEST(SoftAlpha, GoesNoFurtherThanItsWidthAndIsFeathered) {
     cv::Mat mask = cv::Mat::zeros(80, 80, CV_8UC1);
     step.colRange(0, 40).setTo(cv::Scalar(200, 150, 99));
     mask.colRange(0, 40).setTo(255);
-    const cv::Mat across = softAlpha(step, mask, {0.0, 3.0});
-    const cv::Mat down = softAlpha(step.t(), mask.t(), {0.0, 3.0});
+    const cv::Mat across = feathered(softAlpha(step, mask, 0.0), 3.0);
+    const cv::Mat down = feathered(softAlpha(step.t(), mask.t(), 0.0), 3.0);
     for (int i = 25; i < 55; ++i) {
         const double expected = std::erfc((i + 0.5 - 40.0) / (3.0 * std::sqrt(2.0))) / 2.0;
         EXPECT_NEAR(across.at<std::uint16_t>(40, i) / 65535.0, expected, 0.015) << i;
@@ -155,7 +155,7 @@ TEST(SoftAlpha, IsTheSameEverywhere) {
                        cv::INTER_LINEAR_EXACT);
             cv::resize(mask(part), mask, part.size() * times, 0.0, 0.0, cv::INTER_NEAREST);
         }
-        const cv::Mat alpha = softAlpha(photograph, mask, {0.0, times == 1 ? 1.0 : 0.0});
+        const cv::Mat alpha = feathered(softAlpha(photograph, mask, 0.0), times == 1 ? 1.0 : 0.0);
         digest.add(
             std::vector<std::uint16_t>(alpha.begin<std::uint16_t>(), alpha.end<std::uint16_t>()));
         const cv::Mat colours = foregroundColours(photograph, alpha, Unseen::kNearest);
@@ -167,19 +167,19 @@ TEST(SoftAlpha, IsTheSameEverywhere) {
 TEST(SoftAlpha, RefusesWhatItCannotUse) {
     const cv::Mat photograph = cv::Mat::zeros(8, 9, CV_8UC3);
     const cv::Mat mask = cv::Mat::zeros(8, 9, CV_8UC1);
-    EXPECT_THROW(softAlpha(photograph, cv::Mat::zeros(9, 8, CV_8UC1), {}), std::invalid_argument);
-    EXPECT_THROW(softAlpha(cv::Mat::zeros(8, 9, CV_16UC3), mask, {}), std::invalid_argument);
-    EXPECT_THROW(softAlpha(photograph, mask, {-1.0, 0.0}), std::invalid_argument);
-    EXPECT_THROW(softAlpha(photograph, mask, {0.0, std::nan("")}), std::invalid_argument);
+    EXPECT_THROW(softAlpha(photograph, cv::Mat::zeros(9, 8, CV_8UC1), 0.0), std::invalid_argument);
+    EXPECT_THROW(softAlpha(cv::Mat::zeros(8, 9, CV_16UC3), mask, 0.0), std::invalid_argument);
+    EXPECT_THROW(softAlpha(photograph, mask, -1.0), std::invalid_argument);
+    EXPECT_THROW(feathered(softAlpha(photograph, mask, 0.0), std::nan("")), std::invalid_argument);
     EXPECT_THROW(foregroundColours(photograph, mask, Unseen::kZero), std::invalid_argument);
     // Nothing, all, single pixels and rows are masks like any other.
     for (const cv::Size size : {cv::Size(9, 8), cv::Size(1, 1), cv::Size(40, 1), cv::Size(2, 30)}) {
         cv::Mat colours(size, CV_8UC4, cv::Scalar(9, 200, 30, 77));
         cv::Mat half = cv::Mat::zeros(size, CV_8UC1);
-        EXPECT_EQ(cv::countNonZero(softAlpha(colours, half, {})), 0);
+        EXPECT_EQ(cv::countNonZero(softAlpha(colours, half, 0.0)), 0);
         half.at<std::uint8_t>(0, 0) = 1;
-        EXPECT_EQ(softAlpha(colours, half, {}).size(), size);
-        EXPECT_EQ(cv::countNonZero(softAlpha(colours, half + 1, {}) != 65535), 0);
+        EXPECT_EQ(softAlpha(colours, half, 0.0).size(), size);
+        EXPECT_EQ(cv::countNonZero(softAlpha(colours, half + 1, 0.0) != 65535), 0);
     }
     int calls = 0;
     const auto stop = [&] {
@@ -188,5 +188,5 @@ TEST(SoftAlpha, RefusesWhatItCannotUse) {
         }
     };
     const Composite composite(1.0);
-    EXPECT_THROW(softAlpha(composite.photograph, composite.mask, {}, stop), std::runtime_error);
+    EXPECT_THROW(softAlpha(composite.photograph, composite.mask, 0.0, stop), std::runtime_error);
 }
