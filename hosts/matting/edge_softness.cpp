@@ -17,6 +17,9 @@ constexpr int kRadius = 5;              // of a window, pixels
 constexpr float kNear = 1.0F;           // from the outline to the middles of windows, pixels
 constexpr int kEverySecond = 2;         // pixel near the outline, as on a chess-board
 constexpr float kWholeOutline = 0.15F;  // weight of the whole outline beside the surroundings
+// Each next softer blur has to leave less by this much (logarithm): where an object's texture has the mean
+// of its surroundings none explains anything, and a sharp edge does the least harm.
+constexpr float kSofter = 0.004F;
 // A Gaussian of 19 pixels, in squares of 16.
 constexpr std::array<float, 4> kPool = {1.0F, 0.7066F, 0.2494F, 0.0439F};
 // Softer edges are wider than the windows.
@@ -53,7 +56,8 @@ EdgeShape likeliestShape(const Evidence& near, const Evidence& whole) {
     constexpr size_t kCount = kTriedSigmas.size();
     std::array<float, kCount> means{};
     for (size_t edge = 0; edge < kCount; ++edge) {
-        means[edge] = near.meanLogarithm(edge) + kWholeOutline * whole.meanLogarithm(edge);
+        means[edge] = near.meanLogarithm(edge) + kWholeOutline * whole.meanLogarithm(edge) +
+                      kSofter * static_cast<float>(edge);
     }
     const auto best =
         static_cast<size_t>(std::min_element(means.begin(), means.end()) - means.begin());
